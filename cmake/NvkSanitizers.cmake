@@ -1,0 +1,10 @@
+if(NVK_SANITIZE STREQUAL "address")
+    add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=undefined
+                        -fno-omit-frame-pointer)
+    add_link_options(-fsanitize=address,undefined)
+elseif(NVK_SANITIZE STREQUAL "thread")
+    add_compile_options(-fsanitize=thread -fno-omit-frame-pointer)
+    add_link_options(-fsanitize=thread)
+elseif(NVK_SANITIZE)
+    message(FATAL_ERROR "NVK_SANITIZE must be address, thread or empty")
+endif()

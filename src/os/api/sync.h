@@ -1,0 +1,51 @@
+// Interlocked counts, critical sections, named mutexes and sections, waits,
+// process and thread identity, and the clock.
+#pragma once
+
+#include "nvk/os/types.h"
+
+namespace nvk::os {
+
+LONG InterlockedIncrement(volatile LONG* value);
+LONG InterlockedDecrement(volatile LONG* value);
+LONG InterlockedExchange(volatile LONG* target, LONG value);
+LONG InterlockedCompareExchange(volatile LONG* target, LONG exchange, LONG comparand);
+LONG InterlockedExchangeAdd(volatile LONG* target, LONG value);
+
+// Critical sections are recursive for their owning thread.
+void InitializeCriticalSection(LPCRITICAL_SECTION section);
+BOOL InitializeCriticalSectionAndSpinCount(LPCRITICAL_SECTION section, DWORD spinCount);
+void EnterCriticalSection(LPCRITICAL_SECTION section);
+BOOL TryEnterCriticalSection(LPCRITICAL_SECTION section);
+void LeaveCriticalSection(LPCRITICAL_SECTION section);
+void DeleteCriticalSection(LPCRITICAL_SECTION section);
+
+// Named objects live for the process: every module that names the same object
+// gets a handle of the one object, which ends with its last handle. A second
+// create of an existing name succeeds with ERROR_ALREADY_EXISTS.
+HANDLE CreateMutexA(LPSECURITY_ATTRIBUTES attributes, BOOL initialOwner, LPCSTR name);
+HANDLE OpenMutexA(DWORD access, BOOL inherit, LPCSTR name);
+BOOL ReleaseMutex(HANDLE mutex);
+HANDLE CreateEventA(LPSECURITY_ATTRIBUTES attributes, BOOL manualReset, BOOL initialState,
+                    LPCSTR name);
+BOOL SetEvent(HANDLE event);
+BOOL ResetEvent(HANDLE event);
+DWORD WaitForSingleObject(HANDLE handle, DWORD milliseconds);
+
+// Sections backed by the page file only (file = INVALID_HANDLE_VALUE).
+HANDLE CreateFileMappingA(HANDLE file, LPSECURITY_ATTRIBUTES attributes, DWORD protect,
+                          DWORD maximumSizeHigh, DWORD maximumSizeLow, LPCSTR name);
+HANDLE OpenFileMappingA(DWORD access, BOOL inherit, LPCSTR name);
+LPVOID MapViewOfFile(HANDLE mapping, DWORD access, DWORD offsetHigh, DWORD offsetLow, SIZE_T bytes);
+BOOL UnmapViewOfFile(LPCVOID view);
+
+// Closes a handle of any kind the OS layer hands out.
+BOOL CloseHandle(HANDLE handle);
+
+DWORD GetCurrentProcessId();
+DWORD GetCurrentThreadId();
+void Sleep(DWORD milliseconds);
+DWORD GetTickCount();
+ULONGLONG GetTickCount64();
+
+}  // namespace nvk::os

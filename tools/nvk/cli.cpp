@@ -1,0 +1,90 @@
+#include "cli.h"
+
+#include <algorithm>
+#include <charconv>
+#include <iostream>
+#include <sstream>
+
+namespace nvk::tool {
+
+namespace {
+
+std::vector<Area>& Registry() {
+    static std::vector<Area> areas;
+    return areas;
+}
+
+}  // namespace
+
+RegisterArea::RegisterArea(const Area& area) {
+    auto& areas = Registry();
+    areas.insert(std::upper_bound(areas.begin(), areas.end(), area,
+                                  [](const Area& a, const Area& b) { return a.order < b.order; }),
+                 area);
+}
+
+const std::vector<Area>& Areas() {
+    return Registry();
+}
+
+int Fail(std::string_view message) {
+    std::cerr << "nvk: " << message << '\n';
+    return kFailure;
+}
+
+bool Expect(const Args& args, std::size_t minimum, std::size_t maximum, const Command& command) {
+    if (args.size() >= minimum && args.size() <= maximum) {
+        return true;
+    }
+    Fail("usage: " + std::string(command.name) + " " + std::string(command.usage));
+    return false;
+}
+
+int PerInput(const Args& args, int (*answer)(const Args& args)) {
+    if (args.size() != 1 || args[0] != "-") {
+        return answer(args);
+    }
+    int worst = kOk;
+    std::string line;
+    while (std::getline(std::cin, line)) {
+        if (!line.empty() && line.back() == '\r') {
+            line.pop_back();
+        }
+        std::istringstream words(line);
+        Args lineArgs;
+        for (std::string word; words >> word;) {
+            lineArgs.push_back(word);
+        }
+        worst = std::max(worst, answer(lineArgs));
+        std::cout.flush();
+    }
+    return worst;
+}
+
+std::string TakeOption(Args& args, std::string_view name, std::string fallback) {
+    for (auto it = args.begin(); it != args.end(); ++it) {
+        if (*it == name && it + 1 != args.end()) {
+            std::string value = *(it + 1);
+            args.erase(it, it + 2);
+            return value;
+        }
+    }
+    return fallback;
+}
+
+bool TakeFlag(Args& args, std::string_view name) {
+    auto it = std::find(args.begin(), args.end(), name);
+    if (it == args.end()) {
+        return false;
+    }
+    args.erase(it);
+    return true;
+}
+
+bool ParseLong(const std::string& text, long long& value) {
+    const char* end = text.data() + text.size();
+    auto [ptr, error] = std::from_chars(text.data(), end, value);
+    return error == std::errc() && ptr == end && !text.empty();
+}
+
+}  // namespace nvk::tool
