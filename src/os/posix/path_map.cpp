@@ -1,0 +1,85 @@
+#include "os/api/path_map.h"
+
+#include <pwd.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#include "os/posix/drive_map.h"
+
+namespace nvk::os {
+
+namespace {
+
+std::string CurrentDirectory() {
+    std::string buffer(256, '\0');
+    while (getcwd(buffer.data(), buffer.size()) == nullptr) {
+        if (errno != ERANGE) {
+            return "/";
+        }
+        buffer.resize(buffer.size() * 2);
+    }
+    buffer.resize(buffer.find('\0'));
+    return buffer;
+}
+
+// The per-user directory behind C:, in the XDG data folder.
+std::string DefaultDriveC() {
+    const char* data = std::getenv("XDG_DATA_HOME");
+    std::string base;
+    if (data != nullptr && data[0] == '/') {
+        base = data;
+    } else {
+        const char* home = std::getenv("HOME");
+        if (home == nullptr || home[0] != '/') {
+            const passwd* entry = getpwuid(getuid());
+            home = entry != nullptr ? entry->pw_dir : "/tmp";
+        }
+        base = std::string(home) + "/.local/share";
+    }
+    return base + "/nvk/drive_c";
+}
+
+std::string MountTable() {
+    std::ifstream in("/proc/self/mounts");
+    std::ostringstream text;
+    text << in.rdbuf();
+    return text.str();
+}
+
+}  // namespace
+
+std::string ToNativePath(LPCSTR windowsPath) {
+    if (windowsPath == nullptr) {
+        return {};
+    }
+    const char* entries = std::getenv("NVK_DRIVES");
+    std::string driveC = DefaultDriveC();
+    posix::DriveMap map = posix::MakeDriveMap(entries != nullptr ? entries : "", driveC);
+    std::string_view path(windowsPath);
+    if (posix::IsUncPath(path)) {
+        posix::AddNetworkMounts(map, MountTable());
+    }
+    char letter = 0;
+    std::string native = posix::MapToNative(map, path, CurrentDirectory(), &letter);
+    if (letter == 'C' && map.drives['C' - 'A'] == driveC) {
+        std::error_code ignored;
+        std::filesystem::create_directories(driveC, ignored);
+    }
+    return native;
+}
+
+std::string ToWindowsPath(LPCSTR nativePath) {
+    if (nativePath == nullptr) {
+        return {};
+    }
+    const char* entries = std::getenv("NVK_DRIVES");
+    posix::DriveMap map = posix::MakeDriveMap(entries != nullptr ? entries : "", DefaultDriveC());
+    return posix::MapToWindows(map, nativePath, CurrentDirectory());
+}
+
+}  // namespace nvk::os
