@@ -1,0 +1,52 @@
+// Share modes between opens of one file, in one process or several.
+//
+// Every open states what it holds and what it refuses to share by taking
+// shared (read) byte-range locks of its open file description on marker bytes
+// far past any file position: one byte each for "holds read", "holds write",
+// "holds delete", "denies read", "denies write" and "denies delete". A new open
+// probes the markers that conflict with it and then takes its own, under an
+// exclusive flock() of its descriptor so that two opens can't pass the check
+// together. The kernel drops the markers with the descriptor, so an open that
+// ends, however it ends, leaves nothing behind.
+#pragma once
+
+#include <cstdint>
+
+#include "nvk/os/types.h"
+
+namespace nvk::os::posix {
+
+// Byte-range locks of the application end before the markers.
+inline constexpr std::int64_t kMarkerBase = std::int64_t{1} << 62;
+
+struct ShareRequest {
+    bool read = false;
+    bool write = false;
+    bool remove = false;
+    bool shareRead = false;
+    bool shareWrite = false;
+    bool shareDelete = false;
+};
+
+// Serialises checks of one file across every open of it while it lives.
+class ShareGate {
+public:
+    explicit ShareGate(int fd);
+    ~ShareGate();
+    ShareGate(const ShareGate&) = delete;
+    ShareGate& operator=(const ShareGate&) = delete;
+
+private:
+    int fd_;
+};
+
+// Under the gate: ERROR_SHARING_VIOLATION if another open conflicts with the
+// request, else takes the request's markers on `fd` and returns ERROR_SUCCESS.
+// A descriptor that can't hold read locks (opened write-only) or a file system
+// without locks checks the others but takes nothing.
+DWORD AcquireShare(int fd, const ShareRequest& request);
+
+// Under the gate: whether some open of the file refuses its deletion.
+bool DeletionRefused(int fd);
+
+}  // namespace nvk::os::posix
