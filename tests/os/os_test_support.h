@@ -1,0 +1,137 @@
+// What the OS layer's tests share: a scratch folder, a scoped environment
+// variable, and the helper process.
+#pragma once
+
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <optional>
+#include <random>
+#include <string>
+#include <thread>
+
+#include "os/api/process.h"
+#include "os/api/sync.h"
+
+namespace nvk::os::test {
+
+class TempFolder {
+public:
+    TempFolder() {
+        std::random_device random;
+        path_ = std::filesystem::temp_directory_path() /
+                ("nvk_os_test_" + std::to_string(random()) + std::to_string(random()));
+        std::filesystem::create_directories(path_);
+    }
+    ~TempFolder() {
+        std::error_code ignored;
+        std::filesystem::remove_all(path_, ignored);
+    }
+    TempFolder(const TempFolder&) = delete;
+    TempFolder& operator=(const TempFolder&) = delete;
+
+    std::string operator/(const std::string& name) const { return (path_ / name).string(); }
+    std::string str() const { return path_.string(); }
+
+private:
+    std::filesystem::path path_;
+};
+
+class ScopedEnv {
+public:
+    ScopedEnv(const char* name, const char* value) : name_(name) {
+        if (const char* old = std::getenv(name)) {
+            old_ = old;
+        }
+        Set(value);
+    }
+    ~ScopedEnv() { Set(old_ ? old_->c_str() : nullptr); }
+    ScopedEnv(const ScopedEnv&) = delete;
+    ScopedEnv& operator=(const ScopedEnv&) = delete;
+
+private:
+    void Set(const char* value) {
+        if (value != nullptr) {
+            setenv(name_.c_str(), value, 1);
+        } else {
+            unsetenv(name_.c_str());
+        }
+    }
+    std::string name_;
+    std::optional<std::string> old_;
+};
+
+inline std::string HelperCommand(const std::string& arguments) {
+    return "\"" NVK_OS_HELPER "\" " + arguments;
+}
+
+inline PROCESS_INFORMATION StartHelper(const std::string& arguments) {
+    std::string line = HelperCommand(arguments);
+    PROCESS_INFORMATION information = {};
+    if (!CreateProcessA(nullptr, line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, nullptr,
+                        &information)) {
+        information.hProcess = nullptr;
+    }
+    return information;
+}
+
+inline DWORD Finish(PROCESS_INFORMATION& information) {
+    if (information.hProcess == nullptr) {
+        return 0xDEAD;
+    }
+    WaitForSingleObject(information.hProcess, INFINITE);
+    DWORD code = 0xDEAD;
+    GetExitCodeProcess(information.hProcess, &code);
+    CloseHandle(information.hThread);
+    CloseHandle(information.hProcess);
+    return code;
+}
+
+// Runs the helper to its end and gives its exit code.
+inline DWORD RunHelper(const std::string& arguments) {
+    PROCESS_INFORMATION information = StartHelper(arguments);
+    return Finish(information);
+}
+
+// A helper that holds a file open until released.
+class HeldByHelper {
+public:
+    HeldByHelper(const TempFolder& folder, const std::string& openArguments)
+        : ready_(folder / "ready"), release_(folder / "release") {
+        std::filesystem::remove(ready_);
+        std::filesystem::remove(release_);
+        process_ = StartHelper("open " + openArguments + " hold " + ready_ + " " + release_);
+        auto giveUp = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+        while (!std::filesystem::exists(ready_) && std::chrono::steady_clock::now() < giveUp) {
+            DWORD code = 0;
+            if (GetExitCodeProcess(process_.hProcess, &code) && code != STILL_ACTIVE) {
+                break;
+            }
+            std::this_thread::sleep_for(std::chrono::milliseconds(2));
+        }
+    }
+    ~HeldByHelper() { Release(); }
+    HeldByHelper(const HeldByHelper&) = delete;
+    HeldByHelper& operator=(const HeldByHelper&) = delete;
+
+    bool holding() const { return std::filesystem::exists(ready_); }
+    HANDLE process() const { return process_.hProcess; }
+    DWORD Release() {
+        if (process_.hProcess == nullptr) {
+            return code_;
+        }
+        std::ofstream(release_).put('1');
+        code_ = Finish(process_);
+        process_.hProcess = nullptr;
+        return code_;
+    }
+
+private:
+    std::string ready_;
+    std::string release_;
+    PROCESS_INFORMATION process_ = {};
+    DWORD code_ = 0;
+};
+
+}  // namespace nvk::os::test
