@@ -77,6 +77,31 @@ TEST_F(FileTest, DispositionsCreateOpenAndTruncate) {
     EXPECT_EQ(OpenError(path, kReadWrite, 0, 0), ERROR_INVALID_PARAMETER);
 }
 
+TEST_F(FileTest, UnmappedPathsAndReadOnlyFiles) {
+    test::ScopedEnv drives("NVK_DRIVES", "Q=");
+    EXPECT_EQ(OpenError("Q:\\x.dat", GENERIC_READ, 0, OPEN_EXISTING), ERROR_PATH_NOT_FOUND);
+    EXPECT_EQ(OpenError("\\\\nvk-nowhere\\share\\x.dat", GENERIC_READ, 0, OPEN_EXISTING),
+              ERROR_BAD_NETPATH);
+
+    std::string path = folder_ / "ro.dat";
+    HANDLE created = CreateFileA(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
+                                 FILE_ATTRIBUTE_READONLY, nullptr);
+    ASSERT_NE(created, INVALID_HANDLE_VALUE);
+    CloseHandle(created);
+    EXPECT_FALSE(DeleteFileA(path.c_str()));
+    EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED);
+    if (std::ofstream(path, std::ios::app)) {
+        GTEST_SKIP() << "privileged user: permissions are not enforced";
+    }
+    EXPECT_EQ(OpenError(path, GENERIC_READ | GENERIC_WRITE, 0, OPEN_EXISTING), ERROR_ACCESS_DENIED);
+    // A reader of a file it can't write still locks and shares as usual.
+    HANDLE reader = Open(path, GENERIC_READ, FILE_SHARE_READ, OPEN_EXISTING);
+    ASSERT_NE(reader, INVALID_HANDLE_VALUE);
+    EXPECT_TRUE(LockFile(reader, 0, 0, 1, 0));
+    EXPECT_EQ(OpenError(path, GENERIC_READ, 0, OPEN_EXISTING), ERROR_SHARING_VIOLATION);
+    CloseHandle(reader);
+}
+
 TEST_F(FileTest, HandlesWithoutAnAccessRefuseReadsAndWrites) {
     std::string path = folder_ / "bare.dat";
     HANDLE bare = Open(path, 0, 0, CREATE_NEW);

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "os/api/path_map.h"
+#include "os/posix/drive_map.h"
 #include "os/posix/handle.h"
 #include "os/posix/share_modes.h"
 
@@ -87,16 +88,24 @@ void SetPathError(int error, const std::string& path) {
 // The descriptor is opened for reading and writing when the file allows it,
 // whatever the handle's access: share markers need a readable descriptor and
 // exclusive byte-range locks a writable one. The handle's access is enforced
-// by the calls themselves.
-int OpenDescriptor(const std::string& path, int flags, mode_t mode, bool write, bool& writable) {
+// by the calls themselves. Otherwise the descriptor gets what the access asks.
+int OpenDescriptor(const std::string& path, int flags, mode_t mode, bool read, bool write,
+                   bool& writable) {
     flags |= O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
     int fd = open(path.c_str(), flags | O_RDWR, mode);
     writable = fd >= 0;
-    if (fd < 0 && (errno == EACCES || errno == EROFS || errno == ETXTBSY || errno == EPERM)) {
+    bool refused = errno == EACCES || errno == EROFS || errno == ETXTBSY || errno == EPERM;
+    if (fd < 0 && refused && !(read && write)) {
         fd = open(path.c_str(), flags | (write ? O_WRONLY : O_RDONLY), mode);
         writable = write;
     }
     return fd;
+}
+
+// A path that names no mapped drive or share.
+void SetUnmappedError(LPCSTR windowsPath) {
+    bool unc = windowsPath != nullptr && posix::IsUncPath(windowsPath);
+    SetErrorCode(unc ? ERROR_BAD_NETPATH : ERROR_PATH_NOT_FOUND);
 }
 
 // The clipped range [start, end) of a region, kept below the share markers.
@@ -156,7 +165,7 @@ HANDLE CreateFileA(LPCSTR fileName, DWORD desiredAccess, DWORD shareMode,
     }
     std::string path = ToNativePath(fileName);
     if (path.empty()) {
-        SetErrorCode(ERROR_PATH_NOT_FOUND);
+        SetUnmappedError(fileName);
         return INVALID_HANDLE_VALUE;
     }
     int extra = (flagsAndAttributes & FILE_FLAG_WRITE_THROUGH) != 0 ? O_DSYNC : 0;
@@ -169,12 +178,12 @@ HANDLE CreateFileA(LPCSTR fileName, DWORD desiredAccess, DWORD shareMode,
     // A file deleted between the two opens is created on the next round.
     for (int round = 0; round < 8 && fd < 0; ++round) {
         if (mayCreate) {
-            fd = OpenDescriptor(path, extra | O_CREAT | O_EXCL, mode, write, writable);
+            fd = OpenDescriptor(path, extra | O_CREAT | O_EXCL, mode, read, write, writable);
             if (fd >= 0 || errno != EEXIST || creationDisposition == CREATE_NEW) {
                 break;
             }
         }
-        fd = OpenDescriptor(path, extra, mode, write, writable);
+        fd = OpenDescriptor(path, extra, mode, read, write, writable);
         existed = fd >= 0;
         if (fd < 0 && !(mayCreate && errno == ENOENT)) {
             break;
@@ -489,7 +498,7 @@ bool CopyAcross(const std::string& from, const std::string& to, mode_t mode) {
 BOOL DeleteFileA(LPCSTR fileName) {
     std::string path = ToNativePath(fileName);
     if (path.empty()) {
-        SetErrorCode(ERROR_PATH_NOT_FOUND);
+        SetUnmappedError(fileName);
         return FALSE;
     }
     struct stat info;
@@ -512,7 +521,7 @@ BOOL MoveFileA(LPCSTR existingName, LPCSTR newName) {
     std::string from = ToNativePath(existingName);
     std::string to = ToNativePath(newName);
     if (from.empty() || to.empty()) {
-        SetErrorCode(ERROR_PATH_NOT_FOUND);
+        SetUnmappedError(from.empty() ? existingName : newName);
         return FALSE;
     }
     struct stat info;
