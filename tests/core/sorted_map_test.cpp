@@ -1,0 +1,214 @@
+#include "nvk/core/sorted_map.h"
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <random>
+#include <vector>
+
+namespace {
+
+using Map = FSortedMap<unsigned, int>;
+
+// Counts the comparisons a search makes.
+class CountingMap : public Map {
+public:
+    int Compare(const unsigned& key, const EPair<unsigned, int>& element) const override {
+        ++comparisons;
+        return Map::Compare(key, element);
+    }
+    mutable int comparisons = 0;
+};
+
+template <class M>
+std::vector<unsigned> Keys(const M& map) {
+    std::vector<unsigned> keys;
+    for (int i = 0; i < map.Count(); ++i) {
+        keys.push_back(map.GetKey(i));
+    }
+    return keys;
+}
+
+template <class M>
+void Fill(M& map, std::initializer_list<unsigned> keys) {
+    for (unsigned key : keys) {
+        map[key] = static_cast<int>(key) * 10;
+    }
+}
+
+TEST(SortedMapTest, ModesOnAMiss) {
+    Map map;
+    for (int mode = FindExact; mode <= FindInsertPos + 1; ++mode) {
+        if (mode != FindOrCreate) {
+            EXPECT_EQ(map.Find(5, mode), -1) << "mode " << mode;
+        }
+    }
+    EXPECT_EQ(map.Find(5, FindOrCreate), 0);
+    EXPECT_EQ(map.Cursor(), 0);
+    map.RemoveAll();
+
+    Fill(map, {30, 10, 20});
+    EXPECT_EQ(Keys(map), (std::vector<unsigned>{10, 20, 30}));
+    struct Case {
+        unsigned key;
+        int mode;
+        int expected;
+    };
+    const Case cases[] = {
+        {25, FindAbove, 2},
+        {25, FindBelow, 1},
+        {35, FindAbove, -1},
+        {5, FindBelow, -1},
+        {5, FindAbove, 0},
+        {35, FindBelow, 2},
+        {25, FindInsertPos, 2},
+        {5, FindInsertPos, 0},
+        {35, FindInsertPos, 2},
+        {25, FindExact, -1},
+        {20, FindAbove, 1},
+        {10, FindBelow, 0},
+        {25, 7, -1},
+        {15, FindInsertPos, 1},
+        {30, FindExact, 2},
+    };
+    // Each case from every starting cursor, since the bracket depends on it.
+    for (const Case& c : cases) {
+        for (unsigned start : {0u, 10u, 20u, 30u}) {
+            map.Find(start);
+            const int found = map.Find(c.key, c.mode);
+            EXPECT_EQ(found, c.expected) << c.key << " mode " << c.mode << " from " << start;
+            EXPECT_EQ(map.Cursor(), found);
+        }
+    }
+    EXPECT_EQ(map.Count(), 3);
+}
+
+TEST(SortedMapTest, CursorMakesRepeatsCheap) {
+    CountingMap map;
+    for (unsigned key = 0; key < 1000; key += 2) {
+        map[key] = 1;
+    }
+    map.Find(500);
+    map.comparisons = 0;
+    EXPECT_EQ(map.Find(500), 250);
+    EXPECT_EQ(map.comparisons, 1);
+
+    // A miss forgets the cursor, and the next search starts from the middle.
+    EXPECT_EQ(map.Find(501), -1);
+    EXPECT_EQ(map.Cursor(), -1);
+    map.comparisons = 0;
+    EXPECT_EQ(map.Find(498), 249);
+    EXPECT_EQ(map.comparisons, 1);
+
+    // Bracketing costs at most two comparisons before the bisection.
+    map.comparisons = 0;
+    map.Find(0);
+    EXPECT_EQ(map.comparisons, 2);
+    map.comparisons = 0;
+    map.Find(998);
+    EXPECT_EQ(map.comparisons, 2);
+}
+
+TEST(SortedMapTest, WritesKeepKeyOrderAndUniqueness) {
+    std::mt19937 random(7);
+    Map map;
+    std::map<unsigned, int> model;
+    for (int i = 0; i < 3000; ++i) {
+        const unsigned key = random() % 500;
+        if (random() % 4 == 0) {
+            EXPECT_EQ(map.Remove(key), model.erase(key) == 1);
+        } else {
+            map[key] += 1;
+            model[key] += 1;
+        }
+    }
+    ASSERT_EQ(map.Count(), static_cast<int>(model.size()));
+    int i = 0;
+    for (const auto& [key, value] : model) {
+        EXPECT_EQ(map.GetKey(i), key);
+        EXPECT_EQ(map.GetValue(i), value);
+        ++i;
+    }
+}
+
+TEST(SortedMapTest, Rename) {
+    Map map;
+    Fill(map, {1, 2, 3});
+    EXPECT_FALSE(map.Rename(1, 3));
+    EXPECT_FALSE(map.Rename(7, 8));
+    EXPECT_EQ(Keys(map), (std::vector<unsigned>{1, 2, 3}));
+
+    EXPECT_TRUE(map.Rename(1, 25));
+    EXPECT_EQ(Keys(map), (std::vector<unsigned>{2, 25, 3}));
+    EXPECT_EQ(map.GetValue(1), 10);
+
+    // A key above all others lands one before the end, deliberately.
+    Map high;
+    Fill(high, {1, 2, 3});
+    EXPECT_TRUE(high.Rename(1, 100));
+    EXPECT_EQ(Keys(high), (std::vector<unsigned>{2, 100, 3}));
+
+    Map low;
+    Fill(low, {5, 6, 7});
+    EXPECT_TRUE(low.Rename(7, 1));
+    EXPECT_EQ(Keys(low), (std::vector<unsigned>{1, 5, 6}));
+}
+
+TEST(SortedMapTest, SearchSeparatesASharedArray) {
+    Map map;
+    Fill(map, {1, 2});
+    Map copy = map;
+    EXPECT_EQ(copy.Array().Body(), map.Array().Body());
+    EXPECT_TRUE(copy.Exist(1));
+    EXPECT_NE(copy.Array().Body(), map.Array().Body());
+    copy[1] = 99;
+    EXPECT_EQ(map.GetValue(0), 10);
+}
+
+TEST(SortedMapTest, RemoveForgetsTheCursor) {
+    Map map;
+    Fill(map, {1, 2, 3, 4});
+    EXPECT_EQ(map.Find(4), 3);
+    EXPECT_TRUE(map.Remove(4));
+    EXPECT_EQ(map.Cursor(), -1);
+    EXPECT_FALSE(map.Remove(4));
+    EXPECT_EQ(map.Find(3), 2);
+}
+
+// A comparator whose results are not normalised: 2 ends a bisection as a hit.
+class RawCompareMap : public Map {
+public:
+    int Compare(const unsigned& key, const EPair<unsigned, int>& element) const override {
+        const int order = Map::Compare(key, element);
+        return order == 1 ? 2 : order;
+    }
+};
+
+TEST(SortedMapTest, UnnormalisedResultEndsBisection) {
+    RawCompareMap map;
+    Fill(map, {10, 20, 30, 40, 50, 60, 70});
+    // Bracketed by 0 and the middle (40), the first bisection step (20)
+    // answers 2 for a key above it, and that counts as found.
+    map.Find(40);
+    EXPECT_EQ(map.Find(25, FindExact), 1);
+}
+
+TEST(AssociativeTest, LinearSearchModes) {
+    EAssociative<EPair<unsigned, int>> map;
+    EXPECT_EQ(map.Find(1, FindInsertPos), -1);
+    EXPECT_EQ(map.Find(3, FindOrCreate), 0);
+    EXPECT_EQ(map.Find(1, FindOrCreate), 1);
+    map[2] = 20;
+    EXPECT_EQ(Keys(map), (std::vector<unsigned>{3, 1, 2}));  // insertion order
+    EXPECT_EQ(map.Find(9, FindInsertPos), 2);
+    EXPECT_EQ(map.Cursor(), 2);
+    EXPECT_EQ(map.Find(9, FindAbove), -1);
+    EXPECT_EQ(map.Cursor(), -1);
+    EXPECT_EQ(map.Count(), 3);
+
+    EXPECT_TRUE(map.Rename(1, 5));
+    EXPECT_FALSE(map.Rename(5, 2));
+    EXPECT_EQ(Keys(map), (std::vector<unsigned>{3, 5, 2}));
+}
+
+}  // namespace
