@@ -7,7 +7,6 @@
 #include <filesystem>
 #include <fstream>
 #include <optional>
-#include <random>
 #include <string>
 #include <thread>
 
@@ -19,31 +18,26 @@ namespace nvk::os::test {
 class TempFolder {
 public:
     TempFolder() {
-        std::random_device random;
-        path_ = std::filesystem::temp_directory_path() /
-                ("nvk_os_test_" + std::to_string(random()) + std::to_string(random()));
-        std::filesystem::create_directories(path_);
+        std::string pattern = (std::filesystem::temp_directory_path() / "nvk_os_XXXXXX").string();
+        path_ = mkdtemp(pattern.data());
     }
-    ~TempFolder() {
-        std::error_code ignored;
-        std::filesystem::remove_all(path_, ignored);
-    }
+    ~TempFolder() { std::filesystem::remove_all(path_); }
     TempFolder(const TempFolder&) = delete;
     TempFolder& operator=(const TempFolder&) = delete;
 
-    std::string operator/(const std::string& name) const { return (path_ / name).string(); }
-    std::string str() const { return path_.string(); }
+    std::string operator/(const std::string& name) const { return path_ + "/" + name; }
+    const std::string& str() const { return path_; }
 
 private:
-    std::filesystem::path path_;
+    std::string path_;
 };
 
+// Sets (or with null, removes) a variable for the scope of a test.
 class ScopedEnv {
 public:
     ScopedEnv(const char* name, const char* value) : name_(name) {
-        if (const char* old = std::getenv(name)) {
-            old_ = old;
-        }
+        const char* old = std::getenv(name);
+        old_ = old != nullptr ? std::optional<std::string>(old) : std::nullopt;
         Set(value);
     }
     ~ScopedEnv() { Set(old_ ? old_->c_str() : nullptr); }
@@ -52,11 +46,7 @@ public:
 
 private:
     void Set(const char* value) {
-        if (value != nullptr) {
-            setenv(name_.c_str(), value, 1);
-        } else {
-            unsetenv(name_.c_str());
-        }
+        value != nullptr ? setenv(name_.c_str(), value, 1) : unsetenv(name_.c_str());
     }
     std::string name_;
     std::optional<std::string> old_;

@@ -9,8 +9,8 @@
 //   os_helper exit CODE                  ends with CODE
 //   os_helper sleep MILLISECONDS         sleeps, then ends with 0
 //   os_helper args OUTPUT ARG...         writes its arguments to OUTPUT, one a line
-//   os_helper env NAME VALUE             0 if NAME is VALUE, 1 otherwise
-//   os_helper cwd FOLDER                 0 if the current folder is FOLDER
+//   os_helper env OUTPUT NAME VALUE      0 if NAME is VALUE, 1 otherwise;
+//                                        makes OUTPUT (relative to its folder)
 #include <chrono>
 #include <cstdlib>
 #include <cstring>
@@ -88,12 +88,10 @@ int main(int argc, char** argv) {
         }
         return 0;
     }
-    if (command == "env" && argc > 3) {
-        const char* value = std::getenv(argv[2]);
-        return value != nullptr && std::strcmp(value, argv[3]) == 0 ? 0 : 1;
-    }
-    if (command == "cwd" && argc > 2) {
-        return std::filesystem::current_path() == argv[2] ? 0 : 1;
+    if (command == "env" && argc > 4) {
+        std::ofstream(argv[2]).put('1');
+        const char* value = std::getenv(argv[3]);
+        return value != nullptr && std::strcmp(value, argv[4]) == 0 ? 0 : 1;
     }
     return 255;
 }
