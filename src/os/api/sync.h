@@ -6,11 +6,25 @@
 
 namespace nvk::os {
 
-LONG InterlockedIncrement(volatile LONG* value);
-LONG InterlockedDecrement(volatile LONG* value);
-LONG InterlockedExchange(volatile LONG* target, LONG value);
-LONG InterlockedCompareExchange(volatile LONG* target, LONG exchange, LONG comparand);
-LONG InterlockedExchangeAdd(volatile LONG* target, LONG value);
+// Interlocked counts are processor instructions, not system calls: inline, so
+// that sharing a string costs one locked instruction.
+inline LONG InterlockedIncrement(volatile LONG* value) {
+    return __atomic_add_fetch(const_cast<LONG*>(value), 1, __ATOMIC_SEQ_CST);
+}
+inline LONG InterlockedDecrement(volatile LONG* value) {
+    return __atomic_sub_fetch(const_cast<LONG*>(value), 1, __ATOMIC_SEQ_CST);
+}
+inline LONG InterlockedExchange(volatile LONG* target, LONG value) {
+    return __atomic_exchange_n(const_cast<LONG*>(target), value, __ATOMIC_SEQ_CST);
+}
+inline LONG InterlockedCompareExchange(volatile LONG* target, LONG exchange, LONG comparand) {
+    __atomic_compare_exchange_n(const_cast<LONG*>(target), &comparand, exchange, false,
+                                __ATOMIC_SEQ_CST, __ATOMIC_SEQ_CST);
+    return comparand;
+}
+inline LONG InterlockedExchangeAdd(volatile LONG* target, LONG value) {
+    return __atomic_fetch_add(const_cast<LONG*>(target), value, __ATOMIC_SEQ_CST);
+}
 
 // Critical sections are recursive for their owning thread.
 void InitializeCriticalSection(LPCRITICAL_SECTION section);

@@ -22,12 +22,6 @@ namespace {
 
 using posix::SetErrorCode;
 
-// ---- Interlocked counts -----------------------------------------------------
-
-LONG* Plain(volatile LONG* value) {
-    return const_cast<LONG*>(value);
-}
-
 // ---- Critical sections ------------------------------------------------------
 
 static_assert(sizeof(std::recursive_mutex) <= sizeof(CRITICAL_SECTION::opaque));
@@ -123,28 +117,6 @@ Views& AllViews() {
 }
 
 }  // namespace
-
-LONG InterlockedIncrement(volatile LONG* value) {
-    return __atomic_add_fetch(Plain(value), 1, __ATOMIC_SEQ_CST);
-}
-
-LONG InterlockedDecrement(volatile LONG* value) {
-    return __atomic_sub_fetch(Plain(value), 1, __ATOMIC_SEQ_CST);
-}
-
-LONG InterlockedExchange(volatile LONG* target, LONG value) {
-    return __atomic_exchange_n(Plain(target), value, __ATOMIC_SEQ_CST);
-}
-
-LONG InterlockedCompareExchange(volatile LONG* target, LONG exchange, LONG comparand) {
-    __atomic_compare_exchange_n(Plain(target), &comparand, exchange, false, __ATOMIC_SEQ_CST,
-                                __ATOMIC_SEQ_CST);
-    return comparand;
-}
-
-LONG InterlockedExchangeAdd(volatile LONG* target, LONG value) {
-    return __atomic_fetch_add(Plain(target), value, __ATOMIC_SEQ_CST);
-}
 
 void InitializeCriticalSection(LPCRITICAL_SECTION section) {
     new (section->opaque) std::recursive_mutex;
