@@ -1,0 +1,52 @@
+// The counted block a Chaine points into. Its header is the block header of
+// the block storage: the text follows the three words.
+#pragma once
+
+#include <cstdint>
+
+#include "nvk/os/types.h"
+
+struct ChaineBuffer {
+    nvk::os::LONG RefCount;  // values sharing the block; 0 while it is free; interlocked
+    std::uint32_t Size;      // length + 1: the terminator counts
+    std::uint32_t Capacity;  // payload bytes; odd for a heap block, even for a pool block
+
+    char* Text() { return reinterpret_cast<char*>(this + 1); }
+    const char* Text() const { return reinterpret_cast<const char*>(this + 1); }
+    static ChaineBuffer* FromText(const char* text) {
+        return reinterpret_cast<ChaineBuffer*>(const_cast<char*>(text)) - 1;
+    }
+    bool IsHeapBlock() const { return (Capacity & 1u) != 0; }
+    // A plain read: enough for the test against 1, since only the holder that
+    // sees 1 can change the block.
+    nvk::os::LONG Count() const { return __atomic_load_n(&RefCount, __ATOMIC_RELAXED); }
+};
+static_assert(sizeof(ChaineBuffer) == 12);
+static_assert(offsetof(ChaineBuffer, Size) == 4);
+static_assert(offsetof(ChaineBuffer, Capacity) == 8);
+
+namespace nvk {
+
+// Block-level operations. Each may return another block than it was given;
+// the caller keeps the result.
+
+// A block of its own (RefCount 1), copying a shared one.
+ChaineBuffer* MakeUnique(ChaineBuffer* buffer);
+// Always a fresh block of exactly Size, giving back an oversized one.
+ChaineBuffer* TrimToFit(ChaineBuffer* buffer);
+// Size becomes n; the text isn't kept.
+ChaineBuffer* DiscardBuffer(ChaineBuffer* buffer, std::uint32_t n);
+// Size becomes n, keeping as much of the text as fits.
+ChaineBuffer* GrowBuffer(ChaineBuffer* buffer, std::uint32_t n);
+// A copy in a heap block (odd Capacity).
+ChaineBuffer* ToHeap(ChaineBuffer* buffer);
+
+// One reference given back; the last frees the block.
+void ReleaseBuffer(ChaineBuffer* buffer);
+// A fresh block of `size` with RefCount 1 and Size `size`.
+ChaineBuffer* NewBuffer(std::uint32_t size);
+
+// The capacity GrowBuffer and DiscardBuffer ask for when a block must move.
+std::uint32_t GrowthRequest(std::uint32_t oldCapacity, std::uint32_t n);
+
+}  // namespace nvk

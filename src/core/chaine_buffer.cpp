@@ -1,0 +1,98 @@
+#include "nvk/core/chaine_buffer.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "nvk/afx/exceptions.h"
+#include "nvk/core/block_storage.h"
+#include "os/api/sync.h"
+
+namespace nvk {
+
+namespace {
+
+// The largest Size a buffer may have: lengths are signed 32-bit numbers.
+constexpr std::uint32_t kMaxSize = 0x7FFF0000;
+
+ChaineBuffer* Allocate(std::uint32_t capacity, std::uint32_t size) {
+    if (size > kMaxSize) {
+        AfxThrowMemoryException();
+    }
+    ChaineBuffer* buffer = BlockStorage()->PoolAlloc(capacity);
+    buffer->RefCount = 1;
+    buffer->Size = size;
+    return buffer;
+}
+
+ChaineBuffer* CopyOf(ChaineBuffer* buffer) {
+    ChaineBuffer* copy = NewBuffer(buffer->Size);
+    std::memcpy(copy->Text(), buffer->Text(), buffer->Size);
+    ReleaseBuffer(buffer);
+    return copy;
+}
+
+bool FitsInPlace(const ChaineBuffer* buffer, std::uint32_t n) {
+    return buffer->Count() == 1 && n < buffer->Capacity;
+}
+
+}  // namespace
+
+ChaineBuffer* NewBuffer(std::uint32_t size) {
+    return Allocate(size, size);
+}
+
+void ReleaseBuffer(ChaineBuffer* buffer) {
+    if (os::InterlockedDecrement(&buffer->RefCount) == 0) {
+        BlockStorage()->PoolFree(buffer);
+    }
+}
+
+std::uint32_t GrowthRequest(std::uint32_t oldCapacity, std::uint32_t n) {
+    if (n < 256) {
+        return n;
+    }
+    if (oldCapacity >= 32768 || n >= oldCapacity * 2) {
+        return n + 32768;
+    }
+    return oldCapacity * 2;
+}
+
+ChaineBuffer* MakeUnique(ChaineBuffer* buffer) {
+    return buffer->Count() == 1 ? buffer : CopyOf(buffer);
+}
+
+ChaineBuffer* TrimToFit(ChaineBuffer* buffer) {
+    return CopyOf(buffer);
+}
+
+ChaineBuffer* DiscardBuffer(ChaineBuffer* buffer, std::uint32_t n) {
+    if (FitsInPlace(buffer, n)) {
+        buffer->Size = n;
+        return buffer;
+    }
+    const std::uint32_t request = GrowthRequest(buffer->Capacity, n);
+    ReleaseBuffer(buffer);
+    return Allocate(request, n);
+}
+
+ChaineBuffer* GrowBuffer(ChaineBuffer* buffer, std::uint32_t n) {
+    if (FitsInPlace(buffer, n)) {
+        buffer->Size = n;
+        return buffer;
+    }
+    ChaineBuffer* grown = Allocate(GrowthRequest(buffer->Capacity, n), n);
+    std::memcpy(grown->Text(), buffer->Text(), std::min(buffer->Size, n));
+    ReleaseBuffer(buffer);
+    return grown;
+}
+
+ChaineBuffer* ToHeap(ChaineBuffer* buffer) {
+    ChaineBuffer* copy = BlockStorage()->HeapAlloc(buffer->Size);
+    copy->RefCount = 1;
+    copy->Size = buffer->Size;
+    std::memcpy(copy->Text(), buffer->Text(), buffer->Size);
+    ReleaseBuffer(buffer);
+    return copy;
+}
+
+}  // namespace nvk
