@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <limits>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -49,6 +50,8 @@ public:
         ULONGLONG length;
     };
     std::vector<Region>& regions() { return regions_; }
+    // Guards the regions: a handle may be used from several threads.
+    std::mutex& lock() { return lock_; }
 
 private:
     int fd_;
@@ -56,6 +59,7 @@ private:
     bool writable_;  // the descriptor was opened for writing
     std::string deleteOnClose_;
     std::vector<Region> regions_;  // this handle's LockFile regions
+    std::mutex lock_;
 };
 
 File* FileOf(HANDLE handle) {
@@ -559,6 +563,7 @@ BOOL LockFile(HANDLE handle, DWORD offsetLow, DWORD offsetHigh, DWORD bytesLow, 
     ULONGLONG offset = (static_cast<ULONGLONG>(offsetHigh) << 32) | offsetLow;
     ULONGLONG length = (static_cast<ULONGLONG>(bytesHigh) << 32) | bytesLow;
     ULONGLONG end = RegionEnd(offset, length);
+    std::lock_guard guard(file->lock());
     // Regions of one handle don't overlap either.
     for (const File::Region& region : file->regions()) {
         if (length != 0 && region.length != 0 && offset < RegionEnd(region.offset, region.length) &&
@@ -586,6 +591,7 @@ BOOL UnlockFile(HANDLE handle, DWORD offsetLow, DWORD offsetHigh, DWORD bytesLow
     }
     ULONGLONG offset = (static_cast<ULONGLONG>(offsetHigh) << 32) | offsetLow;
     ULONGLONG length = (static_cast<ULONGLONG>(bytesHigh) << 32) | bytesLow;
+    std::lock_guard guard(file->lock());
     auto& regions = file->regions();
     auto found = std::find_if(regions.begin(), regions.end(), [&](const File::Region& region) {
         return region.offset == offset && region.length == length;

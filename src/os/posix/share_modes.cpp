@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/vfs.h>
 
 #include <cerrno>
 #include <utility>
@@ -36,37 +37,51 @@ bool HeldElsewhere(int fd, Marker marker) {
 
 }  // namespace
 
-ShareGate::ShareGate(int fd) : fd_(fd) {
-    while (flock(fd_, LOCK_EX) != 0 && errno == EINTR) {
+// NFS, CIFS and SMB2/3, whose flock() is a whole-file byte-range lock.
+bool OnNetworkFileSystem(int fd) {
+    struct statfs info;
+    if (fstatfs(fd, &info) != 0) {
+        return false;
+    }
+    constexpr unsigned long kNfs = 0x6969, kCifs = 0xFF534D42, kSmb2 = 0xFE534D42, kSmb = 0x517B;
+    auto type = static_cast<unsigned long>(info.f_type);
+    return type == kNfs || type == kCifs || type == kSmb2 || type == kSmb;
+}
+
+ShareGate::ShareGate(int fd) : fd_(fd), held_(!OnNetworkFileSystem(fd)) {
+    while (held_ && flock(fd_, LOCK_EX) != 0) {
+        held_ = errno == EINTR;
     }
 }
 
 ShareGate::~ShareGate() {
-    flock(fd_, LOCK_UN);
+    if (held_) {
+        flock(fd_, LOCK_UN);
+    }
 }
 
 DWORD AcquireShare(int fd, const ShareRequest& request) {
-    if ((request.read && HeldElsewhere(fd, kDeniesRead)) ||
-        (request.write && HeldElsewhere(fd, kDeniesWrite)) ||
-        (request.remove && HeldElsewhere(fd, kDeniesDelete)) ||
-        (!request.shareRead && HeldElsewhere(fd, kHoldsRead)) ||
-        (!request.shareWrite && HeldElsewhere(fd, kHoldsWrite)) ||
-        (!request.shareDelete && HeldElsewhere(fd, kHoldsDelete))) {
-        return ERROR_SHARING_VIOLATION;
-    }
     const std::pair<bool, Marker> wanted[] = {
         {request.read, kHoldsRead},          {request.write, kHoldsWrite},
         {request.remove, kHoldsDelete},      {!request.shareRead, kDeniesRead},
         {!request.shareWrite, kDeniesWrite}, {!request.shareDelete, kDeniesDelete},
     };
     for (const auto& [take, marker] : wanted) {
-        if (!take) {
-            continue;
-        }
         struct flock lock = MarkerLock(marker, F_RDLCK);
-        if (fcntl(fd, F_OFD_SETLK, &lock) != 0) {
+        if (take && fcntl(fd, F_OFD_SETLK, &lock) != 0) {
             break;  // write-only descriptor or no lock support: nothing to hold
         }
+    }
+    if ((request.read && HeldElsewhere(fd, kDeniesRead)) ||
+        (request.write && HeldElsewhere(fd, kDeniesWrite)) ||
+        (request.remove && HeldElsewhere(fd, kDeniesDelete)) ||
+        (!request.shareRead && HeldElsewhere(fd, kHoldsRead)) ||
+        (!request.shareWrite && HeldElsewhere(fd, kHoldsWrite)) ||
+        (!request.shareDelete && HeldElsewhere(fd, kHoldsDelete))) {
+        struct flock all = MarkerLock(kHoldsRead, F_UNLCK);
+        all.l_len = kDeniesDelete - kHoldsRead + 1;
+        fcntl(fd, F_OFD_SETLK, &all);
+        return ERROR_SHARING_VIOLATION;
     }
     return ERROR_SUCCESS;
 }

@@ -4,10 +4,14 @@
 // shared (read) byte-range locks of its open file description on marker bytes
 // far past any file position: one byte each for "holds read", "holds write",
 // "holds delete", "denies read", "denies write" and "denies delete". A new open
-// probes the markers that conflict with it and then takes its own, under an
-// exclusive flock() of its descriptor so that two opens can't pass the check
-// together. The kernel drops the markers with the descriptor, so an open that
-// ends, however it ends, leaves nothing behind.
+// takes its own markers, then probes those that conflict with it and gives
+// its own back if one is held elsewhere: of two opens that race, neither can
+// miss the other. On local file systems the whole step runs under an
+// exclusive flock() of the descriptor, so that one of two racing opens wins
+// instead of both failing; network file systems emulate flock() with
+// byte-range locks, which the markers would block, and go without. The kernel
+// drops the markers with the descriptor, so an open that ends, however it
+// ends, leaves nothing behind.
 #pragma once
 
 #include <cstdint>
@@ -28,7 +32,7 @@ struct ShareRequest {
     bool shareDelete = false;
 };
 
-// Serialises checks of one file across every open of it while it lives.
+// Serialises checks of one file across its opens, on local file systems.
 class ShareGate {
 public:
     explicit ShareGate(int fd);
@@ -38,12 +42,13 @@ public:
 
 private:
     int fd_;
+    bool held_;
 };
 
-// Under the gate: ERROR_SHARING_VIOLATION if another open conflicts with the
-// request, else takes the request's markers on `fd` and returns ERROR_SUCCESS.
-// A descriptor that can't hold read locks (opened write-only) or a file system
-// without locks checks the others but takes nothing.
+// Under the gate: takes the request's markers on `fd` and returns
+// ERROR_SUCCESS, or ERROR_SHARING_VIOLATION, holding nothing, if another open
+// conflicts with the request. A descriptor that can't hold read locks (opened
+// write-only) or a file system without locks checks the others only.
 DWORD AcquireShare(int fd, const ShareRequest& request);
 
 // Under the gate: whether some open of the file refuses its deletion.
