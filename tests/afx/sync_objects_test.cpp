@@ -48,11 +48,4 @@ TEST(CSingleLockTest, ExcludesOtherThreads) {
     EXPECT_EQ(counter, 40000);
 }
 
-TEST(CSingleLockTest, DeletedThroughTheBase) {
-    CSyncObject* lock = new CCriticalSection;
-    EXPECT_TRUE(lock->Lock());
-    EXPECT_TRUE(lock->Unlock());
-    delete lock;
-}
-
 }  // namespace
