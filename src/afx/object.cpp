@@ -3,7 +3,7 @@
 #include "nvk/afx/exceptions.h"
 
 const CRuntimeClass CObject::classCObject = {"CObject", static_cast<int>(sizeof(CObject)),
-                                             kNoSchema, nullptr, nullptr};
+                                             nvk::afx::kNoSchema, nullptr, nullptr};
 
 CObject* CRuntimeClass::CreateObject() const {
     if (m_pfnCreateObject == nullptr) {

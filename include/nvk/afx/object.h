@@ -20,7 +20,10 @@ struct CRuntimeClass {
     bool IsDerivedFrom(const CRuntimeClass* base) const;
 };
 
+namespace nvk::afx {
+// The schema of classes that are not serialisable by schema.
 inline constexpr unsigned kNoSchema = 0xFFFF;
+}  // namespace nvk::afx
 
 class CObject {
 public:
@@ -34,7 +37,7 @@ public:
     virtual void AssertValid() const {}
 
     bool IsKindOf(const CRuntimeClass* target) const;
-    bool IsSerializable() const { return GetRuntimeClass()->m_wSchema != kNoSchema; }
+    bool IsSerializable() const { return GetRuntimeClass()->m_wSchema != nvk::afx::kNoSchema; }
 
 protected:
     CObject() = default;
@@ -70,13 +73,14 @@ public:                                                     \
         RUNTIME_CLASS(base_class_name)};
 
 #define IMPLEMENT_DYNAMIC(class_name, base_class_name) \
-    NVK_IMPLEMENT_RUNTIMECLASS(class_name, base_class_name, kNoSchema, nullptr)
+    NVK_IMPLEMENT_RUNTIMECLASS(class_name, base_class_name, ::nvk::afx::kNoSchema, nullptr)
 
-#define IMPLEMENT_DYNCREATE(class_name, base_class_name) \
-    CObject* class_name::CreateObject() {                \
-        return new class_name;                           \
-    }                                                    \
-    NVK_IMPLEMENT_RUNTIMECLASS(class_name, base_class_name, kNoSchema, class_name::CreateObject)
+#define IMPLEMENT_DYNCREATE(class_name, base_class_name)                           \
+    CObject* class_name::CreateObject() {                                          \
+        return new class_name;                                                     \
+    }                                                                              \
+    NVK_IMPLEMENT_RUNTIMECLASS(class_name, base_class_name, ::nvk::afx::kNoSchema, \
+                               class_name::CreateObject)
 
 #define IMPLEMENT_SERIAL(class_name, base_class_name, schema) \
     CObject* class_name::CreateObject() {                     \
