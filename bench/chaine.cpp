@@ -32,12 +32,14 @@ void Copy(benchmark::State& state) {
 
 template <class String>
 void Assign(benchmark::State& state) {
-    const String source(TextOf(static_cast<int>(state.range(0))).c_str());
-    String target("x");
+    const String first(TextOf(static_cast<int>(state.range(0))).c_str());
+    const String second(TextOf(static_cast<int>(state.range(0))).c_str());
+    String target(first);
     for (auto _ : state) {
-        target = source;
+        target = second;
         benchmark::DoNotOptimize(target);
-        target = "x";
+        target = first;
+        benchmark::DoNotOptimize(target);
     }
 }
 

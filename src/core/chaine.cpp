@@ -5,7 +5,6 @@
 
 #include "nvk/afx/cstring.h"
 #include "nvk/afx/exceptions.h"
-#include "os/api/sync.h"
 
 using nvk::ReleaseBuffer;
 
@@ -20,7 +19,7 @@ struct EmptyBlock {
 constinit EmptyBlock g_EmptyChaine = {{1, 1, 1}, {0, 0, 0, 0}};
 
 ChaineBuffer* EmptyBuffer() {
-    nvk::os::InterlockedIncrement(&g_EmptyChaine.header.RefCount);
+    nvk::AddReference(&g_EmptyChaine.header);
     return &g_EmptyChaine.header;
 }
 
@@ -37,7 +36,7 @@ public:
         const auto* p = static_cast<const char*>(text);
         if (p >= begin && p < begin + value.Length() + 1) {
             m_Held = value.Buffer();
-            nvk::os::InterlockedIncrement(&m_Held->RefCount);
+            nvk::AddReference(m_Held);
         }
     }
     ~SourceGuard() {
@@ -57,10 +56,6 @@ private:
 const Chaine SharedEmptyChaine;
 
 Chaine::Chaine() : m_pText(EmptyBuffer()->Text()) {}
-
-Chaine::Chaine(const Chaine& other) : m_pText(other.m_pText) {
-    nvk::os::InterlockedIncrement(&Buffer()->RefCount);
-}
 
 Chaine::Chaine(const char* text) {
     if (IsResourceId(text)) {
@@ -96,19 +91,6 @@ Chaine::Chaine(const void* bytes, int n, bool stripZeros) : Chaine() {
 
 Chaine::Chaine(const CString& text) : Chaine() {
     Assign(text.GetString(), text.GetLength());
-}
-
-Chaine::~Chaine() {
-    ReleaseBuffer(Buffer());
-}
-
-Chaine& Chaine::Assign(const Chaine& other) {
-    if (other.m_pText != m_pText) {
-        ReleaseBuffer(Buffer());
-        nvk::os::InterlockedIncrement(&other.Buffer()->RefCount);
-        m_pText = other.m_pText;
-    }
-    return *this;
 }
 
 Chaine& Chaine::Assign(const char* text) {

@@ -5,7 +5,6 @@
 
 #include "nvk/afx/exceptions.h"
 #include "nvk/core/block_storage.h"
-#include "os/api/sync.h"
 
 namespace nvk {
 
@@ -41,10 +40,8 @@ ChaineBuffer* NewBuffer(std::uint32_t size) {
     return Allocate(size, size);
 }
 
-void ReleaseBuffer(ChaineBuffer* buffer) {
-    if (os::InterlockedDecrement(&buffer->RefCount) == 0) {
-        BlockStorage()->PoolFree(buffer);
-    }
+void FreeBuffer(ChaineBuffer* buffer) {
+    BlockStorage()->PoolFree(buffer);
 }
 
 std::uint32_t GrowthRequest(std::uint32_t oldCapacity, std::uint32_t n) {

@@ -15,7 +15,7 @@ class CString;
 class Chaine {
 public:
     Chaine();
-    Chaine(const Chaine& other);
+    Chaine(const Chaine& other) : m_pText(other.m_pText) { nvk::AddReference(Buffer()); }
     // Text, or a string resource id when the upper 16 bits are zero (null is
     // id 0, the empty value).
     Chaine(const char* text);  // NOLINT(google-explicit-constructor): used as a text literal
@@ -23,12 +23,21 @@ public:
     // the text ends at the first zero; otherwise inner zeros stay.
     Chaine(const void* bytes, int n, bool stripZeros = false);
     explicit Chaine(const CString& text);
-    ~Chaine();
+    ~Chaine() { nvk::ReleaseBuffer(Buffer()); }
 
     Chaine& operator=(const Chaine& other) { return Assign(other); }
     Chaine& operator=(const char* text) { return Assign(text); }
 
-    Chaine& Assign(const Chaine& other);
+    // Shares the other value's buffer; the own reference goes first, which is
+    // safe for any two distinct buffers.
+    Chaine& Assign(const Chaine& other) {
+        if (other.m_pText != m_pText) {
+            nvk::ReleaseBuffer(Buffer());
+            nvk::AddReference(other.Buffer());
+            m_pText = other.m_pText;
+        }
+        return *this;
+    }
     Chaine& Assign(const char* text);
     Chaine& Assign(const void* bytes, int n);
     // Copies at most n characters as strncpy does, then fits the buffer to

@@ -41,8 +41,21 @@ ChaineBuffer* GrowBuffer(ChaineBuffer* buffer, std::uint32_t n);
 // A copy in a heap block (odd Capacity).
 ChaineBuffer* ToHeap(ChaineBuffer* buffer);
 
+// Gives a block whose last reference has gone back to its storage.
+void FreeBuffer(ChaineBuffer* buffer);
+
+// One more reference: a single interlocked instruction, inline because every
+// copy of a value does it.
+inline void AddReference(ChaineBuffer* buffer) {
+    __atomic_add_fetch(&buffer->RefCount, 1, __ATOMIC_SEQ_CST);
+}
+
 // One reference given back; the last frees the block.
-void ReleaseBuffer(ChaineBuffer* buffer);
+inline void ReleaseBuffer(ChaineBuffer* buffer) {
+    if (__atomic_sub_fetch(&buffer->RefCount, 1, __ATOMIC_SEQ_CST) == 0) {
+        FreeBuffer(buffer);
+    }
+}
 // A fresh block of `size` with RefCount 1 and Size `size`.
 ChaineBuffer* NewBuffer(std::uint32_t size);
 
