@@ -87,10 +87,54 @@ public:
     // Length-prefixed text, as the framework counts its archived strings.
     void Serialize(CArchive& archive);
 
+    // Comparisons answer -1, 0 or 1; the same buffer is equal without a
+    // look. Texts compare over the smaller Size (so the shorter one's
+    // terminator takes part), then by Size.
+
+    // Bytes as unsigned.
+    int Compare(const Chaine& other) const;
+    // The same result as Compare, byte by byte.
+    int CompareBytes(const Chaine& other) const;
+    // Through UpperTable, the folded bytes compared as signed: accented
+    // capitals sort before ASCII.
+    int CompareNoCase(const Chaine& other) const;
+    int CompareNoCase(const char* other) const;
+    // Through LowerTable, as unsigned.
+    int CompareLower(const Chaine& other) const;
+    bool EqualsNoCase(const Chaine& other) const;
+    // Length 1 and equal to c through UpperTable.
+    bool EqualsChar(char c) const;
+    bool StartsWithNoCase(const Chaine& prefix) const;
+    // The n bytes at pos equal other's first n; the stretch has to end
+    // before the terminator. n = 0 is true.
+    bool MatchAt(const Chaine& other, int n, bool noCase, int pos) const;
+
+    // Searches give a position or -1; noCase folds both sides through
+    // UpperTable. FindChar scans the terminator too, so 0 finds it.
+    int FindChar(char c, bool noCase = false, int start = 0) const;
+    // An empty text is found at start.
+    int Find(const char* text, bool noCase = false, int start = 0) const;
+
+    // Every byte through UpperTable or LowerTable.
+    Chaine& Upper();
+    Chaine& Lower();
+    // Remove every leading (trailing) c, or character of `set`; what remains
+    // goes into a fresh buffer that fits.
+    Chaine& TrimLeft(char c = ' ');
+    Chaine& TrimRight(char c = ' ');
+    Chaine& TrimLeft(const char* set);
+    Chaine& TrimRight(const char* set);
+
 private:
     explicit Chaine(ChaineBuffer* buffer) : m_pText(buffer->Text()) {}
     void Take(ChaineBuffer* buffer) { m_pText = buffer->Text(); }
     void Append(const char* text, std::uint32_t size);
+    // Keeps the `count` characters at `pos` in a fresh buffer that fits.
+    void KeepRange(int pos, int count);
+    template <class Strip>
+    Chaine& TrimLeftWhile(Strip strip);
+    template <class Strip>
+    Chaine& TrimRightWhile(Strip strip);
 
     friend Chaine operator+(const Chaine& left, const Chaine& right);
     friend Chaine operator+(const Chaine& left, const char* right);
@@ -125,3 +169,10 @@ inline bool operator!=(const Chaine& left, const char* right) {
 // The module's empty value, holding one reference on the empty buffer from
 // start-up to the end.
 extern const Chaine SharedEmptyChaine;
+
+// The default line end of buffered text files, and the wrapper of the
+// applications' RTF text.
+extern const Chaine ChaineCrLf;
+extern const Chaine ChaineRtfHead;
+extern const Chaine ChaineRtfEnd;
+extern const Chaine ChaineRtfPar;
