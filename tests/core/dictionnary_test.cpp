@@ -2,7 +2,37 @@
 
 #include <gtest/gtest.h>
 
+#include "nvk/core/tableau_clefs.h"
+
 namespace {
+
+TEST(DictionnaryTest, NoCaseKeysAreOneKey) {
+    FDictionnaryNoCase<Chaine> dico;
+    dico["Paths"] = "first";
+    dico["PATHS"] = "second";
+    dico["DBServers"] = "db";
+    EXPECT_EQ(dico.Count(), 2);
+    EXPECT_NE(dico.Find("paths"), -1);
+    const int paths = dico.Find("PATHS");
+    ASSERT_NE(paths, -1);
+    EXPECT_STREQ(dico.GetKey(paths), "Paths");  // the first spelling stands
+    EXPECT_STREQ(dico.GetValue(paths), "second");
+    EXPECT_STREQ(dico.GetKey(0), "DBServers");
+
+    // a, b, c: renaming a to bb gives b, bb, c; to z gives b, z, c.
+    FDictionnaryNoCase<Chaine> letters;
+    for (const char* key : {"a", "b", "c"}) {
+        letters[key] = key;
+    }
+    EXPECT_FALSE(letters.Rename("a", "B"));
+    EXPECT_TRUE(letters.Rename("a", "bb"));
+    EXPECT_STREQ(letters.GetKey(0), "b");
+    EXPECT_STREQ(letters.GetKey(1), "bb");
+    EXPECT_STREQ(letters.GetValue(1), "a");
+    EXPECT_TRUE(letters.Rename("bb", "z"));
+    EXPECT_STREQ(letters.GetKey(1), "z");
+    EXPECT_STREQ(letters.GetKey(2), "c");
+}
 
 TEST(DictionnaryTest, CaseSensitiveFormsCompareBytes) {
     FDictionnary<int> dico;
@@ -25,6 +55,16 @@ TEST(DictionnaryTest, ArraysOfChaineShareTheirTexts) {
     copy[0] = "uno";
     EXPECT_STREQ(texts[0], "one");
     EXPECT_EQ(texts[1].c_str(), copy[1].c_str());  // the copy shares the text
+}
+
+TEST(DictionnaryTest, KeyedArrayCopiesItsCursor) {
+    PTableauClefs<PTableauClefsRootS<Chaine, StandardNCComp, const Chaine&>> keys;
+    EXPECT_EQ(keys.Cursor(), -1);
+    keys.Add(Chaine("a"));
+    auto copy = keys;
+    EXPECT_EQ(copy.Body(), keys.Body());
+    EXPECT_EQ(copy.Cursor(), -1);
+    EXPECT_EQ(StandardNCComp()(Chaine("abc"), Chaine("ABC")), 0);
 }
 
 }  // namespace

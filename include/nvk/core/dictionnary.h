@@ -1,7 +1,7 @@
-// FDictionnary: the sorted map keyed by Chaine, in byte order.
+// FDictionnary and FDictionnaryNoCase: the sorted maps keyed by Chaine. The
+// no-case form is the one in use: "Paths" and "PATHS" are one key, and the
+// key keeps the spelling it was first written with.
 #pragma once
-
-#include <cstring>
 
 #include "nvk/core/chaine.h"
 #include "nvk/core/sorted_map.h"
@@ -10,11 +10,16 @@
 template <>
 struct nvk::KeyCompare<Chaine> {
     static int Equal(const Chaine& key, const Chaine& other) { return key == other ? 0 : 1; }
-    static int Order(const Chaine& key, const Chaine& other) {
-        const int order = std::strcmp(key.c_str(), other.c_str());
-        return order < 0 ? -1 : (order > 0 ? 1 : 0);
-    }
+    static int Order(const Chaine& key, const Chaine& other) { return key.Compare(other); }
 };
 
 template <class V>
 class FDictionnary : public FSortedMap<Chaine, V> {};
+
+template <class V>
+class FDictionnaryNoCase : public FDictionnary<V> {
+public:
+    int Compare(const Chaine& key, const EPair<Chaine, V>& element) const override {
+        return key.CompareNoCase(element.Key);
+    }
+};
