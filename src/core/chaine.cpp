@@ -5,6 +5,7 @@
 
 #include "nvk/afx/cstring.h"
 #include "nvk/afx/exceptions.h"
+#include "nvk/core/block_storage.h"
 
 using nvk::ReleaseBuffer;
 
@@ -53,7 +54,17 @@ private:
 
 }  // namespace
 
-const Chaine SharedEmptyChaine;
+// The module's first static objects. The block storage comes up before any
+// other static value of the module exists, so its release, registered then,
+// runs after every static value's destructor, however the others are ordered.
+namespace {
+struct BlockStorageFirst {
+    BlockStorageFirst() { BlockStorage(); }
+};
+__attribute__((init_priority(101))) const BlockStorageFirst g_BlockStorageFirst;
+}  // namespace
+
+__attribute__((init_priority(101))) const Chaine SharedEmptyChaine;
 
 Chaine::Chaine() : m_pText(EmptyBuffer()->Text()) {}
 
