@@ -1,5 +1,6 @@
 // Changes of a Chaine in place: case mapping and trimming. Every change makes
 // the buffer the value's own first.
+#include <algorithm>
 #include <cstring>
 
 #include "nvk/core/case_tables.h"
@@ -76,4 +77,213 @@ Chaine& Chaine::TrimLeft(const char* set) {
 
 Chaine& Chaine::TrimRight(const char* set) {
     return TrimRightWhile([set](char x) { return InSet(set, x); });
+}
+
+namespace {
+
+// An argument that lies in the value's own text is copied first, since the
+// change may rewrite or release that text.
+class StableText {
+public:
+    StableText(const char* text, const Chaine& value) : m_pText(text == nullptr ? "" : text) {
+        const char* own = value.c_str();
+        if (m_pText >= own && m_pText <= own + value.Length()) {
+            m_Copy = m_pText;
+            m_pText = m_Copy.c_str();
+        }
+    }
+    const char* Get() const { return m_pText; }
+    int Length() const { return static_cast<int>(std::strlen(m_pText)); }
+
+private:
+    const char* m_pText;
+    Chaine m_Copy;
+};
+
+bool IsAlnum(char c) {
+    return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
+}
+
+}  // namespace
+
+template <class Drop>
+Chaine& Chaine::RemoveWhere(Drop drop) {
+    const int length = Length();
+    int first = 0;
+    while (first < length && !drop(m_pText[first])) {
+        ++first;
+    }
+    if (first == length) {
+        return *this;
+    }
+    char* text = SetLength(length);  // a buffer of our own
+    int kept = first;
+    for (int i = first; i < length; ++i) {
+        if (!drop(text[i])) {
+            text[kept++] = text[i];
+        }
+    }
+    SetLength(kept);
+    return *this;
+}
+
+int Chaine::Replace(const char* old, const char* with, bool noCase, int start) {
+    if (with == nullptr || with[0] == '\0') {
+        Remove(old, noCase, start);
+        return 0;
+    }
+    if (old == nullptr || old[0] == '\0' || std::strcmp(old, with) == 0) {
+        return 0;
+    }
+    const StableText from(old, *this);
+    const StableText to(with, *this);
+    const int oldLength = from.Length();
+    const int newLength = to.Length();
+    int hit = Find(from.Get(), noCase, start);
+    if (hit < 0) {
+        return 0;
+    }
+    if (oldLength == newLength) {
+        Take(nvk::MakeUnique(Buffer()));
+        for (; hit >= 0; hit = Find(from.Get(), noCase, hit + 1)) {
+            std::memcpy(m_pText + hit, to.Get(), static_cast<std::size_t>(newLength));
+        }
+        return 0;
+    }
+    int hits = 0;
+    for (int at = hit; at >= 0; at = Find(from.Get(), noCase, at + oldLength)) {
+        ++hits;
+    }
+    const int length = Length();
+    Chaine result;
+    char* out = result.SetLength(length + hits * (newLength - oldLength));
+    int last = 0;
+    for (; hit >= 0; hit = Find(from.Get(), noCase, last)) {
+        std::memcpy(out, m_pText + last, static_cast<std::size_t>(hit - last));
+        out += hit - last;
+        std::memcpy(out, to.Get(), static_cast<std::size_t>(newLength));
+        out += newLength;
+        last = hit + oldLength;
+    }
+    std::memcpy(out, m_pText + last, static_cast<std::size_t>(length - last));
+    Assign(result);
+    return 0;
+}
+
+int Chaine::ReplaceFirst(const char* old, const char* with, bool noCase, int start) {
+    const StableText to(with, *this);
+    const int hit = Find(old, noCase, start);
+    if (hit >= 0) {
+        ReplaceRange(hit, old == nullptr ? 0 : static_cast<int>(std::strlen(old)), to.Get());
+    }
+    return hit;
+}
+
+Chaine& Chaine::Remove(const char* old, bool noCase, int start) {
+    const StableText from(old, *this);
+    const int n = from.Length();
+    if (n == 0 || Find(from.Get(), noCase, start) < 0) {
+        return *this;
+    }
+    const int length = Length();
+    char* text = SetLength(length);  // a buffer of our own
+    const auto matches = [&](int i) {
+        for (int k = 0; k < n; ++k) {
+            if (text[i + k] != from.Get()[k] &&
+                !(noCase && nvk::FoldUpper(text[i + k]) == nvk::FoldUpper(from.Get()[k]))) {
+                return false;
+            }
+        }
+        return true;
+    };
+    int kept = start;
+    for (int i = start; i < length;) {
+        if (i + n <= length && matches(i)) {
+            i += n;
+        } else {
+            text[kept++] = text[i++];
+        }
+    }
+    SetLength(kept);
+    return *this;
+}
+
+Chaine& Chaine::ReplaceChar(char c, char with, int start) {
+    int hit = ReplaceFirstChar(c, with, start);
+    while (hit >= 0) {
+        hit = ReplaceFirstChar(c, with, hit + 1);
+    }
+    return *this;
+}
+
+int Chaine::ReplaceFirstChar(char c, char with, int start) {
+    const int hit = FindChar(c, false, start);
+    if (hit < 0 || hit >= Length()) {
+        return -1;
+    }
+    SetLength(Length())[hit] = with;
+    return hit;
+}
+
+Chaine& Chaine::RemoveChar(char c) {
+    return RemoveWhere([c](char x) { return x == c; });
+}
+
+Chaine& Chaine::KeepOnly(const char* set) {
+    return RemoveWhere([set](char x) { return !InSet(set, x); });
+}
+
+Chaine& Chaine::RemoveSet(const char* set) {
+    return RemoveWhere([set](char x) { return InSet(set, x); });
+}
+
+Chaine& Chaine::KeepAlnum() {
+    return RemoveWhere([](char x) { return !IsAlnum(x); });
+}
+
+Chaine& Chaine::Reverse() {
+    const auto n = static_cast<int>(std::strlen(m_pText));
+    if (n > 1) {
+        char* text = SetLength(Length());
+        std::reverse(text, text + n);
+    }
+    return *this;
+}
+
+Chaine& Chaine::Quote(char c) {
+    const int length = Length();
+    Chaine result;
+    char* out = result.SetLength(length + 2 + CountChar(c));
+    *out++ = c;
+    for (int i = 0; i < length; ++i) {
+        if (m_pText[i] == c) {
+            *out++ = c;
+        }
+        *out++ = m_pText[i];
+    }
+    *out = c;
+    return Assign(result);
+}
+
+Chaine& Chaine::Unquote(char c) {
+    const int length = Length();
+    if (length == 2 && m_pText[0] == c && m_pText[1] == c) {
+        Empty();
+        return *this;
+    }
+    if (FindChar(c) < 0 || FindChar(c) >= length) {
+        return *this;
+    }
+    char* text = SetLength(length);  // a buffer of our own
+    int kept = 0;
+    for (int i = 0; i < length; ++i) {
+        if (text[i] != c) {
+            text[kept++] = text[i];
+        } else if (i + 1 < length && text[i + 1] == c) {
+            text[kept++] = c;
+            ++i;
+        }
+    }
+    SetLength(kept);
+    return *this;
 }

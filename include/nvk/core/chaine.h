@@ -11,6 +11,8 @@
 
 class CArchive;
 class CString;
+template <class T>
+class PTableau;
 
 class Chaine {
 public:
@@ -84,6 +86,38 @@ public:
     void CopyToFixed(char* dest, int n, char pad) const;
     void CopyToPadded(char* dest, int n, char pad) const;
 
+    // Fields separated by `sep` outside `quote`s, empty fields kept; each
+    // field unquoted on request. `out` is emptied first. Returns the count.
+    int Split(PTableau<Chaine>& out, char sep, char quote = '"', bool noCase = false,
+              bool unquote = false) const;
+    // At every sep: the empty value gives no field, a sep at the end an empty
+    // last field.
+    int SplitSimple(PTableau<Chaine>& out, char sep, bool noCase = false) const;
+    // At every line feed, each line without its leading and trailing
+    // carriage returns.
+    int SplitLines(PTableau<Chaine>& out) const;
+    // At the first c: left and right of it, true. Without c: left is the whole
+    // value, right is left alone, false.
+    bool SplitFirst(char c, Chaine& left, Chaine& right, bool noCase = false) const;
+    // This value becomes the elements with sep between them; a sep of 0 stays
+    // in the text, which is how lists of zero-terminated strings are built.
+    Chaine& Join(char sep, const PTableau<Chaine>& array);
+
+    // The number the text starts with once blanks are removed.
+    int ToInt() const;
+    // Optional blanks, a sign or digit, digits, optional blanks and the end,
+    // with at most maxDigits characters from the sign to the last digit.
+    bool IsInteger(int maxDigits) const;
+    bool IsInt() const { return IsInteger(10); }
+    Chaine& FromInt(int n);
+    // Two upper-case hexadecimal digits per byte.
+    Chaine& FromHex(const void* bytes, int n);
+    // Decodes pairs of hexadecimal digits into dest (any case); a character
+    // that is not a digit counts as -1. Returns min(Length() / 2, size); a
+    // null dest only counts. A dest larger than the text gives is cleared
+    // first.
+    int ToBytes(void* dest, int size) const;
+
     // Length-prefixed text, as the framework counts its archived strings.
     void Serialize(CArchive& archive);
 
@@ -114,6 +148,41 @@ public:
     int FindChar(char c, bool noCase = false, int start = 0) const;
     // An empty text is found at start.
     int Find(const char* text, bool noCase = false, int start = 0) const;
+    // The first character that is one of `set`.
+    int FindOneOf(const char* set, int start = 0) const;
+    // No character lies outside `set`; the empty value consists of anything.
+    bool ConsistsOf(const char* set) const;
+    // The first c that stands outside quotes; a doubled quote inside quotes
+    // stays inside. A c equal to the quote is found at once.
+    int FindCharQuoted(char c, char quote, bool noCase = false, int start = 0) const;
+    int CountChar(char c, bool noCase = false) const;
+    // n = 0: the text before the first `open` (the whole value if none).
+    // n > 0: the text inside the n-th outermost pair of brackets, or empty.
+    Chaine GetBracketed(char open, char close, int n, bool noCase = false) const;
+
+    // Replaces every occurrence from start; always 0. A replacement of the
+    // same size is written in place, so overlapping matches are seen in the
+    // text already changed.
+    int Replace(const char* old, const char* with, bool noCase = false, int start = 0);
+    // The first occurrence; its position or -1.
+    int ReplaceFirst(const char* old, const char* with, bool noCase = false, int start = 0);
+    Chaine& Remove(const char* old, bool noCase = false, int start = 0);
+    Chaine& ReplaceChar(char c, char with, int start = 0);
+    // The first c; its position or -1.
+    int ReplaceFirstChar(char c, char with, int start = 0);
+    // Every c; with c = 0 the zero bytes inside the text go.
+    Chaine& RemoveChar(char c);
+    Chaine& KeepOnly(const char* set);
+    Chaine& RemoveSet(const char* set);
+    // Keeps 0-9, A-Z and a-z.
+    Chaine& KeepAlnum();
+    // Reverses the text up to its first zero.
+    Chaine& Reverse();
+    // Surrounds with c, doubling each c inside.
+    Chaine& Quote(char c = '"');
+    // The reverse of Quote: exactly two c give the empty value, a doubled c
+    // becomes one, a single c goes.
+    Chaine& Unquote(char c = '"');
 
     // Every byte through UpperTable or LowerTable.
     Chaine& Upper();
@@ -135,6 +204,9 @@ private:
     Chaine& TrimLeftWhile(Strip strip);
     template <class Strip>
     Chaine& TrimRightWhile(Strip strip);
+    // Drops every character for which drop(c) holds, in place.
+    template <class Drop>
+    Chaine& RemoveWhere(Drop drop);
 
     friend Chaine operator+(const Chaine& left, const Chaine& right);
     friend Chaine operator+(const Chaine& left, const char* right);

@@ -1,0 +1,97 @@
+// Splitting a Chaine into a PTableau<Chaine>, and joining one back.
+#include <cstring>
+
+#include "nvk/core/chaine.h"
+#include "nvk/core/tableau.h"
+
+int Chaine::Split(PTableau<Chaine>& out, char sep, char quote, bool noCase, bool unquote) const {
+    out.RemoveAll();
+    const auto add = [&](Chaine field) {
+        if (unquote) {
+            field.Unquote(quote);
+        }
+        out.Add(field);
+    };
+    int pos = FindCharQuoted(sep, quote, noCase, 0);
+    if (pos < 0) {
+        add(*this);
+        return out.Size();
+    }
+    add(Left(pos));
+    int start = pos + 1;
+    while ((pos = FindCharQuoted(sep, quote, noCase, start)) >= 0) {
+        add(Mid(start, pos - start));
+        start = pos + 1;
+    }
+    add(Mid(start));
+    return out.Size();
+}
+
+int Chaine::SplitSimple(PTableau<Chaine>& out, char sep, bool noCase) const {
+    out.RemoveAll();
+    if (IsEmpty()) {
+        return 0;
+    }
+    const int length = Length();
+    int start = 0;
+    for (int pos; (pos = FindChar(sep, noCase, start)) >= 0 && pos < length; start = pos + 1) {
+        out.Add(Mid(start, pos - start));
+    }
+    out.Add(Mid(start));
+    return out.Size();
+}
+
+int Chaine::SplitLines(PTableau<Chaine>& out) const {
+    out.RemoveAll();
+    const int length = Length();
+    int start = 0;
+    for (;;) {
+        int pos = FindChar('\n', false, start);
+        const bool last = pos < 0 || pos >= length;
+        if (last) {
+            pos = length;
+        }
+        Chaine line = Mid(start, pos - start);
+        out.Add(line.TrimLeft('\r').TrimRight('\r'));
+        if (last) {
+            return out.Size();
+        }
+        start = pos + 1;
+    }
+}
+
+bool Chaine::SplitFirst(char c, Chaine& left, Chaine& right, bool noCase) const {
+    const int pos = FindChar(c, noCase, 0);
+    if (pos < 0) {
+        left = *this;
+        return false;
+    }
+    // Read both halves before assigning: left or right may be this value.
+    Chaine before = Left(pos);
+    Chaine after = Mid(pos + 1);
+    left = before;
+    right = after;
+    return true;
+}
+
+Chaine& Chaine::Join(char sep, const PTableau<Chaine>& array) {
+    const int count = array.Size();
+    std::int64_t length = count > 0 ? count - 1 : 0;
+    for (int i = 0; i < count; ++i) {
+        length += array[i].Length();
+    }
+    Chaine result;
+    char* out = result.SetLength(static_cast<int>(length));
+    for (int i = 0; i < count; ++i) {
+        if (i > 0) {
+            *out++ = sep;
+        }
+        std::memcpy(out, array[i].c_str(), static_cast<std::size_t>(array[i].Length()));
+        out += array[i].Length();
+    }
+    if (length == 0) {
+        Empty();
+        return *this;
+    }
+    return Assign(result);
+}
