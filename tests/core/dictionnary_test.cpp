@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "nvk/core/tableau_clefs.h"
-
 namespace {
 
 TEST(DictionnaryTest, NoCaseKeysAreOneKey) {
@@ -55,16 +53,6 @@ TEST(DictionnaryTest, ArraysOfChaineShareTheirTexts) {
     copy[0] = "uno";
     EXPECT_STREQ(texts[0], "one");
     EXPECT_EQ(texts[1].c_str(), copy[1].c_str());  // the copy shares the text
-}
-
-TEST(DictionnaryTest, KeyedArrayCopiesItsCursor) {
-    PTableauClefs<PTableauClefsRootS<Chaine, StandardNCComp, const Chaine&>> keys;
-    EXPECT_EQ(keys.Cursor(), -1);
-    keys.Add(Chaine("a"));
-    auto copy = keys;
-    EXPECT_EQ(copy.Body(), keys.Body());
-    EXPECT_EQ(copy.Cursor(), -1);
-    EXPECT_EQ(StandardNCComp()(Chaine("abc"), Chaine("ABC")), 0);
 }
 
 }  // namespace
