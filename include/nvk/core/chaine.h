@@ -5,6 +5,7 @@
 // the empty value, never an error.
 #pragma once
 
+#include <cstdarg>
 #include <cstdint>
 
 #include "nvk/core/chaine_buffer.h"
@@ -117,6 +118,19 @@ public:
     // null dest only counts. A dest larger than the text gives is cleared
     // first.
     int ToBytes(void* dest, int size) const;
+
+    // The text from pos, whole, against a pattern: "*" any run (also none),
+    // "?" one character, "#" one digit, "[set]" one of a set ("!" first
+    // negates, "a-z" a range of signed bytes), "`" the next character as it
+    // stands, anything else itself. An empty text matches nothing, not even
+    // "*". The no-case form folds through UpperTable.
+    bool Like(const char* pattern, int pos = 0) const;
+    bool LikeNoCase(const char* pattern, int pos = 0) const;
+
+    // printf formatting into this value; the result is what vsprintf
+    // prints. "I64" marks a 64-bit integer argument.
+    Chaine& Format(const char* format, ...);
+    Chaine& FormatV(const char* format, va_list args);
 
     // Length-prefixed text, as the framework counts its archived strings.
     void Serialize(CArchive& archive);
