@@ -1,0 +1,121 @@
+// EIniFile::SectionDesc: the lines under one section header.
+#include "nvk/config/ini_file.h"
+
+EIniFile::SectionDesc::SectionDesc(const Chaine& /*name*/) {}
+
+Chaine EIniFile::SectionDesc::operator[](const Chaine& name) const {
+    const int index = m_NamedLines.Find(name);
+    return index == -1 ? Chaine() : m_NamedLines.GetValue(index);
+}
+
+Chaine& EIniFile::SectionDesc::operator[](unsigned int i) {
+    const int index = static_cast<int>(i);
+    if (index >= m_UnNamedLines.Size()) {
+        m_UnNamedLines.SetSize(index + 1);
+    }
+    return m_UnNamedLines[index];
+}
+
+Chaine EIniFile::SectionDesc::operator[](unsigned int i) const {
+    return i < Unsigned(m_UnNamedLines.Size()) ? m_UnNamedLines[static_cast<int>(i)] : Chaine();
+}
+
+Chaine& EIniFile::SectionDesc::GetLine(unsigned int i) {
+    const int index = static_cast<int>(i);
+    if (index >= m_LineOrder.Size()) {
+        m_LineOrder.SetSize(index + 1);
+    }
+    // Straight into the dictionary: the name already has its place.
+    return m_NamedLines[m_LineOrder[index]];
+}
+
+const Chaine& EIniFile::SectionDesc::GetLine(unsigned int i) const {
+    if (i >= Unsigned(m_LineOrder.Size())) {
+        return m_Empty;
+    }
+    const int index = m_NamedLines.Find(m_LineOrder[static_cast<int>(i)]);
+    return index == -1 ? m_Empty : m_NamedLines.GetValue(index);
+}
+
+Chaine EIniFile::SectionDesc::GetLineName(unsigned int i) {
+    return i < Unsigned(m_LineOrder.Size()) ? m_LineOrder[static_cast<int>(i)] : Chaine();
+}
+
+Chaine& EIniFile::SectionDesc::NamedLine(const Chaine& name) {
+    const int before = m_NamedLines.Count();
+    Chaine& value = m_NamedLines[name];
+    if (m_NamedLines.Count() != before) {
+        m_LineOrder.Add(name);
+    }
+    return value;
+}
+
+void EIniFile::SectionDesc::AddLine(const Chaine& line) {
+    const char* text = line.c_str();
+    const int length = line.Length();
+    if (length > 0 && text[0] == ';' && m_NamedLines.Count() == 0 && m_UnNamedLines.IsEmpty()) {
+        m_Comments.Add(Chaine(text + 1, length - 1));
+        return;
+    }
+    int start = 0;
+    while (start < length && text[start] == ' ') {
+        ++start;
+    }
+    // A comment among the data lines is not kept.
+    if (start < length && text[start] == ';') {
+        return;
+    }
+    const int split = line.FindChar('=', false, start);
+    if (split == -1) {
+        m_UnNamedLines.Add(start == 0 ? line : Chaine(text + start, length - start));
+        return;
+    }
+    NamedLine(Chaine(text + start, split - start)) = Chaine(text + split + 1, length - split - 1);
+}
+
+bool EIniFile::SectionDesc::RemoveLine(const Chaine& name) {
+    const int index = m_NamedLines.Find(name);
+    if (index == -1) {
+        return false;
+    }
+    m_NamedLines.Remove(name);
+    for (int i = 0; i < m_LineOrder.Size(); ++i) {
+        if (m_LineOrder[i].EqualsNoCase(name)) {
+            m_LineOrder.Remove(1, i);
+            break;
+        }
+    }
+    return true;
+}
+
+void EIniFile::SectionDesc::Clean() {
+    m_Comments.RemoveAll();
+    m_NamedLines.RemoveAll();
+    m_LineOrder.RemoveAll();
+    m_UnNamedLines.RemoveAll();
+}
+
+Chaine EIniFile::SectionDesc::AsChaine() {
+    Chaine text;
+    AppendTo(text);
+    return text;
+}
+
+void EIniFile::SectionDesc::AppendTo(Chaine& text) const {
+    for (int i = 0; i < m_Comments.Size(); ++i) {
+        text += ';';
+        text += m_Comments[i];
+        text += "\r\n";
+    }
+    for (int i = 0; i < m_LineOrder.Size(); ++i) {
+        const Chaine& name = m_LineOrder[i];
+        text += name;
+        text += '=';
+        text += GetLine(static_cast<unsigned int>(i));
+        text += "\r\n";
+    }
+    for (int i = 0; i < m_UnNamedLines.Size(); ++i) {
+        text += m_UnNamedLines[i];
+        text += "\r\n";
+    }
+}

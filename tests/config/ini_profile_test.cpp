@@ -1,0 +1,260 @@
+// Opening, writing back, the profile calls and the exclusion between opens.
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <thread>
+
+#include "nvk/config/ini_file.h"
+#include "os/api/file.h"
+#include "os/api/sync.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+class IniProfile : public testing::Test {
+protected:
+    void SetUp() override {
+        m_Folder = fs::temp_directory_path() /
+                   ("nvk_ini_" + std::to_string(::testing::UnitTest::GetInstance()->random_seed()) +
+                    "_" + testing::UnitTest::GetInstance()->current_test_info()->name());
+        fs::remove_all(m_Folder);
+        fs::create_directories(m_Folder);
+        EIniFile::SetTimeOut(1000);
+    }
+    void TearDown() override {
+        EIniFile::SetTimeOut(1000);
+        fs::remove_all(m_Folder);
+    }
+
+    Chaine Path(const char* name) const { return (m_Folder / name).string().c_str(); }
+    void Put(const char* name, const std::string& text) const {
+        std::ofstream(m_Folder / name, std::ios::binary) << text;
+    }
+    std::string Get(const char* name) const {
+        std::ostringstream text;
+        text << std::ifstream(m_Folder / name, std::ios::binary).rdbuf();
+        return text.str();
+    }
+
+    fs::path m_Folder;
+};
+
+using Clock = std::chrono::steady_clock;
+long long MillisecondsSince(Clock::time_point start) {
+    return std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start).count();
+}
+
+TEST_F(IniProfile, WritesCreateAndRewriteTheFile) {
+    EIniFile ini;
+    EXPECT_EQ(ini.WritePrivateProfileStringA("S", "k", "v", Path("new.ini")), 1u);
+    EXPECT_EQ(Get("new.ini"), "[S]\r\nk=v\r\n");
+
+    // Later calls keep the object's file name; an empty value removes the key
+    // but leaves the section, an empty key removes the section.
+    EXPECT_EQ(ini.WritePrivateProfileStringA("T", "a", "1", ""), 1u);
+    EXPECT_EQ(ini.WritePrivateProfileStringA("S", "k", "", ""), 1u);
+    EXPECT_EQ(Get("new.ini"), "[S]\r\n\r\n[T]\r\na=1\r\n");
+    EXPECT_EQ(ini.WritePrivateProfileStringA("S", "", "x", ""), 1u);
+    EXPECT_EQ(Get("new.ini"), "[T]\r\na=1\r\n");
+}
+
+TEST_F(IniProfile, ReadsTrimQuotesAndCut) {
+    Put("r.ini", "[S]\nq=\"abc\"\nn= 42 \nbad=x1\nquoted=\"5\"\n");
+    const EIniFile ini(Path("r.ini"));
+    char buffer[16] = "untouched";
+    EXPECT_EQ(ini.GetPrivateProfileStringA("S", "q", "", buffer, sizeof buffer, ""), 3u);
+    EXPECT_STREQ(buffer, "abc");
+    // Exactly the length: one character short, and terminated.
+    EXPECT_EQ(ini.GetPrivateProfileStringA("S", "q", "", buffer, 3, ""), 2u);
+    EXPECT_STREQ(buffer, "ab");
+    EXPECT_EQ(ini.GetPrivateProfileStringA("S", "none", "\"dflt\"", buffer, sizeof buffer, ""), 4u);
+    EXPECT_STREQ(buffer, "dflt");
+
+    EXPECT_EQ(ini.GetPrivateProfileIntA("S", "n", 7, ""), 42);
+    EXPECT_EQ(ini.GetPrivateProfileIntA("S", "bad", 7, ""), 0);
+    EXPECT_EQ(ini.GetPrivateProfileIntA("S", "quoted", 7, ""), 0);
+    EXPECT_EQ(ini.GetPrivateProfileIntA("S", "none", 7, ""), 7);
+    EXPECT_EQ(ini.GetPrivateProfileIntA("S", "n", 7, Path("missing.ini")), 7);
+
+    // Through the model the quotes stay.
+    EIniFile open;
+    ASSERT_TRUE(open.Open(Path("r.ini"), true));
+    EXPECT_EQ(std::string(open["S"]["q"].c_str()), "\"abc\"");
+}
+
+TEST_F(IniProfile, FileNameRule) {
+    Put("a.ini", "[S]\nk=a\n");
+    Put("b.ini", "[S]\nk=b\n");
+    EIniFile ini(Path("a.ini"));
+    char buffer[8];
+    ini.GetPrivateProfileStringA("S", "k", "", buffer, sizeof buffer, Path("b.ini"));
+    EXPECT_STREQ(buffer, "b");
+    EXPECT_EQ(std::string(ini.GetFileName().c_str()), std::string(Path("b.ini").c_str()));
+
+    // An open object works on what it has open.
+    ASSERT_TRUE(ini.Open(Path("a.ini"), true));
+    ini.GetPrivateProfileStringA("S", "k", "", buffer, sizeof buffer, Path("b.ini"));
+    EXPECT_STREQ(buffer, "a");
+    EXPECT_FALSE(ini.Open(Path("b.ini"), true));
+    EXPECT_EQ(ini.WritePrivateProfileStringA("S", "k", "x", ""), 0u);
+    EXPECT_FALSE(ini.ManageLines("S", "x", true));
+    EXPECT_FALSE(ini.RemoveLine("S", "k"));
+    EXPECT_TRUE(ini.Close());
+    EXPECT_EQ(Get("a.ini"), "[S]\nk=a\n");
+}
+
+TEST_F(IniProfile, IntegerWritesStayOutOfTheOrder) {
+    Put("i.ini", "[A]\nx=1\n[B]\ny=2\n");
+    EIniFile ini;
+    ASSERT_TRUE(ini.Open(Path("i.ini"), false));
+    EXPECT_EQ(ini.WritePrivateProfileInt("New", "n", 5, ""), 1u);
+    EXPECT_EQ(ini.WritePrivateProfileInt("A", "z", -3, ""), 1u);
+    EXPECT_EQ(ini.GetSectionNames().Size(), 2);
+    EXPECT_EQ(ini.GetSectionNB(), 3u);
+    EXPECT_TRUE(ini.SectionExist("new"));
+    EXPECT_TRUE(ini.Close());
+    EXPECT_EQ(Get("i.ini"), "[A]\r\nx=1\r\nz=-3\r\n\r\n[B]\r\ny=2\r\n\r\n[New]\r\nn=5\r\n");
+}
+
+TEST_F(IniProfile, RemoveLineChangesOnlyWhatIsOpenForWriting) {
+    Put("l.ini", "[S]\nk=v\nj=w\n");
+    EIniFile ini(Path("l.ini"));
+    EXPECT_TRUE(ini.RemoveLine("S", "k"));
+    EXPECT_FALSE(ini.RemoveLine("T", "k"));
+    EXPECT_EQ(Get("l.ini"), "[S]\nk=v\nj=w\n");
+
+    ASSERT_TRUE(ini.Open(false));
+    EXPECT_TRUE(ini.RemoveLine("S", "K"));
+    EXPECT_FALSE(ini.RemoveLine("S", "k"));
+    EXPECT_TRUE(ini.Close());
+    EXPECT_EQ(Get("l.ini"), "[S]\r\nj=w\r\n");
+
+    ASSERT_TRUE(ini.Open(false));
+    EXPECT_TRUE(ini.RemoveLine("s", ""));
+    EXPECT_TRUE(ini.Close());
+    EXPECT_EQ(Get("l.ini"), "");
+}
+
+TEST_F(IniProfile, ManageLinesIsASetIgnoringCase) {
+    EIniFile ini(Path("m.ini"));
+    EXPECT_TRUE(ini.ManageLines("S", "Alpha", true));
+    EXPECT_TRUE(ini.ManageLines("S", "ALPHA", true));
+    EXPECT_TRUE(ini.ManageLines("S", "beta", true));
+    EXPECT_EQ(Get("m.ini"), "[S]\r\nAlpha\r\nbeta\r\n");
+    EXPECT_TRUE(ini.ManageLines("S", "alpha", false));
+    EXPECT_TRUE(ini.ManageLines("S", "gamma", false));
+    EXPECT_EQ(Get("m.ini"), "[S]\r\nbeta\r\n");
+}
+
+TEST_F(IniProfile, DestructorSavesAWriter) {
+    {
+        EIniFile ini;
+        ASSERT_TRUE(ini.Open(Path("d.ini"), false));
+        ini["S"]["k"] = "v";
+    }
+    EXPECT_EQ(Get("d.ini"), "[S]\r\nk=v\r\n");
+    // A reader's changes are discarded.
+    {
+        EIniFile ini;
+        ASSERT_TRUE(ini.Open(Path("d.ini"), true));
+        ini["S"]["k"] = "changed";
+    }
+    EXPECT_EQ(Get("d.ini"), "[S]\r\nk=v\r\n");
+}
+
+TEST_F(IniProfile, MissingFileReadsEmpty) {
+    EIniFile ini;
+    ASSERT_TRUE(ini.Open(Path("none.ini"), true));
+    EXPECT_EQ(ini.GetSectionNB(), 0u);
+    EXPECT_TRUE(ini.Close());
+    EXPECT_FALSE(fs::exists(m_Folder / "none.ini"));
+    // A folder that is not there is no missing file.
+    EXPECT_FALSE(ini.Open(Path("no/such.ini"), false));
+}
+
+TEST_F(IniProfile, AWriterExcludesEveryOtherOpen) {
+    Put("x.ini", "[S]\nk=v\n");
+    EIniFile writer(Path("x.ini"));
+    ASSERT_TRUE(writer.Open(false));
+
+    EIniFile::SetTimeOut(300);
+    EIniFile other(Path("x.ini"));
+    char buffer[8] = "same";
+    auto start = Clock::now();
+    EXPECT_EQ(other.GetPrivateProfileStringA("S", "k", "", buffer, sizeof buffer, ""), 0u);
+    const long long waited = MillisecondsSince(start);
+    EXPECT_GE(waited, 300);
+    EXPECT_LT(waited, 1000);
+    EXPECT_STREQ(buffer, "same");
+
+    // One attempt and one pause only.
+    EIniFile::SetTimeOut(0);
+    start = Clock::now();
+    EXPECT_EQ(other.GetPrivateProfileIntA("S", "k", 9, ""), 9);
+    EXPECT_GE(MillisecondsSince(start), 50);
+    EXPECT_LT(MillisecondsSince(start), 250);
+    EXPECT_EQ(other.WritePrivateProfileStringA("S", "k", "w", ""), 0u);
+    EXPECT_FALSE(other.ManageLines("S", "w", true));
+    EXPECT_FALSE(other.RemoveLine("S", "k"));
+
+    // Readers share the file with each other, not with a writer.
+    EXPECT_TRUE(writer.Close());
+    EIniFile reader(Path("x.ini"));
+    ASSERT_TRUE(reader.Open(true));
+    EXPECT_EQ(other.GetPrivateProfileIntA("S", "k", 9, ""), 0);
+    EXPECT_TRUE(reader.Close());
+}
+
+TEST_F(IniProfile, AWriterWaitsForTheHolder) {
+    Put("w.ini", "[S]\nn=0\n");
+    const Chaine path = Path("w.ini");
+    // Holds the file the way a reader of another process does while it reads.
+    nvk::os::HANDLE held =
+        nvk::os::CreateFileA(path, nvk::os::GENERIC_READ, nvk::os::FILE_SHARE_READ, nullptr,
+                             nvk::os::OPEN_EXISTING, nvk::os::FILE_ATTRIBUTE_NORMAL, nullptr);
+    ASSERT_NE(held, nvk::os::INVALID_HANDLE_VALUE);
+    EIniFile::SetTimeOut(5000);
+    EIniFile writer(path);
+    const auto start = Clock::now();
+    // The writer retries while the holder lets go after some 200 ms.
+    std::thread release([&] {
+        nvk::os::Sleep(200);
+        nvk::os::CloseHandle(held);
+    });
+    const bool opened = writer.Open(false);
+    release.join();
+    EXPECT_TRUE(opened);
+    EXPECT_GE(MillisecondsSince(start), 150);
+    EXPECT_EQ(writer.WritePrivateProfileInt("S", "n", 1, ""), 1u);
+    EXPECT_TRUE(writer.Close());
+    EXPECT_EQ(Get("w.ini"), "[S]\r\nn=1\r\n");
+}
+
+TEST_F(IniProfile, AccessDeniedFailsAtOnce) {
+    // A folder opened as a file is refused to readers and writers alike.
+    EIniFile::SetTimeOut(5000);
+    EIniFile folder(Path(""));
+    auto start = Clock::now();
+    EXPECT_FALSE(folder.Open(false));
+    EXPECT_FALSE(folder.Open(true));
+    EXPECT_LT(MillisecondsSince(start), 50);
+
+    Put("ro.ini", "[S]\nk=v\n");
+    fs::permissions(m_Folder / "ro.ini", fs::perms::owner_read | fs::perms::group_read);
+    EIniFile ini(Path("ro.ini"));
+    start = Clock::now();
+    if (ini.Open(false)) {
+        ini.Close();
+        GTEST_SKIP() << "this user may write any file";
+    }
+    EXPECT_LT(MillisecondsSince(start), 50);
+    char buffer[4];
+    EXPECT_EQ(ini.GetPrivateProfileStringA("S", "k", "", buffer, sizeof buffer, ""), 1u);
+}
+
+}  // namespace
