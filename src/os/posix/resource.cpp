@@ -1,0 +1,241 @@
+// Resources over the tables that modules carry. A lookup takes the tables of
+// the module under the lock and searches them without it: tables are constant
+// data, and a module unregisters its own only as it goes away.
+#include "os/api/resource.h"
+
+#include <strings.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <mutex>
+#include <vector>
+
+#include "os/api/error.h"
+#include "os/api/locale.h"
+#include "os/api/module.h"
+#include "os/posix/handle.h"
+
+namespace nvk::os {
+
+namespace {
+
+using posix::SetErrorCode;
+
+struct Registration {
+    HMODULE Module;
+    const ResourceTable* Table;
+};
+
+std::mutex& RegistryLock() {
+    static std::mutex lock;
+    return lock;
+}
+
+std::vector<Registration>& Registry() {
+    static std::vector<Registration> registry;
+    return registry;
+}
+
+// The registered tables of a module; without any, the table it exports.
+std::vector<const ResourceTable*> TablesOf(HMODULE module) {
+    std::vector<const ResourceTable*> tables;
+    {
+        std::lock_guard lock(RegistryLock());
+        for (const Registration& entry : Registry()) {
+            if (entry.Module == module) {
+                tables.push_back(entry.Table);
+            }
+        }
+    }
+    if (tables.empty()) {
+        DWORD error = GetLastError();
+        FARPROC symbol = GetProcAddress(module, kResourceTableSymbol);
+        SetErrorCode(error);
+        if (symbol != nullptr) {
+            tables.push_back(reinterpret_cast<const ResourceTable*>(symbol));
+        }
+    }
+    return tables;
+}
+
+// "#123" names the number 123, as MAKEINTRESOURCEA(123) does.
+bool AsNumber(LPCSTR id, unsigned long& number) {
+    if (IS_INTRESOURCE(id)) {
+        number = reinterpret_cast<ULONG_PTR>(id);
+        return true;
+    }
+    if (id[0] != '#' || id[1] < '0' || id[1] > '9') {
+        return false;
+    }
+    char* end = nullptr;
+    number = std::strtoul(id + 1, &end, 10);
+    return *end == '\0' && number <= 0xFFFF;
+}
+
+bool SameId(LPCSTR storedText, WORD storedId, LPCSTR asked) {
+    unsigned long number = 0;
+    if (AsNumber(asked, number)) {
+        return storedText == nullptr && storedId == number;
+    }
+    return storedText != nullptr && strcasecmp(storedText, asked) == 0;
+}
+
+// The module's entries of one type and name, ordered by language. The error
+// is set for the first of module, type and name that is missing.
+std::vector<HRSRC> Candidates(HMODULE module, LPCSTR type, LPCSTR name) {
+    std::vector<HRSRC> found;
+    if (type == nullptr || name == nullptr) {
+        SetErrorCode(ERROR_INVALID_PARAMETER);
+        return found;
+    }
+    std::vector<const ResourceTable*> tables = TablesOf(module);
+    bool typeSeen = false;
+    for (const ResourceTable* table : tables) {
+        for (DWORD i = 0; i < table->Count; ++i) {
+            const ResourceEntry& entry = table->Entries[i];
+            if (SameId(entry.TypeText, entry.TypeId, type)) {
+                typeSeen = true;
+                if (SameId(entry.NameText, entry.NameId, name)) {
+                    found.push_back(&entry);
+                }
+            }
+        }
+    }
+    std::stable_sort(found.begin(), found.end(),
+                     [](HRSRC a, HRSRC b) { return a->Language < b->Language; });
+    if (found.empty()) {
+        SetErrorCode(tables.empty() ? ERROR_RESOURCE_DATA_NOT_FOUND
+                     : typeSeen     ? ERROR_RESOURCE_NAME_NOT_FOUND
+                                    : ERROR_RESOURCE_TYPE_NOT_FOUND);
+    }
+    return found;
+}
+
+HRSRC InLanguage(const std::vector<HRSRC>& candidates, WORD language) {
+    for (HRSRC entry : candidates) {
+        if (entry->Language == language) {
+            return entry;
+        }
+    }
+    return nullptr;
+}
+
+HRSRC InPrimaryLanguage(const std::vector<HRSRC>& candidates, WORD language) {
+    for (HRSRC entry : candidates) {
+        if (PRIMARYLANGID(entry->Language) == PRIMARYLANGID(language)) {
+            return entry;
+        }
+    }
+    return nullptr;
+}
+
+}  // namespace
+
+void RegisterResourceTable(HMODULE module, const ResourceTable* table) {
+    if (table == nullptr) {
+        return;
+    }
+    std::lock_guard lock(RegistryLock());
+    Registry().push_back({module, table});
+}
+
+void UnregisterResourceTable(const ResourceTable* table) {
+    std::lock_guard lock(RegistryLock());
+    std::erase_if(Registry(), [table](const Registration& entry) { return entry.Table == table; });
+}
+
+HRSRC FindResourceExA(HMODULE module, LPCSTR type, LPCSTR name, WORD language) {
+    if (language == MAKELANGID(LANG_NEUTRAL, SUBLANG_NEUTRAL)) {
+        return FindResourceA(module, name, type);
+    }
+    std::vector<HRSRC> candidates = Candidates(module, type, name);
+    if (candidates.empty()) {
+        return nullptr;
+    }
+    if (HRSRC entry = InLanguage(candidates, language)) {
+        SetErrorCode(ERROR_SUCCESS);
+        return entry;
+    }
+    SetErrorCode(ERROR_RESOURCE_LANG_NOT_FOUND);
+    return nullptr;
+}
+
+HRSRC FindResourceA(HMODULE module, LPCSTR name, LPCSTR type) {
+    std::vector<HRSRC> candidates = Candidates(module, type, name);
+    if (candidates.empty()) {
+        return nullptr;
+    }
+    auto thread = static_cast<WORD>(GetThreadLocale() & 0xFFFF);
+    HRSRC entry = InLanguage(candidates, LANG_NEUTRAL);
+    if (entry == nullptr) {
+        entry = InLanguage(candidates, thread);
+    }
+    if (entry == nullptr) {
+        entry = InLanguage(candidates, MAKELANGID(PRIMARYLANGID(thread), SUBLANG_NEUTRAL));
+    }
+    if (entry == nullptr) {
+        entry = InPrimaryLanguage(candidates, thread);
+    }
+    for (WORD language : {static_cast<WORD>(GetUserDefaultLCID() & 0xFFFF),
+                          GetSystemDefaultLangID(), WORD{0x0409}}) {
+        if (entry == nullptr) {
+            entry = InLanguage(candidates, language);
+        }
+    }
+    if (entry == nullptr) {
+        entry = candidates.front();
+    }
+    SetErrorCode(ERROR_SUCCESS);
+    return entry;
+}
+
+HGLOBAL LoadResource(HMODULE /*module*/, HRSRC resource) {
+    if (resource == nullptr) {
+        SetErrorCode(ERROR_INVALID_HANDLE);
+        return nullptr;
+    }
+    return resource->Data;
+}
+
+DWORD SizeofResource(HMODULE /*module*/, HRSRC resource) {
+    if (resource == nullptr) {
+        SetErrorCode(ERROR_INVALID_HANDLE);
+        return 0;
+    }
+    return resource->Size;
+}
+
+LPVOID LockResource(HGLOBAL data) {
+    // Resources are read-only; the Win32 signature hands them out as LPVOID.
+    return const_cast<void*>(data);
+}
+
+BOOL FreeResource(HGLOBAL /*data*/) {
+    return FALSE;
+}
+
+BOOL EnumResourceLanguagesA(HMODULE module, LPCSTR type, LPCSTR name, ENUMRESLANGPROCA callback,
+                            LONG_PTR param) {
+    if (callback == nullptr) {
+        SetErrorCode(ERROR_INVALID_PARAMETER);
+        return FALSE;
+    }
+    std::vector<HRSRC> candidates = Candidates(module, type, name);
+    if (candidates.empty()) {
+        return FALSE;
+    }
+    int last = -1;
+    for (HRSRC entry : candidates) {
+        if (entry->Language == last) {
+            continue;
+        }
+        last = entry->Language;
+        if (!callback(module, type, name, entry->Language, param)) {
+            break;
+        }
+    }
+    SetErrorCode(ERROR_SUCCESS);
+    return TRUE;
+}
+
+}  // namespace nvk::os

@@ -1,0 +1,115 @@
+#include "os/api/locale.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "os/api/environment.h"
+#include "os/api/error.h"
+
+namespace nvk::os {
+namespace {
+
+std::string Item(LCID lcid, LCTYPE type) {
+    char text[128] = {};
+    return GetLocaleInfoA(lcid, type, text, sizeof text) > 0 ? std::string(text) : "<none>";
+}
+
+// Runs with the environment naming a locale, and puts it back after.
+class LocaleEnvironment : public ::testing::Test {
+protected:
+    void SetUp() override {
+        for (const char* name : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
+            char value[256];
+            DWORD n = GetEnvironmentVariableA(name, value, sizeof value);
+            m_Saved.push_back(n > 0 && n < sizeof value ? value : "");
+            SetEnvironmentVariableA(name, nullptr);
+        }
+    }
+    void TearDown() override {
+        const char* names[] = {"LC_ALL", "LC_MESSAGES", "LANG"};
+        for (int i = 0; i < 3; ++i) {
+            SetEnvironmentVariableA(names[i], m_Saved[i].empty() ? nullptr : m_Saved[i].c_str());
+        }
+    }
+
+    std::vector<std::string> m_Saved;
+};
+
+TEST_F(LocaleEnvironment, TheEnvironmentNamesTheUsersLocale) {
+    EXPECT_EQ(GetThreadLocale(), 0x0409u);  // nothing set is "C"
+    SetEnvironmentVariableA("LANG", "de_CH.UTF-8");
+    EXPECT_EQ(GetThreadLocale(), 2055u);
+    EXPECT_EQ(GetSystemDefaultLangID(), 2055);
+    EXPECT_EQ(ConvertDefaultLocale(LOCALE_SYSTEM_DEFAULT), 2055u);
+    SetEnvironmentVariableA("LC_MESSAGES", "fr_FR@euro");
+    EXPECT_EQ(GetUserDefaultLCID(), 1036u);
+    SetEnvironmentVariableA("LC_ALL", "POSIX");
+    EXPECT_EQ(GetThreadLocale(), 0x0409u);
+    SetEnvironmentVariableA("LC_ALL", "fr_XX");  // an unknown country keeps the language
+    EXPECT_EQ(GetThreadLocale(), 1036u);
+}
+
+TEST(Locale, NamesOfMonthsAndDaysInTheAnsiCodePage) {
+    EXPECT_EQ(Item(1036, LOCALE_SMONTHNAME1 + 1), "f\xE9vrier");
+    EXPECT_EQ(Item(1036, LOCALE_SABBREVMONTHNAME1 + 7), "ao\xFBt");
+    EXPECT_EQ(Item(2055, LOCALE_SMONTHNAME1 + 2), "M\xE4rz");
+    EXPECT_EQ(Item(2055, LOCALE_SABBREVMONTHNAME1 + 11), "Dez");
+    EXPECT_EQ(Item(1033, LOCALE_SMONTHNAME1 + 11), "December");
+    EXPECT_EQ(Item(1036, LOCALE_SDAYNAME1), "lundi");
+    EXPECT_EQ(Item(1033, LOCALE_SABBREVDAYNAME1 + 6), "Sun");
+    EXPECT_EQ(Item(1036, LOCALE_SNATIVELANGNAME),
+              "fran\xE7"
+              "ais");
+    EXPECT_EQ(Item(2055, LOCALE_SENGCOUNTRY), "Switzerland");
+    EXPECT_EQ(Item(2055, LOCALE_SABBREVCTRYNAME), "CHE");
+    EXPECT_EQ(Item(1036, LOCALE_SISO3166CTRYNAME), "FR");
+    EXPECT_EQ(Item(1036, LOCALE_SCURRENCY), "\x80");
+}
+
+TEST(Locale, DateFormatsInWindowsLetters) {
+    EXPECT_EQ(Item(1036, LOCALE_SSHORTDATE), "dd/MM/yyyy");
+    EXPECT_EQ(Item(2055, LOCALE_SSHORTDATE), "dd.MM.yyyy");
+    EXPECT_EQ(Item(1033, LOCALE_SSHORTDATE), "M/d/yyyy");
+    EXPECT_EQ(Item(1033, LOCALE_IDATE), "0");
+    EXPECT_EQ(Item(1036, LOCALE_IDATE), "1");
+    EXPECT_EQ(Item(1033, LOCALE_IDAYLZERO), "0");
+    EXPECT_EQ(Item(2055, LOCALE_IMONLZERO), "1");
+    EXPECT_EQ(Item(2055, LOCALE_SDATE), ".");
+    EXPECT_EQ(Item(1033, LOCALE_STIMEFORMAT), "h:mm:ss tt");
+    EXPECT_EQ(Item(1036, LOCALE_ICALENDARTYPE), "1");
+    EXPECT_EQ(Item(1036, LOCALE_IFIRSTDAYOFWEEK), "0");
+    EXPECT_EQ(Item(1033, LOCALE_IFIRSTDAYOFWEEK), "6");
+}
+
+TEST(Locale, BuffersNumbersAndErrors) {
+    int n = GetLocaleInfoA(1036, LOCALE_SMONTHNAME1, nullptr, 0);
+    EXPECT_EQ(n, 8);  // "janvier" and its terminator
+    char small[4];
+    EXPECT_EQ(GetLocaleInfoA(1036, LOCALE_SMONTHNAME1, small, sizeof small), 0);
+    EXPECT_EQ(GetLastError(), ERROR_INSUFFICIENT_BUFFER);
+
+    DWORD number = 0;
+    EXPECT_EQ(GetLocaleInfoA(1033, LOCALE_IFIRSTDAYOFWEEK | LOCALE_RETURN_NUMBER,
+                             reinterpret_cast<LPSTR>(&number), sizeof number),
+              4);
+    EXPECT_EQ(number, 6u);
+    EXPECT_EQ(GetLocaleInfoA(1033, LOCALE_SMONTHNAME1 | LOCALE_RETURN_NUMBER,
+                             reinterpret_cast<LPSTR>(&number), sizeof number),
+              0);
+    EXPECT_EQ(GetLastError(), ERROR_INVALID_FLAGS);
+
+    EXPECT_EQ(GetLocaleInfoA(0x07FF, LOCALE_SMONTHNAME1, nullptr, 0), 0);
+    EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
+    EXPECT_FALSE(IsValidLocale(0x07FF, 0));
+    EXPECT_FALSE(SetThreadLocale(0x07FF));
+}
+
+TEST(Locale, ANeutralSublanguageBecomesTheDefaultOne) {
+    EXPECT_EQ(ConvertDefaultLocale(0x000C), 0x040Cu);
+    EXPECT_EQ(ConvertDefaultLocale(0x0807), 0x0807u);
+    EXPECT_EQ(ConvertDefaultLocale(LOCALE_INVARIANT), LOCALE_INVARIANT);
+}
+
+}  // namespace
+}  // namespace nvk::os
