@@ -5,6 +5,7 @@
 
 #include "nvk/afx/cstring.h"
 #include "nvk/afx/exceptions.h"
+#include "nvk/context/string_load.h"
 #include "nvk/core/block_storage.h"
 
 using nvk::ReleaseBuffer;
@@ -73,6 +74,10 @@ Chaine::Chaine(const char* text) {
         // A string id: the text comes from the language layer's string
         // resources, and stays empty where there is none.
         Take(EmptyBuffer());
+        if (text != nullptr) {
+            auto id = static_cast<unsigned>(reinterpret_cast<std::uintptr_t>(text));
+            nvk::LoadString(*this, id, nvk::FindStringModule(id));
+        }
         return;
     }
     const auto size = static_cast<std::uint32_t>(std::strlen(text) + 1);

@@ -1,0 +1,11 @@
+// The tool's edge: the library's text is Windows-1252, the terminal's UTF-8.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace nvk::tool {
+
+std::string AnsiToUtf8(std::string_view ansi);
+
+}  // namespace nvk::tool
