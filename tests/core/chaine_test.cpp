@@ -17,7 +17,7 @@ std::int32_t Refs(const Chaine& value) {
 TEST(ChaineBuffers, EmptyValuesShareTheModulesEmptyBuffer) {
     Chaine empty;
     Chaine fromNull(static_cast<const char*>(nullptr));
-    Chaine fromId(reinterpret_cast<const char*>(14008));
+    Chaine fromId(reinterpret_cast<const char*>(14900));
     EXPECT_EQ(empty.Buffer(), SharedEmptyChaine.Buffer());
     EXPECT_EQ(fromNull.Buffer(), SharedEmptyChaine.Buffer());
     EXPECT_EQ(fromId.Buffer(), SharedEmptyChaine.Buffer());
