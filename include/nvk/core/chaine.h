@@ -131,6 +131,32 @@ public:
     // prints. "I64" marks a 64-bit integer argument.
     Chaine& Format(const char* format, ...);
     Chaine& FormatV(const char* format, va_list args);
+    // Formats with a string resource as the format; empty while no
+    // resources are at hand.
+    Chaine& FormatId(nvk::os::UINT id, nvk::os::HINSTANCE module, ...);
+
+    // By the collation of a locale: CompareStringA's answer less 2, so -1, 0
+    // or 1 (and -2 when the system can't compare).
+    int CompareLocale(const Chaine& other, nvk::os::DWORD flags = 0,
+                      nvk::os::LCID lcid = nvk::os::LOCALE_USER_DEFAULT) const;
+
+    // Between the ANSI and the OEM code page, in the value's own buffer.
+    Chaine& AnsiToOem();
+    Chaine& OemToAnsi();
+    // The ANSI text in code page `codePage`, written over the same bytes: the
+    // length never changes, and a text that needs more bytes is cut.
+    // Characters without a form there become blanks.
+    Chaine& ToCodePage(nvk::os::UINT codePage);
+    // A string resource; the empty value while no resources are at hand.
+    bool LoadString(nvk::os::UINT id);
+    bool LoadString(nvk::os::UINT id, nvk::os::HINSTANCE module);
+
+    // An environment variable's value; empty if it is absent.
+    Chaine& GetEnv(const char* name);
+    // Expands the %NAME% references; unchanged if expansion fails.
+    Chaine& ExpandEnv();
+    // The name of the user the process runs as; empty if it is unknown.
+    Chaine& GetUserName();
 
     // Length-prefixed text, as the framework counts its archived strings.
     void Serialize(CArchive& archive);

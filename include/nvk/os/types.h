@@ -82,6 +82,7 @@ inline constexpr DWORD ERROR_FILENAME_EXCED_RANGE = 206;
 inline constexpr DWORD ERROR_MORE_DATA = 234;
 inline constexpr DWORD ERROR_NO_MORE_ITEMS = 259;
 inline constexpr DWORD ERROR_NOT_OWNER = 288;
+inline constexpr DWORD ERROR_NO_UNICODE_TRANSLATION = 1113;
 inline constexpr DWORD ERROR_INVALID_ADDRESS = 487;
 inline constexpr DWORD ERROR_RESOURCE_DATA_NOT_FOUND = 1812;
 inline constexpr DWORD ERROR_RESOURCE_TYPE_NOT_FOUND = 1813;
@@ -242,6 +243,24 @@ struct PROCESS_INFORMATION {
     DWORD dwThreadId;
 };
 using LPPROCESS_INFORMATION = PROCESS_INFORMATION*;
+
+// Code pages, conversions and locales.
+inline constexpr UINT CP_ACP = 0;
+inline constexpr UINT CP_OEMCP = 1;
+inline constexpr UINT CP_UTF8 = 65001;
+inline constexpr DWORD MB_PRECOMPOSED = 0x1;
+inline constexpr DWORD MB_ERR_INVALID_CHARS = 0x8;
+inline constexpr DWORD WC_NO_BEST_FIT_CHARS = 0x400;
+inline constexpr DWORD NORM_IGNORECASE = 0x1;
+inline constexpr DWORD NORM_IGNORENONSPACE = 0x2;
+inline constexpr DWORD NORM_IGNORESYMBOLS = 0x4;
+inline constexpr DWORD SORT_STRINGSORT = 0x1000;
+inline constexpr int CSTR_LESS_THAN = 1;
+inline constexpr int CSTR_EQUAL = 2;
+inline constexpr int CSTR_GREATER_THAN = 3;
+inline constexpr LCID LOCALE_INVARIANT = 0x007F;
+inline constexpr LCID LOCALE_USER_DEFAULT = 0x0400;
+inline constexpr LCID LOCALE_SYSTEM_DEFAULT = 0x0800;
 
 // An opaque critical section. Its storage is large enough for the POSIX
 // backend's recursive mutex on every supported platform.

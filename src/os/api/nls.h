@@ -1,0 +1,42 @@
+// Code-page conversions and locale-aware comparison, as Win32 offers them.
+// The ANSI code page (CP_ACP) is Windows-1252 and the OEM code page
+// (CP_OEMCP) IBM-850 everywhere. Other code pages are those the platform's
+// converters know by their Windows number, CP_UTF8 among them.
+#pragma once
+
+#include "nvk/os/types.h"
+
+namespace nvk::os {
+
+// A size of -1 takes the source up to and with its terminator. A destination
+// size of 0 asks for the size needed. A destination that is too small takes
+// the whole characters that fit, and the call fails with
+// ERROR_INSUFFICIENT_BUFFER. With MB_ERR_INVALID_CHARS, invalid input fails
+// with ERROR_NO_UNICODE_TRANSLATION; otherwise it becomes U+FFFD.
+int MultiByteToWideChar(UINT codePage, DWORD flags, LPCSTR source, int sourceSize, LPWSTR dest,
+                        int destSize);
+// Characters without a form in the code page become `defaultChar` ("?" when
+// null) and set *usedDefaultChar; CP_UTF8 takes neither. Near equivalents
+// are used unless WC_NO_BEST_FIT_CHARS.
+int WideCharToMultiByte(UINT codePage, DWORD flags, LPCWSTR source, int sourceSize, LPSTR dest,
+                        int destSize, LPCSTR defaultChar, BOOL* usedDefaultChar);
+
+// ANSI to OEM and back, up to the terminator; source and dest may be the
+// same buffer.
+BOOL CharToOemA(LPCSTR source, LPSTR dest);
+BOOL OemToCharA(LPCSTR source, LPSTR dest);
+
+// CSTR_LESS_THAN, CSTR_EQUAL or CSTR_GREATER_THAN by the collation of the
+// locale; 0 with ERROR_INVALID_PARAMETER for an unknown locale or a null
+// text. Sizes of -1 stop at the terminator. NORM_IGNORECASE,
+// NORM_IGNORENONSPACE and NORM_IGNORESYMBOLS are honoured.
+int CompareStringA(LCID locale, DWORD flags, LPCSTR text1, int size1, LPCSTR text2, int size2);
+
+// The locale of the user, the system and the thread: all that of the
+// environment (LC_ALL, then LC_MESSAGES, then LANG); "C", "POSIX" and an
+// unset environment are 1033.
+LCID GetUserDefaultLCID();
+LCID GetSystemDefaultLCID();
+LCID GetThreadLocale();
+
+}  // namespace nvk::os

@@ -1,0 +1,128 @@
+#include "os/api/nls.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+
+#include "os/api/error.h"
+#include "os_test_support.h"
+
+namespace nvk::os {
+namespace {
+
+std::u16string Wide(UINT codePage, const std::string& text, DWORD flags = 0) {
+    const int n = MultiByteToWideChar(codePage, flags, text.data(), static_cast<int>(text.size()),
+                                      nullptr, 0);
+    std::u16string wide(static_cast<std::size_t>(n), u'\0');
+    if (n > 0) {
+        EXPECT_EQ(MultiByteToWideChar(codePage, flags, text.data(), static_cast<int>(text.size()),
+                                      wide.data(), n),
+                  n);
+    }
+    return wide;
+}
+
+std::string Narrow(UINT codePage, const std::u16string& wide, LPCSTR defaultChar = nullptr,
+                   BOOL* used = nullptr) {
+    char out[64] = {};
+    const int n = WideCharToMultiByte(codePage, 0, wide.data(), static_cast<int>(wide.size()), out,
+                                      sizeof out, defaultChar, used);
+    return std::string(out, static_cast<std::size_t>(n));
+}
+
+TEST(NlsTest, AnsiOemAndUtf8CodePages) {
+    // 0x80 is the euro sign in Windows-1252, 0x81 an unassigned byte kept as U+0081.
+    EXPECT_EQ(Wide(CP_ACP, "\x80\x81\xE9"), u"\u20AC\u0081\u00E9");
+    EXPECT_EQ(Wide(850, "\x82\x9C"), u"\u00E9\u00A3");
+    EXPECT_EQ(Wide(CP_UTF8, "\xC3\xA9t\xC3\xA9"), u"\u00E9t\u00E9");
+    EXPECT_EQ(Wide(CP_UTF8, "a\xFF"), u"a\uFFFD");
+    EXPECT_EQ(Narrow(CP_UTF8, u"\u20AC"), "\xE2\x82\xAC");
+    EXPECT_EQ(Narrow(1252, u"\u20AC\u00E9"), "\x80\xE9");
+
+    BOOL used = FALSE;
+    EXPECT_EQ(Narrow(CP_ACP, u"a\u4E00", " ", &used), "a ");
+    EXPECT_TRUE(used);
+    EXPECT_EQ(Narrow(CP_ACP, u"\u4E00"), "?");
+
+    char ansi[] = "\xE9l\xE8ve \xA3";
+    ASSERT_TRUE(CharToOemA(ansi, ansi));  // in place
+    EXPECT_STREQ(ansi, "\x82l\x8Ave \x9C");
+    ASSERT_TRUE(OemToCharA(ansi, ansi));
+    EXPECT_STREQ(ansi, "\xE9l\xE8ve \xA3");
+    EXPECT_FALSE(CharToOemA(nullptr, ansi));
+}
+
+TEST(NlsTest, SizesTerminatorsAndErrors) {
+    WCHAR wide[8];
+    EXPECT_EQ(MultiByteToWideChar(CP_ACP, 0, "abc", -1, nullptr, 0), 4);  // with the terminator
+    EXPECT_EQ(MultiByteToWideChar(CP_ACP, 0, "abc", -1, wide, 8), 4);
+    EXPECT_EQ(wide[3], u'\0');
+    EXPECT_EQ(MultiByteToWideChar(CP_ACP, 0, "abcdef", 6, wide, 4), 0);
+    EXPECT_EQ(GetLastError(), ERROR_INSUFFICIENT_BUFFER);
+    EXPECT_EQ(MultiByteToWideChar(CP_ACP, 0, "abc", 0, wide, 8), 0);
+    EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(MultiByteToWideChar(4242, 0, "abc", 3, wide, 8), 0);
+    EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, "a\xC3", 2, wide, 8), 0);
+    EXPECT_EQ(GetLastError(), ERROR_NO_UNICODE_TRANSLATION);
+
+    // A short destination takes whole characters only.
+    char out[4] = {'#', '#', '#', '#'};
+    EXPECT_EQ(WideCharToMultiByte(CP_UTF8, 0, u"a\u00E9\u00E9", 3, out, 4, nullptr, nullptr), 0);
+    EXPECT_EQ(GetLastError(), ERROR_INSUFFICIENT_BUFFER);
+    EXPECT_EQ(std::string(out, 4), "a\xC3\xA9#");
+    EXPECT_EQ(WideCharToMultiByte(CP_UTF8, 0, u"a", 1, out, 4, "?", nullptr), 0);
+    EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
+    const std::u16string lone(1, static_cast<char16_t>(0xD800));
+    EXPECT_EQ(Narrow(CP_UTF8, lone), "\xEF\xBF\xBD");
+}
+
+TEST(NlsTest, CompareStringByLocaleAndFlags) {
+    const LCID french = 1036;
+    EXPECT_EQ(CompareStringA(french, 0, "\xE9t\xE9", -1, "ete", -1), CSTR_GREATER_THAN);
+    EXPECT_EQ(CompareStringA(french, 0, "\xE9t\xE9", -1, "f", -1), CSTR_LESS_THAN);
+    EXPECT_EQ(CompareStringA(french, 0, "abc", -1, "ABC", -1), CSTR_LESS_THAN);
+    EXPECT_EQ(CompareStringA(french, NORM_IGNORECASE, "abc", -1, "ABC", -1), CSTR_EQUAL);
+    EXPECT_EQ(CompareStringA(french, NORM_IGNORECASE, "\xE9", -1, "E", -1), CSTR_GREATER_THAN);
+    EXPECT_EQ(CompareStringA(french, NORM_IGNORECASE | NORM_IGNORENONSPACE, "\xE9", -1, "E", -1),
+              CSTR_EQUAL);
+    EXPECT_EQ(CompareStringA(french, 0, "abcX", 3, "abc", -1), CSTR_EQUAL);
+    EXPECT_EQ(CompareStringA(french, 0, "", -1, "a", -1), CSTR_LESS_THAN);
+    // Traditional Spanish sorts "ch" after "c".
+    EXPECT_EQ(CompareStringA(1034, 0, "cz", -1, "cha", -1), CSTR_LESS_THAN);
+    EXPECT_EQ(CompareStringA(0x1234, 0, "a", -1, "b", -1), 0);
+    EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(CompareStringA(french, 0, nullptr, -1, "b", -1), 0);
+}
+
+TEST(NlsTest, LocaleOfTheEnvironment) {
+    test::ScopedEnv all("LC_ALL", nullptr);
+    test::ScopedEnv messages("LC_MESSAGES", nullptr);
+    test::ScopedEnv lang("LANG", "fr_CH.UTF-8");
+    EXPECT_EQ(GetThreadLocale(), 4108u);
+    {
+        test::ScopedEnv first("LC_MESSAGES", "de_CH.UTF-8@euro");
+        EXPECT_EQ(GetUserDefaultLCID(), 2055u);
+        test::ScopedEnv over("LC_ALL", "C");
+        EXPECT_EQ(GetSystemDefaultLCID(), 1033u);
+    }
+    for (const auto& [name, id] : {std::pair{"fr_FR", 1036u},
+                                   {"de_DE", 1031u},
+                                   {"en_GB", 2057u},
+                                   {"it_IT", 1040u},
+                                   {"it_CH", 2064u},
+                                   {"es_ES", 3082u},
+                                   {"fr_BE.UTF-8", 2060u},
+                                   {"fr_XX", 1036u},
+                                   {"POSIX", 1033u}}) {
+        test::ScopedEnv value("LANG", name);
+        EXPECT_EQ(GetThreadLocale(), id) << name;
+    }
+    // The default locales compare as the environment's.
+    test::ScopedEnv spanish("LANG", "es_ES@traditional");
+    EXPECT_EQ(CompareStringA(LOCALE_USER_DEFAULT, 0, "b", -1, "a", -1), CSTR_GREATER_THAN);
+}
+
+}  // namespace
+}  // namespace nvk::os
