@@ -1,0 +1,66 @@
+#include <gtest/gtest.h>
+
+#include "os/api/environment.h"
+#include "os/api/time_zone.h"
+#include "os_test_support.h"
+
+namespace nvk::os {
+namespace {
+
+struct ZoneData {
+    long west;
+    int daylight;
+};
+
+ZoneData Read() {
+    ZoneData zone{};
+    EXPECT_EQ(_get_timezone(&zone.west), 0);
+    EXPECT_EQ(_get_daylight(&zone.daylight), 0);
+    return zone;
+}
+
+TEST(TimeZoneTest, TzsetReadsTheZoneAndFixesIt) {
+    test::ScopedEnv restore("TZ", nullptr);
+    ASSERT_TRUE(SetEnvironmentVariableA("TZ", "EST5EDT"));
+    _tzset();
+    ZoneData zone = Read();
+    EXPECT_EQ(zone.west, 5 * 3600);
+    EXPECT_NE(zone.daylight, 0);
+
+    // Without a new _tzset the zone stays, whatever the clock reads meanwhile.
+    ASSERT_TRUE(SetEnvironmentVariableA("TZ", "JST-9"));
+    SYSTEMTIME local{};
+    GetLocalTime(&local);
+    zone = Read();
+    EXPECT_EQ(zone.west, 5 * 3600);
+
+    _tzset();
+    zone = Read();
+    EXPECT_EQ(zone.west, -9 * 3600);  // east of Greenwich
+    EXPECT_EQ(zone.daylight, 0);
+}
+
+TEST(TimeZoneTest, LocalClockFollowsTheZone) {
+    test::ScopedEnv zone("TZ", "JST-9");
+    _tzset();
+    SYSTEMTIME local{};
+    SYSTEMTIME greenwich{};
+    GetSystemTime(&greenwich);
+    GetLocalTime(&local);
+    if (local.wMinute != greenwich.wMinute) {  // a minute turned in between
+        GetSystemTime(&greenwich);
+        GetLocalTime(&local);
+    }
+    EXPECT_EQ(local.wHour, (greenwich.wHour + 9) % 24);
+    EXPECT_EQ(local.wMinute, greenwich.wMinute);
+    EXPECT_GE(greenwich.wYear, 2024);
+    EXPECT_LT(local.wMilliseconds, 1000);
+
+    LONG stored = 0;
+    const LONG now = _time32(&stored);
+    EXPECT_EQ(now, stored);
+    EXPECT_GT(now, 1700000000);  // later than November 2023
+}
+
+}  // namespace
+}  // namespace nvk::os
