@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <type_traits>
 
@@ -13,7 +14,7 @@ namespace {
 using namespace nvk::os;
 
 // This module's handle of the process mutex, opened at first need and closed
-// by the earliest atexit registration of the module, so that it goes last.
+// by the earliest of the module's exit functions, so that it goes last.
 unsigned g_LockGuard = 0;
 HANDLE g_ProcessMutex = nullptr;
 
@@ -37,7 +38,12 @@ void OpenProcessLock() {
         AfxThrowNotSupportedException();
     }
     g_ProcessMutex = mutex;
-    std::atexit(&CloseProcessLock);
+    // The earliest of the module's exit functions, so it runs last. Exit
+    // functions are registered as static destructors: those belong to the
+    // module and run when it is unloaded, as DllMain's detach would.
+    static const struct Closer {
+        ~Closer() { CloseProcessLock(); }
+    } closer;
 }
 
 HANDLE OpenSection() {

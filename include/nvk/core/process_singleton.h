@@ -7,7 +7,6 @@
 
 #include <atomic>
 #include <cstdint>
-#include <cstdlib>
 #include <mutex>
 #include <new>
 
@@ -106,11 +105,16 @@ private:
                 }
                 s_Object = static_cast<Object*>(record->Object);
             }
-            std::atexit(&Release);
+            // The typed release, among the module's exit functions.
+            static const Releaser releaser;
             s_Guard.store(s_Guard.load(std::memory_order_relaxed) | 1u, std::memory_order_release);
         }
         return s_Object;
     }
+
+    struct Releaser {
+        ~Releaser() { Release(); }
+    };
 
     // The last holder in the process destroys the object, with its own code.
     static void Release() {
