@@ -96,32 +96,11 @@ TEST(NlsTest, CompareStringByLocaleAndFlags) {
     EXPECT_EQ(CompareStringA(french, 0, nullptr, -1, "b", -1), 0);
 }
 
-TEST(NlsTest, LocaleOfTheEnvironment) {
-    test::ScopedEnv all("LC_ALL", nullptr);
-    test::ScopedEnv messages("LC_MESSAGES", nullptr);
-    test::ScopedEnv lang("LANG", "fr_CH.UTF-8");
-    EXPECT_EQ(GetThreadLocale(), 4108u);
-    {
-        test::ScopedEnv first("LC_MESSAGES", "de_CH.UTF-8@euro");
-        EXPECT_EQ(GetUserDefaultLCID(), 2055u);
-        test::ScopedEnv over("LC_ALL", "C");
-        EXPECT_EQ(GetSystemDefaultLCID(), 1033u);
-    }
-    for (const auto& [name, id] : {std::pair{"fr_FR", 1036u},
-                                   {"de_DE", 1031u},
-                                   {"en_GB", 2057u},
-                                   {"it_IT", 1040u},
-                                   {"it_CH", 2064u},
-                                   {"es_ES", 3082u},
-                                   {"fr_BE.UTF-8", 2060u},
-                                   {"fr_XX", 1036u},
-                                   {"POSIX", 1033u}}) {
-        test::ScopedEnv value("LANG", name);
-        EXPECT_EQ(GetThreadLocale(), id) << name;
-    }
-    // The default locales compare as the environment's.
-    test::ScopedEnv spanish("LANG", "es_ES@traditional");
-    EXPECT_EQ(CompareStringA(LOCALE_USER_DEFAULT, 0, "b", -1, "a", -1), CSTR_GREATER_THAN);
+TEST(NlsTest, DefaultLocalesCompareAsTheEnvironments) {
+    test::ScopedEnv all("LC_ALL", "es_ES.UTF-8@traditional");
+    EXPECT_EQ(CompareStringA(LOCALE_USER_DEFAULT, 0, "cz", -1, "cha", -1), CSTR_GREATER_THAN);
+    test::ScopedEnv french("LC_ALL", "fr_CH");
+    EXPECT_EQ(CompareStringA(LOCALE_SYSTEM_DEFAULT, 0, "\xE9", -1, "f", -1), CSTR_LESS_THAN);
 }
 
 }  // namespace

@@ -135,10 +135,11 @@ public:
     // resources are at hand.
     Chaine& FormatId(nvk::os::UINT id, nvk::os::HINSTANCE module, ...);
 
-    // By the collation of a locale: CompareStringA's answer less 2, so -1, 0
-    // or 1 (and -2 when the system can't compare).
+    // By the collation of a locale (by default the user's, 0x0400):
+    // CompareStringA's answer less 2, so -1, 0 or 1 (and -2 when the system
+    // can't compare).
     int CompareLocale(const Chaine& other, nvk::os::DWORD flags = 0,
-                      nvk::os::LCID lcid = nvk::os::LOCALE_USER_DEFAULT) const;
+                      nvk::os::LCID lcid = 0x0400) const;
 
     // Between the ANSI and the OEM code page, in the value's own buffer.
     Chaine& AnsiToOem();

@@ -258,9 +258,6 @@ inline constexpr DWORD SORT_STRINGSORT = 0x1000;
 inline constexpr int CSTR_LESS_THAN = 1;
 inline constexpr int CSTR_EQUAL = 2;
 inline constexpr int CSTR_GREATER_THAN = 3;
-inline constexpr LCID LOCALE_INVARIANT = 0x007F;
-inline constexpr LCID LOCALE_USER_DEFAULT = 0x0400;
-inline constexpr LCID LOCALE_SYSTEM_DEFAULT = 0x0800;
 
 // An opaque critical section. Its storage is large enough for the POSIX
 // backend's recursive mutex on every supported platform.

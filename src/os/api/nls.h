@@ -5,6 +5,7 @@
 #pragma once
 
 #include "nvk/os/types.h"
+#include "os/api/locale.h"
 
 namespace nvk::os {
 
@@ -31,12 +32,5 @@ BOOL OemToCharA(LPCSTR source, LPSTR dest);
 // text. Sizes of -1 stop at the terminator. NORM_IGNORECASE,
 // NORM_IGNORENONSPACE and NORM_IGNORESYMBOLS are honoured.
 int CompareStringA(LCID locale, DWORD flags, LPCSTR text1, int size1, LPCSTR text2, int size2);
-
-// The locale of the user, the system and the thread: all that of the
-// environment (LC_ALL, then LC_MESSAGES, then LANG); "C", "POSIX" and an
-// unset environment are 1033.
-LCID GetUserDefaultLCID();
-LCID GetSystemDefaultLCID();
-LCID GetThreadLocale();
 
 }  // namespace nvk::os

@@ -5,6 +5,7 @@
 #include <unicode/ucnv.h>
 #include <unicode/ucnv_cb.h>
 #include <unicode/ucnv_err.h>
+#include <unicode/uloc.h>
 
 #include <algorithm>
 #include <array>
@@ -12,11 +13,11 @@
 #include <cstring>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "os/posix/handle.h"
-#include "os/posix/locale_ids.h"
 
 namespace nvk::os {
 
@@ -214,6 +215,22 @@ icu::Collator* CollatorFor(const std::string& locale, DWORD flags) {
     return slot.get();
 }
 
+// ICU's name of a locale id, the root locale for the invariant one; none for
+// an id that ICU doesn't know.
+std::optional<std::string> IcuLocaleOf(LCID locale) {
+    locale = ConvertDefaultLocale(locale);
+    if (locale == LOCALE_INVARIANT) {
+        return std::string();
+    }
+    char name[ULOC_FULLNAME_CAPACITY];
+    UErrorCode status = U_ZERO_ERROR;
+    const int32_t length = uloc_getLocaleForLCID(locale, name, sizeof name, &status);
+    if (U_FAILURE(status) || length <= 0) {
+        return std::nullopt;
+    }
+    return std::string(name, static_cast<std::size_t>(length));
+}
+
 bool ToWide(LPCSTR text, int size, std::vector<WCHAR>& wide) {
     if (size < 0) {
         size = static_cast<int>(std::strlen(text));
@@ -311,7 +328,7 @@ BOOL OemToCharA(LPCSTR source, LPSTR dest) {
 }
 
 int CompareStringA(LCID locale, DWORD flags, LPCSTR text1, int size1, LPCSTR text2, int size2) {
-    const std::optional<std::string> name = posix::IcuLocaleOf(locale);
+    const std::optional<std::string> name = IcuLocaleOf(locale);
     icu::Collator* collator = name ? CollatorFor(*name, flags) : nullptr;
     std::vector<WCHAR> left;
     std::vector<WCHAR> right;
@@ -331,18 +348,6 @@ int CompareStringA(LCID locale, DWORD flags, LPCSTR text1, int size1, LPCSTR tex
     SetErrorCode(ERROR_SUCCESS);
     return order == UCOL_LESS ? CSTR_LESS_THAN
                               : (order == UCOL_EQUAL ? CSTR_EQUAL : CSTR_GREATER_THAN);
-}
-
-LCID GetUserDefaultLCID() {
-    return posix::EnvironmentLcid();
-}
-
-LCID GetSystemDefaultLCID() {
-    return posix::EnvironmentLcid();
-}
-
-LCID GetThreadLocale() {
-    return posix::EnvironmentLcid();
 }
 
 }  // namespace nvk::os
