@@ -1,3 +1,4 @@
+#include "os/api/locale.h"
 #include "os/api/nls.h"
 
 #include <gtest/gtest.h>

@@ -11,9 +11,6 @@ namespace nvk::os {
 using LCTYPE = DWORD;
 
 inline constexpr LCID LOCALE_NEUTRAL = 0x0000;
-inline constexpr LCID LOCALE_INVARIANT = 0x007F;
-inline constexpr LCID LOCALE_USER_DEFAULT = 0x0400;
-inline constexpr LCID LOCALE_SYSTEM_DEFAULT = 0x0800;
 
 inline constexpr DWORD ERROR_INVALID_FLAGS = 1004;
 
