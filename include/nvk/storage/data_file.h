@@ -1,0 +1,70 @@
+// A file of records, fixed-length (numbered from 1) or variable-length
+// (addressed by offset), with deleted records chained into a free list. Works
+// on a named file or, without a name, in memory.
+#pragma once
+
+#include <cstdint>
+
+#include "nvk/storage/base_file.h"
+
+namespace nvk::data_format {
+struct Header;
+}
+
+class EDataFile {
+public:
+    EDataFile() : m_File(nullptr) {}
+    // Copies share the file, the buffer and the header: copy closed objects.
+    EDataFile(const EDataFile&) = default;
+    EDataFile& operator=(const EDataFile&) = default;
+    ~EDataFile() { Close(); }
+
+    // The order of these virtual operations is part of the class's interface.
+    virtual int Create(const char* name, unsigned long recordSize);
+    // The record buffer of a fixed-length file, all bits set for a
+    // variable-length file, null on failure.
+    virtual void* Open(const char* name);
+    virtual void Close();
+    virtual int SwapToFile(const char*) { return 0; }
+    virtual int SwapToMemory(const char*) { return 0; }
+    virtual void Insere(void* buffer, unsigned long size);
+    virtual void Read(unsigned long position, void* buffer);
+    virtual void Update(void* buffer, unsigned long size);
+    virtual void Delete();
+    virtual int First();
+    virtual int Next();
+    virtual int Last();
+    virtual int Prev();
+
+    void* Adresse() const { return m_Buffer; }
+    unsigned long Courant() const { return m_Courant; }
+    unsigned long Nombre() const;
+    void VideBuf();
+    EBaseFile* getFile() const { return m_File; }
+    // The payload size of a record: the record size of a fixed-length file;
+    // in a variable-length file, all bits set for a deleted record.
+    unsigned long GetTaille(unsigned long position);
+    void Seek(unsigned long position);
+
+protected:
+    void ReadHeader();
+    void WriteHeader();
+
+    EBaseFile* m_File;
+    char* m_Buffer = nullptr;
+    std::uint32_t m_Position = 0;
+    std::uint32_t m_Courant = 0;
+    nvk::data_format::Header* m_Header = nullptr;
+
+private:
+    bool Fixed() const;
+    std::uint32_t RecordSize() const;
+    std::uint64_t FileSize() const { return m_File->Taille(); }
+    std::uint32_t Slots() const;
+    void SeekAbsolute(std::uint32_t offset);
+    void SeekBack(std::uint32_t bytes);
+    // Reads the mark of the free head; false if the head is not a deleted
+    // record inside the file, in which case the list is dropped.
+    bool TakeFreeHead(std::uint32_t& link, std::uint32_t& length);
+    void Release();
+};

@@ -1,0 +1,148 @@
+// Up to 16 B+-tree indexes in one file of equal pages, or in memory when no
+// file name is given. Leaves hold every key with a caller's 32-bit value (a
+// record number or offset of a record file); the caller keeps the two files
+// in step. One object has one cursor and one page buffer, over all indexes.
+#pragma once
+
+#include <cstdint>
+
+#include "nvk/storage/base_file.h"
+
+namespace nvk::index_format {
+struct Header;
+struct Descriptor;
+}  // namespace nvk::index_format
+
+class EIndexFile {
+public:
+    // Results of Insere, Delete and Update.
+    static constexpr int kDone = 0;
+    static constexpr int kDuplicate = 1;
+    static constexpr int kBadIndex = 79;
+    static constexpr int kDamaged = 128;  // also: the entry to remove is missing
+    static constexpr int kNoFile = 255;
+
+    EIndexFile() = default;
+    // Copies share the file, the buffers and the header: copy closed objects.
+    EIndexFile(const EIndexFile&) = default;
+    EIndexFile& operator=(const EIndexFile&) = default;
+    virtual ~EIndexFile() { Close(); }
+
+    // The order of these virtual operations is part of the class's interface.
+    // Indexes are numbered from 1, as CreateIndex returns them.
+    virtual int Create(const char* name, unsigned long pageSize);
+    virtual int Open(const char* name);
+    virtual void Close();
+    virtual int SwapToFile(const char*) { return 0; }
+    virtual int SwapToMemory(const char*) { return 0; }
+    virtual int CreateIndex(int keySize, int keyType, int duplicates);
+    virtual int Delete(int index, void* key, unsigned long value);
+    virtual int Insere(int index, void* key, unsigned long value);
+    virtual int Update(int index, void* oldKey, void* newKey, unsigned long value);
+    // The searching operations return the value of the entry they deliver,
+    // and 0 when they deliver none; its key is then at AdrCle().
+    virtual unsigned long Equal(int index, void* key);
+    virtual unsigned long First(int index);
+    virtual unsigned long GreaterEqual(int index, void* key);
+    virtual unsigned long Last(int index);
+    virtual unsigned long LessEqual(int index, void* key);
+    // Next and Prev share one "next" position, decided when an entry is
+    // delivered: a change of direction does not turn back at once.
+    virtual unsigned long Next();
+    virtual unsigned long Prev();
+    virtual unsigned long GetAt(int index, unsigned long rank, void* prefix,
+                                unsigned long prefixSize);
+    virtual unsigned long GetAt(int index, unsigned long rank);
+    // The rank of the first entry not below the prefix; -1 for none.
+    virtual long GetFocus(int index, void* prefix, unsigned long prefixSize);
+
+    void* AdrCle() const { return m_KeyBuffer; }
+    unsigned long Nombre(int index) const;
+    unsigned long Nombre(int index, void* prefix, unsigned long prefixSize);
+
+protected:
+    // The order of keys of type 255, for a derived class; by default
+    // keySize bytes compared as unsigned bytes.
+    virtual long CompareIndexUnknow(int index, void* a, void* b, int keySize);
+
+    // Header and pages. GetPage, NouvellePage and the searches report pages
+    // that can't be part of a sound tree (past the end of the file, freed,
+    // with more entries than a page holds) as failures rather than follow them.
+    void ReadHeader();
+    void WriteHeader();
+    bool GetPage(unsigned long page);
+    void UpdatePage();
+    unsigned long NouvellePage();
+    void DelPage();
+    void Seek(unsigned long page);
+    void CalculMinMax(int index, int* min, int* max) const;
+    long CompareIndex(int index, const void* a, const void* b);
+
+    // Searching (index from 0).
+    int CherchePage(int index, void* key, unsigned long level, int firstOfEqual, int stopOnEqual);
+    char* GetPosPage(int index, void* key);
+    char* GetPosInsPage(int index, void* key);
+
+    // Changing (index from 0; level of the page that receives the change).
+    int InsIndex(int index, void* key, unsigned long value, unsigned long level);
+    int DelIndex(int index, void* key, unsigned long value, unsigned long level);
+    int UpdIndex(int index, void* oldKey, void* newEntry, unsigned long value, unsigned long level);
+
+    // The cursor: the entry last delivered and the one Next or Prev will give.
+    int m_Index = 0;
+    std::uint32_t m_CurPage = 0;
+    int m_CurSlot = 0;
+    std::uint32_t m_NextPage = 0;
+    int m_NextSlot = 0;
+    std::uint32_t m_NextValue = 0;
+    char* m_KeyBuffer = nullptr;
+    EBaseFile* m_File = nullptr;
+    char* m_Page = nullptr;
+    std::uint32_t m_Position = 0;  // offset of the page in m_Page
+    std::uint32_t m_PageNo = 0;
+    bool m_InMemory = false;
+    nvk::index_format::Header* m_Header = nullptr;
+
+private:
+    enum class Walk { Found, NoPage, OffTheEnd };
+
+    nvk::index_format::Descriptor& Desc(int index) const;
+    std::uint32_t PageSize() const;
+    std::uint64_t PageOffset(std::uint32_t page) const;
+    // Moves the file to an offset by relative seeks, skipped when it stands
+    // there already.
+    void SeekTo(std::uint64_t offset);
+    bool ReadAt(std::uint64_t offset, void* buffer, std::uint32_t size);
+    void WriteAt(std::uint64_t offset, const void* buffer, std::uint32_t size);
+    std::uint32_t PagesInFile();
+    bool PageInFile(std::uint32_t page);
+    void AllocateKeyBuffer();
+    void Release();
+
+    // Entries of the page in m_Page.
+    char* EntryAt(int index, int slot) const;
+    std::uint32_t ValueAt(int index, int slot) const;
+    bool SoundPage(int index, unsigned long level) const;
+    bool SoundLeaf(int index) const;
+    bool StepAlong(int index, std::uint32_t page, unsigned long level, std::uint32_t& steps);
+    bool StepToLeaf(int index, std::uint32_t page, std::uint32_t& steps);
+
+    // Whether `index` (from 1) names a defined index with keys; sets m_Index.
+    bool Searchable(int index);
+    unsigned long Take(int slot);
+    void Position(int slot);
+    void ClearNext();
+    void NoteForward(int slot);
+    void NoteBackward(int slot);
+    unsigned long Step(bool forward);
+    Walk WalkPrefix(int index, const void* prefix, unsigned long prefixSize, bool wholeKey,
+                    int& slot);
+
+    int ChangeCheck(int index) const;
+    int Finish();
+    int Split(int index, const void* key);
+    bool SeekValue(int index, unsigned long value, int& slot);
+
+    std::uint64_t m_FileAt = ~std::uint64_t{0};  // where the file stands; unknown
+    std::uint32_t m_FilePages = 0;               // pages the file held when last asked
+};
