@@ -208,7 +208,7 @@ void EDataFile::Read(unsigned long position, void* buffer) {
     SeekAbsolute(m_Courant);
 }
 
-void EDataFile::Update(void* buffer, unsigned long) {
+void EDataFile::Update(void* buffer, unsigned long size) {
     if (m_File == nullptr) {
         return;
     }
@@ -218,13 +218,14 @@ void EDataFile::Update(void* buffer, unsigned long) {
         m_File->Flush();
         return;
     }
-    // A record keeps its stored length; one that does not lie inside the file
-    // is left alone rather than letting the write grow the file.
+    // A record keeps its stored length: longer data is cut to it, and shorter
+    // data leaves the rest of the record as it was. A record that does not lie
+    // inside the file is left alone rather than letting the write grow it.
     std::uint32_t length = 0;
     m_File->Read(&length, sizeof length);
     if (length >= 4 && length != kDeleted &&
         static_cast<std::uint64_t>(m_Courant) + length <= FileSize()) {
-        m_File->Write(buffer, length - 4);
+        m_File->Write(buffer, std::min<unsigned long>(size, length - 4));
     }
     SeekAbsolute(m_Courant);
     m_File->Flush();

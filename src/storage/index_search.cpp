@@ -215,6 +215,13 @@ unsigned long EIndexFile::Take(int slot) {
 void EIndexFile::Position(int slot) {
     m_CurPage = m_NextPage = m_PageNo;
     m_CurSlot = m_NextSlot = slot;
+    m_Walked = 0;
+}
+
+// A walk with Next or Prev that has left more leaves than the file has pages
+// goes round a cycle in the chain, and ends.
+bool EIndexFile::LeavePage() {
+    return ++m_Walked <= m_FilePages + 1;
 }
 
 void EIndexFile::ClearNext() {
@@ -230,7 +237,7 @@ void EIndexFile::NoteForward(int slot) {
         return;
     }
     const std::uint32_t next = fmt::NextOf(m_Page);
-    if (next == 0 || !GetPage(next)) {
+    if (next == 0 || !LeavePage() || !GetPage(next)) {
         ClearNext();
         return;
     }
@@ -250,7 +257,8 @@ void EIndexFile::NoteBackward(int slot) {
         return;
     }
     const std::uint32_t prev = fmt::PrevOf(m_Page);
-    if (prev == 0 || !GetPage(prev) || !SoundLeaf(m_Index) || fmt::CountOf(m_Page) == 0) {
+    if (prev == 0 || !LeavePage() || !GetPage(prev) || !SoundLeaf(m_Index) ||
+        fmt::CountOf(m_Page) == 0) {
         ClearNext();
         return;
     }

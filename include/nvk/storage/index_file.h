@@ -131,6 +131,7 @@ private:
     bool Searchable(int index);
     unsigned long Take(int slot);
     void Position(int slot);
+    bool LeavePage();
     void ClearNext();
     void NoteForward(int slot);
     void NoteBackward(int slot);
@@ -145,4 +146,5 @@ private:
 
     std::uint64_t m_FileAt = ~std::uint64_t{0};  // where the file stands; unknown
     std::uint32_t m_FilePages = 0;               // pages the file held when last asked
+    std::uint32_t m_Walked = 0;                  // leaves left by Next and Prev since Position
 };

@@ -1,0 +1,381 @@
+// nvk index: B+-tree index files: create, add an index, run operations read
+// from standard input, verify and dump.
+#include <cstdint>
+#include <cstring>
+#include <iomanip>
+#include <iostream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "cli.h"
+#include "hex_bytes.h"
+#include "nvk/storage/data_file.h"
+#include "nvk/storage/index_file.h"
+#include "storage/index_check.h"
+#include "storage/index_format.h"
+
+namespace fmt = nvk::index_format;
+
+namespace {
+
+using nvk::tool::Args;
+using nvk::tool::Command;
+
+// Zero bytes past a key, as past a page, so that string keys end.
+constexpr std::size_t kKeyPadding = 16;
+
+// The index file's header, read on the side: the tool needs the key sizes.
+bool ReadHeader(const std::string& name, fmt::Header& header) {
+    EBaseFile file;
+    return file.Open(name.c_str(), EBaseFile::kRead, 1) && file.Read(&header, sizeof header) &&
+           header.Magic == fmt::kMagic;
+}
+
+bool ParseNumber(const std::string& text, long long low, long long high, long long& value) {
+    return nvk::tool::ParseLong(text, value) && value >= low && value <= high;
+}
+
+// The index each page belongs to (0: none), found by walking every level of
+// every tree along its chain; a page does not say which index it serves.
+std::vector<int> Owners(EBaseFile& file, const fmt::Header& header, int indexes) {
+    const std::uint64_t size = file.Taille();
+    const std::uint32_t pages =
+        size < fmt::kHeaderSize
+            ? 0
+            : static_cast<std::uint32_t>((size - fmt::kHeaderSize) / header.PageSize);
+    std::vector<int> owners(pages + 1, 0);
+    std::vector<char> page(header.PageSize);
+    auto load = [&](std::uint32_t n) {
+        return n >= 1 && n <= pages && owners[n] == 0 &&
+               file.Seek(
+                   static_cast<long>(fmt::kHeaderSize + std::uint64_t{n - 1} * header.PageSize),
+                   0) &&
+               file.Read(page.data(), header.PageSize) && !fmt::IsFreePage(page.data());
+    };
+    for (int i = 0; i < indexes; ++i) {
+        const fmt::Descriptor& d = header.Indexes[i];
+        for (std::uint32_t leftmost = d.Root; load(leftmost);) {
+            const fmt::PageHeader top = fmt::LoadPageHeader(page.data());
+            const std::uint32_t child =
+                top.Level > 0 && top.Count > 0
+                    ? fmt::Load32(page.data() + fmt::kPageHeaderSize + d.KeySize)
+                    : 0;
+            owners[leftmost] = i + 1;
+            for (std::uint32_t n = top.NextPage; load(n); n = fmt::NextOf(page.data())) {
+                owners[n] = i + 1;
+            }
+            leftmost = child;
+        }
+    }
+    return owners;
+}
+
+class Session {
+public:
+    Session(EIndexFile& index, const fmt::Header& header) : m_Index(index), m_Header(header) {}
+
+    // One answer line for one command line; false for a line that is not a
+    // command.
+    bool Answer(const Args& words, std::ostream& out) {
+        const std::string& verb = words[0];
+        if (verb == "next" || verb == "prev") {
+            if (words.size() != 1) {
+                return false;
+            }
+            Deliver(verb == "next" ? m_Index.Next() : m_Index.Prev(), m_Cursor, out);
+            return true;
+        }
+        long long index = 0;
+        if (words.size() < 2 || !nvk::tool::ParseLong(words[1], index) || index < -1000 ||
+            index > 1000) {
+            return false;
+        }
+        const int i = static_cast<int>(index);
+        std::vector<char> key;
+        std::vector<char> other;
+        long long value = 0;
+        if (verb == "insert" || verb == "delete") {
+            if (words.size() != 4 || !Key(i, words[2], key) ||
+                !ParseNumber(words[3], 0, 0xFFFFFFFF, value)) {
+                return false;
+            }
+            const int result = verb == "insert" ? m_Index.Insere(i, key.data(), value)
+                                                : m_Index.Delete(i, key.data(), value);
+            out << result << '\n';
+            return true;
+        }
+        if (verb == "update") {
+            if (words.size() != 5 || !Key(i, words[2], key) || !Key(i, words[3], other) ||
+                !ParseNumber(words[4], 0, 0xFFFFFFFF, value)) {
+                return false;
+            }
+            const int result = m_Index.Update(i, key.data(), other.data(), value);
+            out << result << '\n';
+            return true;
+        }
+        if (verb == "equal" || verb == "ge" || verb == "le") {
+            if (words.size() != 3 || !Key(i, words[2], key)) {
+                return false;
+            }
+            const unsigned long found = verb == "equal" ? m_Index.Equal(i, key.data())
+                                        : verb == "ge"  ? m_Index.GreaterEqual(i, key.data())
+                                                        : m_Index.LessEqual(i, key.data());
+            Search(i, found, out);
+            return true;
+        }
+        if (verb == "first" || verb == "last" || verb == "count") {
+            if (words.size() != 2) {
+                return false;
+            }
+            if (verb == "count") {
+                out << m_Index.Nombre(i) << '\n';
+            } else {
+                Search(i, verb == "first" ? m_Index.First(i) : m_Index.Last(i), out);
+            }
+            return true;
+        }
+        if (verb == "getat") {
+            long long rank = 0;
+            if (words.size() != 3 || !ParseNumber(words[2], 0, 0xFFFFFFFF, rank)) {
+                return false;
+            }
+            Search(i, m_Index.GetAt(i, static_cast<unsigned long>(rank)), out);
+            return true;
+        }
+        return false;
+    }
+
+private:
+    int KeySize(int index) const {
+        return index >= 1 && index <= m_Header.IndexCount ? m_Header.Indexes[index - 1].KeySize
+                                                          : -1;
+    }
+
+    // KeySize bytes in hexadecimal; for an index that does not exist, any
+    // whole bytes, since the engine answers for it alone.
+    bool Key(int index, const std::string& hex, std::vector<char>& key) const {
+        const int size = KeySize(index);
+        if (!nvk::tool::ParseHex(hex, key) ||
+            (size >= 0 && key.size() != static_cast<std::size_t>(size))) {
+            return false;
+        }
+        key.resize(std::max<std::size_t>(key.size(), 8) + kKeyPadding, 0);
+        return true;
+    }
+
+    // The searching operations move the cursor to their index.
+    void Search(int index, unsigned long value, std::ostream& out) {
+        if (KeySize(index) >= 0) {
+            m_Cursor = index;
+        }
+        Deliver(value, index, out);
+    }
+
+    void Deliver(unsigned long value, int index, std::ostream& out) const {
+        if (value == 0) {
+            out << "0\n";
+            return;
+        }
+        const int size = std::max(KeySize(index), 0);
+        out << value << ' '
+            << nvk::tool::FormatHex(static_cast<const char*>(m_Index.AdrCle()),
+                                    static_cast<std::size_t>(size))
+            << '\n';
+    }
+
+    EIndexFile& m_Index;
+    const fmt::Header& m_Header;
+    int m_Cursor = 0;
+};
+
+const Command kCommands[] = {
+    {"create", "FILE PAGESIZE", "create an empty index file with pages of PAGESIZE bytes",
+     [](const Args& args) {
+         long long pageSize = 0;
+         if (args.size() != 2 || !ParseNumber(args[1], 1, 0xFFFFFFFF, pageSize)) {
+             return nvk::tool::Fail("usage: index create FILE PAGESIZE");
+         }
+         EIndexFile index;
+         if (!index.Create(args[0].c_str(), static_cast<unsigned long>(pageSize))) {
+             return nvk::tool::Fail("cannot create " + args[0] +
+                                    " (it exists, or the page size is out of range)");
+         }
+         return nvk::tool::kOk;
+     }},
+    {"add-index", "FILE KEYSIZE KEYTYPE DUPLICATES",
+     "add an index and print its number (DUPLICATES 0: unique keys)",
+     [](const Args& args) {
+         long long keySize = 0;
+         long long keyType = 0;
+         long long duplicates = 0;
+         if (args.size() != 4 || !ParseNumber(args[1], 0, 255, keySize) ||
+             !ParseNumber(args[2], 0, 255, keyType) || !ParseNumber(args[3], 0, 255, duplicates)) {
+             return nvk::tool::Fail("usage: index add-index FILE KEYSIZE KEYTYPE DUPLICATES");
+         }
+         EIndexFile index;
+         if (!index.Open(args[0].c_str())) {
+             return nvk::tool::Fail("cannot open " + args[0] + " as an index file");
+         }
+         const int number = index.CreateIndex(static_cast<int>(keySize), static_cast<int>(keyType),
+                                              static_cast<int>(duplicates));
+         if (number == 0) {
+             return nvk::tool::Fail(
+                 "cannot add an index: 16 already, or the key does not fit a page");
+         }
+         std::cout << number << '\n';
+         return nvk::tool::kOk;
+     }},
+    {"run", "FILE",
+     "run commands from standard input, one answer a line: insert|delete I KEY VALUE, "
+     "update I OLDKEY NEWKEY VALUE, equal|ge|le I KEY, first|last|count I, getat I RANK, "
+     "next, prev",
+     [](const Args& args) {
+         if (args.size() != 1) {
+             return nvk::tool::Fail("usage: index run FILE");
+         }
+         fmt::Header header{};
+         EIndexFile index;
+         if (!ReadHeader(args[0], header) || !index.Open(args[0].c_str())) {
+             return nvk::tool::Fail("cannot open " + args[0] + " as an index file");
+         }
+         Session session(index, header);
+         int status = nvk::tool::kOk;
+         std::string line;
+         while (std::getline(std::cin, line)) {
+             std::istringstream in(line);
+             Args words;
+             for (std::string word; in >> word;) {
+                 words.push_back(word);
+             }
+             if (words.empty()) {
+                 continue;
+             }
+             if (!session.Answer(words, std::cout)) {
+                 std::cout << "error\n";
+                 std::cerr << "nvk: not a command: " << line << '\n';
+                 status = nvk::tool::kFailure;
+             }
+         }
+         return status;
+     }},
+    {"check", "FILE",
+     "verify every tree (order, links, parent keys, counts) and the free list; exit 1 with the "
+     "first violation",
+     [](const Args& args) {
+         if (args.size() != 1) {
+             return nvk::tool::Fail("usage: index check FILE");
+         }
+         EBaseFile file;
+         if (!file.Open(args[0].c_str(), EBaseFile::kRead, 1)) {
+             return nvk::tool::Fail("cannot open " + args[0]);
+         }
+         const std::string violation = nvk::CheckIndexFile(file);
+         if (!violation.empty()) {
+             std::cout << violation << '\n';
+             return nvk::tool::kNegative;
+         }
+         std::cout << "ok\n";
+         return nvk::tool::kOk;
+     }},
+    {"dump", "FILE", "show the header, the index descriptors and every page",
+     [](const Args& args) {
+         if (args.size() != 1) {
+             return nvk::tool::Fail("usage: index dump FILE");
+         }
+         EBaseFile file;
+         fmt::Header header{};
+         if (!file.Open(args[0].c_str(), EBaseFile::kRead, 1) ||
+             !file.Read(&header, sizeof header)) {
+             return nvk::tool::Fail("cannot read the header of " + args[0]);
+         }
+         std::cout << "magic 0x" << std::hex << header.Magic << std::dec << ", page size "
+                   << header.PageSize << ", pages in use " << header.PageCount << ", free list "
+                   << header.FreePage << ", indexes " << header.IndexCount << '\n';
+         const int indexes = std::min<int>(header.IndexCount, fmt::kMaxIndexes);
+         for (int i = 0; i < indexes; ++i) {
+             const fmt::Descriptor& d = header.Indexes[i];
+             std::cout << "index " << i + 1 << ": key size " << int{d.KeySize} << ", type "
+                       << int{d.KeyType} << (d.Duplicates ? ", duplicates" : ", unique")
+                       << ", keys " << d.KeyCount << ", root " << d.Root << ", height "
+                       << int{d.Height} << ", leaves " << d.FirstLeaf << ".." << d.LastLeaf << ", "
+                       << d.MaxEntries << " entries a page\n";
+         }
+         if (header.PageSize < fmt::kPageHeaderSize || header.PageSize > fmt::kMaxPageSize) {
+             return nvk::tool::Fail("page size out of range");
+         }
+         const std::vector<int> owners = Owners(file, header, indexes);
+         std::vector<char> page(header.PageSize);
+         file.Seek(fmt::kHeaderSize, 0);
+         for (std::uint32_t n = 1; file.Read(page.data(), header.PageSize); ++n) {
+             if (fmt::IsFreePage(page.data())) {
+                 std::cout << "page " << n << ": free, next " << fmt::Load32(page.data() + 4)
+                           << '\n';
+                 continue;
+             }
+             const fmt::PageHeader h = fmt::LoadPageHeader(page.data());
+             std::cout << "page " << n << ": level " << h.Level << ", " << h.Count
+                       << " entries, prev " << h.PrevPage << ", next " << h.NextPage << '\n';
+             const int owner = n < owners.size() ? owners[n] : 0;
+             const int keySize = owner != 0 ? header.Indexes[owner - 1].KeySize : 0;
+             const int entrySize = owner != 0 ? keySize + 4 : 0;
+             if (owner == 0 || h.Count > header.Indexes[owner - 1].MaxEntries) {
+                 std::cout << "  (not reached from any index)\n";
+                 continue;
+             }
+             for (int slot = 0; entrySize != 0 && slot < h.Count; ++slot) {
+                 const char* entry = page.data() + fmt::kPageHeaderSize + slot * entrySize;
+                 std::cout << "  " << nvk::tool::FormatHex(entry, keySize) << ' '
+                           << fmt::Load32(entry + keySize) << '\n';
+             }
+         }
+         return nvk::tool::kOk;
+     }},
+};
+
+// A customer file in memory: the records in a record file, and two indexes
+// over them, by code (unique) and by city (duplicates), holding record numbers.
+void Demo(std::ostream& out) {
+    struct Customer {
+        char code[8];
+        char name[24];
+        char city[12];
+    };
+    const Customer customers[] = {{"C0042", "Boulangerie Favre", "Lausanne"},
+                                  {"C0007", "Garage du Lac", "Geneve"},
+                                  {"C0019", "Fiduciaire Roux", "Lausanne"},
+                                  {"C0031", "Imprimerie Morel", "Lyon"}};
+    EDataFile records;
+    EIndexFile indexes;
+    records.Create(nullptr, sizeof(Customer));
+    auto* buffer = static_cast<Customer*>(records.Open(nullptr));
+    indexes.Create(nullptr, 512);
+    indexes.Open(nullptr);
+    const int byCode = indexes.CreateIndex(sizeof buffer->code, 0, 0);
+    const int byCity = indexes.CreateIndex(sizeof buffer->city, 0, 1);
+    for (const Customer& customer : customers) {
+        *buffer = customer;
+        records.Insere(nullptr, 0);
+        indexes.Insere(byCode, buffer->code, records.Courant());
+        indexes.Insere(byCity, buffer->city, records.Courant());
+    }
+    out << records.Nombre() << " customers of " << sizeof(Customer) << " bytes, listed by code:\n";
+    for (unsigned long n = indexes.First(byCode); n != 0; n = indexes.Next()) {
+        records.Read(n, nullptr);
+        out << "  #" << n << ' ' << buffer->code << "  " << buffer->name << '\n';
+    }
+    char city[12] = "Lausanne";
+    out << indexes.Nombre(byCity, city, std::strlen(city) + 1) << " in " << city << ":";
+    for (unsigned long n = indexes.Equal(byCity, city); n != 0; n = indexes.Next()) {
+        records.Read(n, nullptr);
+        if (std::strcmp(buffer->city, city) != 0) {
+            break;
+        }
+        out << ' ' << buffer->name << ';';
+    }
+    out << '\n';
+}
+
+const nvk::tool::RegisterArea kArea({"index", "B+-tree index files", kCommands, Demo, 30});
+
+}  // namespace
