@@ -229,6 +229,7 @@ int EIndexFile::DelIndex(int index, void* key, unsigned long value, unsigned lon
         std::memset(entries + slot * entrySize, 0, entrySize);
     }
     const int remaining = count - 1;
+    ++m_Deletions;
     fmt::SetCount(m_Page, remaining);
     UpdatePage();
     if (pageLevel == 0) {

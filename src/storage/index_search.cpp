@@ -216,6 +216,7 @@ void EIndexFile::Position(int slot) {
     m_CurPage = m_NextPage = m_PageNo;
     m_CurSlot = m_NextSlot = slot;
     m_Walked = 0;
+    m_DeletionsSeen = m_Deletions;
 }
 
 // A walk with Next or Prev that has left more leaves than the file has pages
@@ -279,12 +280,15 @@ unsigned long EIndexFile::Step(bool forward) {
         return 0;
     }
     // The entry last delivered was deleted if its slot now holds the value
-    // noted for the next one: the entries have moved down by one.
+    // noted for the next one: the entries have moved down by one. Asked only
+    // after a deletion, since two neighbours may hold equal values and the
+    // walk would then stand still.
     const fmt::Descriptor& d = Desc(m_Index);
-    if (m_CurPage == m_NextPage && m_CurSlot >= 0 && m_CurSlot < d.MaxEntries &&
-        ValueAt(m_Index, m_CurSlot) == m_NextValue) {
+    if (m_Deletions != m_DeletionsSeen && m_CurPage == m_NextPage && m_CurSlot >= 0 &&
+        m_CurSlot < d.MaxEntries && ValueAt(m_Index, m_CurSlot) == m_NextValue) {
         m_NextSlot = m_CurSlot;
     }
+    m_DeletionsSeen = m_Deletions;
     if (m_NextSlot < 0 || m_NextSlot >= fmt::CountOf(m_Page)) {
         return 0;
     }

@@ -158,6 +158,12 @@ TEST_F(MemoryIndex, DuplicatesAcrossLeaves) {
         EXPECT_EQ(v, m_Index.Next());
     }
     EXPECT_EQ(9u, m_Index.Next());
+    // Equal neighbours do not stop a walk.
+    ASSERT_EQ(0, Insert(9, 9));
+    EXPECT_EQ(9u, Find(&EIndexFile::Equal, 9));
+    EXPECT_EQ(9u, m_Index.Next());
+    EXPECT_EQ(0u, m_Index.Next());
+    ASSERT_EQ(0, Remove(9, 9));
     EXPECT_EQ(EIndexFile::kDamaged, Remove(7, 99));
     EXPECT_EQ(12u, m_Index.Nombre(1));
     EXPECT_EQ(0, Remove(7, 15));

@@ -147,4 +147,6 @@ private:
     std::uint64_t m_FileAt = ~std::uint64_t{0};  // where the file stands; unknown
     std::uint32_t m_FilePages = 0;               // pages the file held when last asked
     std::uint32_t m_Walked = 0;                  // leaves left by Next and Prev since Position
+    std::uint32_t m_Deletions = 0;               // entries removed by this object
+    std::uint32_t m_DeletionsSeen = 0;           // the same, when the cursor last moved
 };
