@@ -77,7 +77,7 @@ TEST(LibraryStrings, TranslationsKeepWhatTheProgramsFillIn) {
         EXPECT_EQ(a, b) << id << ":\n" << french << "\n" << swiss;
         ++compared;
     }
-    EXPECT_GE(compared, 7);
+    EXPECT_GT(compared, 300);
 }
 
 TEST(LibraryTexts, TheCountryTableStandsAsItIs) {
