@@ -1,12 +1,12 @@
 #include "nvk/context/string_load.h"
 
-#include <unicode/ucnv.h>
-
+#include <algorithm>
 #include <cstring>
 #include <string>
 
 #include "nvk/context/loc.h"
 #include "os/api/module.h"
+#include "os/api/nls.h"
 #include "os/api/resource.h"
 
 namespace nvk {
@@ -56,22 +56,20 @@ bool ReadBlock(os::HMODULE module, os::HRSRC resource, unsigned place, std::u16s
     return !text.empty();
 }
 
-// The text in the ANSI code page of the library, Windows-1252.
+// The text in the ANSI code page; the wide buffer is taken with its
+// terminator, as the system's loader hands it over.
 Chaine ToAnsi(const std::u16string& text) {
-    if (text.empty()) {
-        return Chaine();
+    constexpr os::DWORD kCompositeCheck = 0x200;
+    const int size = static_cast<int>(text.size()) + 1;
+    const int n = os::WideCharToMultiByte(os::CP_ACP, kCompositeCheck, text.c_str(), size, nullptr,
+                                          0, nullptr, nullptr);
+    Chaine value;
+    if (n > 1) {
+        char* out = value.SetLength(n - 1);
+        os::WideCharToMultiByte(os::CP_ACP, kCompositeCheck, text.c_str(), size, out, n, nullptr,
+                                nullptr);
     }
-    UErrorCode status = U_ZERO_ERROR;
-    UConverter* converter = ucnv_open("windows-1252", &status);
-    std::string bytes(text.size() * 2 + 1, '\0');
-    int32_t n = 0;
-    if (U_SUCCESS(status)) {
-        n = ucnv_fromUChars(converter, bytes.data(), static_cast<int32_t>(bytes.size()),
-                            reinterpret_cast<const UChar*>(text.data()),
-                            static_cast<int32_t>(text.size()), &status);
-        ucnv_close(converter);
-    }
-    return U_SUCCESS(status) ? Chaine(bytes.data(), n) : Chaine();
+    return value;
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <memory>
 
+#include "nvk/context/string_load.h"
 #include "nvk/core/chaine.h"
 #include "os/api/environment.h"
 #include "os/api/nls.h"
@@ -50,14 +51,18 @@ Chaine& Chaine::ToCodePage(os::UINT codePage) {
     return *this;
 }
 
-bool Chaine::LoadString(os::UINT) {
-    Empty();
-    return false;
+Chaine::Chaine(os::UINT id, os::HINSTANCE module) : Chaine() {
+    LoadString(id, module);
 }
 
-bool Chaine::LoadString(os::UINT, os::HINSTANCE) {
-    Empty();
-    return false;
+bool Chaine::LoadString(os::UINT id) {
+    // From the module whose resources hold the string's block, as the
+    // framework finds it.
+    return nvk::LoadString(*this, id, nvk::FindStringModule(id));
+}
+
+bool Chaine::LoadString(os::UINT id, os::HINSTANCE module) {
+    return nvk::LoadString(*this, id, module);
 }
 
 Chaine& Chaine::FormatId(os::UINT id, os::HINSTANCE module, ...) {

@@ -183,11 +183,16 @@ TEST(SortableLocale, FixedDateFormatAndEnglishNames) {
 }
 
 TEST(StringId, AValueBuiltFromAnIdTakesTheProcesssText) {
+    const bool swiss = ELoc::Get().GetLangID() == 2055;
     Chaine value(reinterpret_cast<const char*>(14014));
-    std::string expected = ELoc::Get().GetLangID() == 2055
-                               ? "Die Datei %s existiert bereits. Wollen Sie weiterfahren?"
-                               : "Le fichier %s existe d\xE9j\xE0. Voulez-vous continuer ?";
+    std::string expected = swiss ? "Die Datei %s existiert bereits. Wollen Sie weiterfahren?"
+                                 : "Le fichier %s existe d\xE9j\xE0. Voulez-vous continuer ?";
     EXPECT_EQ(std::string(value.c_str()), expected);
+    EXPECT_EQ(std::string(Chaine(14014u, nvk::LibraryModule()).c_str()), expected);
+    Chaine formatted;
+    formatted.FormatId(14955, nvk::LibraryModule(), 3, 7);
+    EXPECT_EQ(std::string(formatted.c_str()),
+              swiss ? "Element 3 von insgesamt 7" : "El\xE9ment 3 sur un total de 7");
     EXPECT_TRUE(Chaine(static_cast<const char*>(nullptr)).IsEmpty());
     EXPECT_TRUE(Chaine(reinterpret_cast<const char*>(14900)).IsEmpty());
 }

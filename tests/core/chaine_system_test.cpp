@@ -55,10 +55,13 @@ TEST(ChaineSystem, EnvironmentUserAndResources) {
 
     EXPECT_FALSE(Chaine().GetUserName().IsEmpty());
 
+    // 14520 exists in one language only, 14900 has no text.
     Chaine loaded("old");
-    EXPECT_FALSE(loaded.LoadString(14008));
+    EXPECT_TRUE(loaded.LoadString(14520));
+    EXPECT_STREQ(loaded, "DDE Error");
+    EXPECT_FALSE(loaded.LoadString(14900));
     EXPECT_TRUE(loaded.IsEmpty());
-    EXPECT_TRUE(Chaine("old").FormatId(14008, nullptr, 1, 2).IsEmpty());
+    EXPECT_TRUE(Chaine("old").FormatId(14900, nullptr, 1, 2).IsEmpty());
 }
 
 }  // namespace

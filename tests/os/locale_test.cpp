@@ -4,8 +4,8 @@
 
 #include <string>
 
-#include "os/api/environment.h"
 #include "os/api/error.h"
+#include "os_test_support.h"
 
 namespace nvk::os {
 namespace {
@@ -13,41 +13,6 @@ namespace {
 std::string Item(LCID lcid, LCTYPE type) {
     char text[128] = {};
     return GetLocaleInfoA(lcid, type, text, sizeof text) > 0 ? std::string(text) : "<none>";
-}
-
-// Runs with the environment naming a locale, and puts it back after.
-class LocaleEnvironment : public ::testing::Test {
-protected:
-    void SetUp() override {
-        for (const char* name : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
-            char value[256];
-            DWORD n = GetEnvironmentVariableA(name, value, sizeof value);
-            m_Saved.push_back(n > 0 && n < sizeof value ? value : "");
-            SetEnvironmentVariableA(name, nullptr);
-        }
-    }
-    void TearDown() override {
-        const char* names[] = {"LC_ALL", "LC_MESSAGES", "LANG"};
-        for (int i = 0; i < 3; ++i) {
-            SetEnvironmentVariableA(names[i], m_Saved[i].empty() ? nullptr : m_Saved[i].c_str());
-        }
-    }
-
-    std::vector<std::string> m_Saved;
-};
-
-TEST_F(LocaleEnvironment, TheEnvironmentNamesTheUsersLocale) {
-    EXPECT_EQ(GetThreadLocale(), 0x0409u);  // nothing set is "C"
-    SetEnvironmentVariableA("LANG", "de_CH.UTF-8");
-    EXPECT_EQ(GetThreadLocale(), 2055u);
-    EXPECT_EQ(GetSystemDefaultLangID(), 2055);
-    EXPECT_EQ(ConvertDefaultLocale(LOCALE_SYSTEM_DEFAULT), 2055u);
-    SetEnvironmentVariableA("LC_MESSAGES", "fr_FR@euro");
-    EXPECT_EQ(GetUserDefaultLCID(), 1036u);
-    SetEnvironmentVariableA("LC_ALL", "POSIX");
-    EXPECT_EQ(GetThreadLocale(), 0x0409u);
-    SetEnvironmentVariableA("LC_ALL", "fr_XX");  // an unknown country keeps the language
-    EXPECT_EQ(GetThreadLocale(), 1036u);
 }
 
 TEST(Locale, NamesOfMonthsAndDaysInTheAnsiCodePage) {
@@ -102,10 +67,14 @@ TEST(Locale, BuffersNumbersAndErrors) {
     EXPECT_EQ(GetLocaleInfoA(0x07FF, LOCALE_SMONTHNAME1, nullptr, 0), 0);
     EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
     EXPECT_FALSE(IsValidLocale(0x07FF, 0));
-    EXPECT_FALSE(SetThreadLocale(0x07FF));
 }
 
-TEST(Locale, ANeutralSublanguageBecomesTheDefaultOne) {
+TEST(Locale, DefaultsAndNeutralSublanguagesAreResolved) {
+    test::ScopedEnv all("LC_ALL", "de_CH.UTF-8");
+    EXPECT_EQ(ConvertDefaultLocale(LOCALE_SYSTEM_DEFAULT), 2055u);
+    EXPECT_EQ(ConvertDefaultLocale(LOCALE_NEUTRAL), 2055u);
+    EXPECT_EQ(GetSystemDefaultLangID(), 2055);
+    EXPECT_EQ(Item(LOCALE_USER_DEFAULT, LOCALE_SMONTHNAME1 + 2), "M\xE4rz");
     EXPECT_EQ(ConvertDefaultLocale(0x000C), 0x040Cu);
     EXPECT_EQ(ConvertDefaultLocale(0x0807), 0x0807u);
     EXPECT_EQ(ConvertDefaultLocale(LOCALE_INVARIANT), LOCALE_INVARIANT);

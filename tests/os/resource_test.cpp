@@ -6,6 +6,7 @@
 
 #include "os/api/error.h"
 #include "os/api/locale.h"
+#include "os_test_support.h"
 
 namespace nvk::os {
 namespace {
@@ -29,10 +30,7 @@ const ResourceTable kTable = {5, kEntries};
 class ResourceTest : public ::testing::Test {
 protected:
     void SetUp() override { RegisterResourceTable(m_Module, &kTable); }
-    void TearDown() override {
-        UnregisterResourceTable(&kTable);
-        SetThreadLocale(0x0409);
-    }
+    void TearDown() override { UnregisterResourceTable(&kTable); }
 
     const char* Text(HRSRC resource) {
         return static_cast<const char*>(LockResource(LoadResource(m_Module, resource)));
@@ -62,15 +60,17 @@ TEST_F(ResourceTest, ExactLanguageOrTheReasonWhyNot) {
 }
 
 TEST_F(ResourceTest, SearchTakesNeutralThenTheThreadsLanguageThenAnyOther) {
-    SetThreadLocale(0x0807);
+    test::ScopedEnv swiss("LC_ALL", "de_CH");
     EXPECT_STREQ(Text(FindResourceA(m_Module, "#1", "TXT")), kNeutral);
     // LANG_NEUTRAL asks for the same search.
     EXPECT_STREQ(Text(FindResourceExA(m_Module, "TXT", "#1", 0)), kNeutral);
     // A Swiss French thread gets the Belgian French of the same language
     // before anything else.
-    SetThreadLocale(0x100C);
-    EXPECT_STREQ(Text(FindResourceA(m_Module, "#2", "TXT")), kBelgian);
-    SetThreadLocale(0x0409);
+    {
+        test::ScopedEnv french("LC_ALL", "fr_CH");
+        EXPECT_STREQ(Text(FindResourceA(m_Module, "#2", "TXT")), kBelgian);
+    }
+    test::ScopedEnv english("LC_ALL", "en_US");
     EXPECT_STREQ(Text(FindResourceA(m_Module, "#2", "TXT")), kBelgian);
 }
 

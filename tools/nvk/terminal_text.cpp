@@ -1,6 +1,9 @@
 #include "terminal_text.h"
 
-#include <unicode/ucnv.h>
+#include <algorithm>
+#include <vector>
+
+#include "os/api/nls.h"
 
 namespace nvk::tool {
 
@@ -8,12 +11,13 @@ std::string AnsiToUtf8(std::string_view ansi) {
     if (ansi.empty()) {
         return {};
     }
-    std::string utf8(ansi.size() * 3 + 1, '\0');
-    UErrorCode status = U_ZERO_ERROR;
-    int32_t n =
-        ucnv_convert("UTF-8", "windows-1252", utf8.data(), static_cast<int32_t>(utf8.size()),
-                     ansi.data(), static_cast<int32_t>(ansi.size()), &status);
-    utf8.resize(U_SUCCESS(status) ? static_cast<std::size_t>(n) : 0);
+    const auto size = static_cast<int>(ansi.size());
+    std::vector<os::WCHAR> wide(ansi.size());
+    const int units = os::MultiByteToWideChar(os::CP_ACP, 0, ansi.data(), size, wide.data(), size);
+    const int n =
+        os::WideCharToMultiByte(os::CP_UTF8, 0, wide.data(), units, nullptr, 0, nullptr, nullptr);
+    std::string utf8(static_cast<std::size_t>(std::max(n, 0)), '\0');
+    os::WideCharToMultiByte(os::CP_UTF8, 0, wide.data(), units, utf8.data(), n, nullptr, nullptr);
     return utf8;
 }
 

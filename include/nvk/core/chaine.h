@@ -26,6 +26,8 @@ public:
     // the text ends at the first zero; otherwise inner zeros stay.
     Chaine(const void* bytes, int n, bool stripZeros = false);
     explicit Chaine(const CString& text);
+    // String resource `id` of `module`: empty, then LoadString.
+    Chaine(nvk::os::UINT id, nvk::os::HINSTANCE module);
     ~Chaine() { nvk::ReleaseBuffer(Buffer()); }
 
     Chaine& operator=(const Chaine& other) { return Assign(other); }

@@ -1,10 +1,10 @@
 // Locales by id (LCID) and what they say: names of months and days, date and
 // number formats, language and country names. The thread's, the user's and
-// the system's locale come from the environment (LC_ALL, LC_MESSAGES, LANG;
-// "C" and "POSIX" are English (United States)).
+// the system's locale are those of nls.h, the environment's.
 #pragma once
 
 #include "nvk/os/types.h"
+#include "os/api/nls.h"
 
 namespace nvk::os {
 
@@ -71,12 +71,6 @@ inline constexpr LCTYPE LOCALE_SMONTHNAME13 = 0x100E;
 // ERROR_INVALID_FLAGS for an unknown item, ERROR_INSUFFICIENT_BUFFER.
 int GetLocaleInfoA(LCID locale, LCTYPE type, LPSTR data, int size);
 
-// The thread's locale: the one SetThreadLocale gave it, else the
-// environment's as it stands now.
-LCID GetThreadLocale();
-BOOL SetThreadLocale(LCID locale);
-LCID GetUserDefaultLCID();
-LCID GetSystemDefaultLCID();
 LANGID GetUserDefaultLangID();
 LANGID GetSystemDefaultLangID();
 // The user and system defaults become their locales, neutral is the user's,

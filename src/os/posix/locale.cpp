@@ -1,16 +1,13 @@
-// Locale ids and ICU's locales meet through ICU's own table of Windows ids.
-// A thread's locale is the environment's unless the thread set one, so that a
-// process sees a changed environment as a new user would.
+// Locale items by id: ids become ICU's locales in locale_ids, and ICU's data
+// becomes the items in locale_items.
 #include "os/api/locale.h"
 
-#include <unicode/ucnv.h>
-#include <unicode/uloc.h>
-
+#include <algorithm>
 #include <cstring>
 #include <string>
 
-#include "os/api/environment.h"
 #include "os/posix/handle.h"
+#include "os/posix/locale_ids.h"
 #include "os/posix/locale_items.h"
 
 namespace nvk::os {
@@ -19,71 +16,24 @@ namespace {
 
 using posix::SetErrorCode;
 
-constexpr LCID kEnglishUS = 0x0409;
-
-thread_local LCID t_ThreadLocale = 0;
-
-// The locale the environment names, the first of LC_ALL, LC_MESSAGES and
-// LANG that is set and not empty.
-std::string EnvironmentLocale() {
-    for (const char* name : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
-        char value[256];
-        DWORD n = GetEnvironmentVariableA(name, value, sizeof value);
-        if (n > 0 && n < sizeof value) {
-            return value;
-        }
-    }
-    return {};
-}
-
-// "fr_CH.UTF-8@euro" is fr_CH; an unknown country falls back to the
-// language, and an unknown language to English (United States).
-LCID LcidOfPosixName(std::string name) {
-    name = name.substr(0, name.find_first_of(".@"));
-    if (name.empty() || name == "C" || name == "POSIX") {
-        return kEnglishUS;
-    }
-    LCID lcid = uloc_getLCID(name.c_str());
-    if (lcid == 0) {
-        lcid = uloc_getLCID(name.substr(0, name.find('_')).c_str());
-    }
-    if (lcid == 0) {
-        return kEnglishUS;
-    }
-    return ConvertDefaultLocale(lcid);
-}
-
-LCID EnvironmentLcid() {
-    return LcidOfPosixName(EnvironmentLocale());
-}
-
-// ICU's name of a locale id; empty for an id that ICU doesn't know.
+// ICU's name of a locale id; empty for an id that ICU doesn't know. The
+// invariant locale speaks English.
 std::string IcuName(LCID lcid) {
     if (lcid == LOCALE_INVARIANT) {
         return "en_US_POSIX";
     }
-    char name[ULOC_FULLNAME_CAPACITY];
-    UErrorCode status = U_ZERO_ERROR;
-    int32_t n = uloc_getLocaleForLCID(lcid, name, sizeof name, &status);
-    if (U_FAILURE(status) || n <= 0) {
-        return {};
-    }
-    return std::string(name, static_cast<std::size_t>(n));
+    return posix::IcuLocaleOf(lcid).value_or(std::string());
 }
 
-// The text in the ANSI code page; a character it lacks becomes '?'.
+// The text in the ANSI code page.
 std::string ToAnsi(const std::u16string& text) {
-    UErrorCode status = U_ZERO_ERROR;
-    UConverter* converter = ucnv_open("windows-1252", &status);
-    if (U_FAILURE(status)) {
+    if (text.empty()) {
         return {};
     }
-    std::string bytes(text.size() * 2 + 1, '\0');
-    int32_t n = ucnv_fromUChars(converter, bytes.data(), static_cast<int32_t>(bytes.size()),
-                                reinterpret_cast<const UChar*>(text.data()),
-                                static_cast<int32_t>(text.size()), &status);
-    ucnv_close(converter);
-    bytes.resize(U_SUCCESS(status) ? static_cast<std::size_t>(n) : 0);
+    auto size = static_cast<int>(text.size());
+    int n = WideCharToMultiByte(CP_ACP, 0, text.data(), size, nullptr, 0, nullptr, nullptr);
+    std::string bytes(static_cast<std::size_t>(std::max(n, 0)), '\0');
+    WideCharToMultiByte(CP_ACP, 0, text.data(), size, bytes.data(), n, nullptr, nullptr);
     return bytes;
 }
 
@@ -133,28 +83,6 @@ int GetLocaleInfoA(LCID locale, LCTYPE type, LPSTR data, int size) {
     }
     std::memcpy(data, text.c_str(), static_cast<std::size_t>(needed));
     return needed;
-}
-
-LCID GetThreadLocale() {
-    return t_ThreadLocale != 0 ? t_ThreadLocale : EnvironmentLcid();
-}
-
-BOOL SetThreadLocale(LCID locale) {
-    LCID lcid = ConvertDefaultLocale(locale);
-    if (IcuName(lcid).empty()) {
-        SetErrorCode(ERROR_INVALID_PARAMETER);
-        return FALSE;
-    }
-    t_ThreadLocale = lcid;
-    return TRUE;
-}
-
-LCID GetUserDefaultLCID() {
-    return EnvironmentLcid();
-}
-
-LCID GetSystemDefaultLCID() {
-    return EnvironmentLcid();
 }
 
 LANGID GetUserDefaultLangID() {

@@ -13,6 +13,7 @@
 #include "os/api/error.h"
 #include "os/api/locale.h"
 #include "os/api/module.h"
+#include "os/api/nls.h"
 #include "os/posix/handle.h"
 
 namespace nvk::os {
