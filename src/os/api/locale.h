@@ -1,16 +1,19 @@
 // Locales by id (LCID) and what they say: names of months and days, date and
 // number formats, language and country names. The thread's, the user's and
-// the system's locale are those of nls.h, the environment's.
+// the system's locale come from the environment (LC_ALL, LC_MESSAGES, LANG;
+// "C" and "POSIX" are English (United States)).
 #pragma once
 
 #include "nvk/os/types.h"
-#include "os/api/nls.h"
 
 namespace nvk::os {
 
 using LCTYPE = DWORD;
 
 inline constexpr LCID LOCALE_NEUTRAL = 0x0000;
+inline constexpr LCID LOCALE_INVARIANT = 0x007F;
+inline constexpr LCID LOCALE_USER_DEFAULT = 0x0400;
+inline constexpr LCID LOCALE_SYSTEM_DEFAULT = 0x0800;
 
 inline constexpr DWORD ERROR_INVALID_FLAGS = 1004;
 
@@ -71,6 +74,11 @@ inline constexpr LCTYPE LOCALE_SMONTHNAME13 = 0x100E;
 // ERROR_INVALID_FLAGS for an unknown item, ERROR_INSUFFICIENT_BUFFER.
 int GetLocaleInfoA(LCID locale, LCTYPE type, LPSTR data, int size);
 
+// The environment's locale as it stands now, for the thread, the user and
+// the system alike.
+LCID GetThreadLocale();
+LCID GetUserDefaultLCID();
+LCID GetSystemDefaultLCID();
 LANGID GetUserDefaultLangID();
 LANGID GetSystemDefaultLangID();
 // The user and system defaults become their locales, neutral is the user's,

@@ -1,13 +1,17 @@
-// Locale items by id: ids become ICU's locales in locale_ids, and ICU's data
-// becomes the items in locale_items.
+// Locale ids and ICU's locales meet through ICU's own table of Windows ids.
+// The thread's locale is the environment's as it stands, so that a process
+// sees a changed environment as a new user would.
 #include "os/api/locale.h"
+
+#include <unicode/uloc.h>
 
 #include <algorithm>
 #include <cstring>
 #include <string>
 
+#include "os/api/environment.h"
+#include "os/api/nls.h"
 #include "os/posix/handle.h"
-#include "os/posix/locale_ids.h"
 #include "os/posix/locale_items.h"
 
 namespace nvk::os {
@@ -16,13 +20,54 @@ namespace {
 
 using posix::SetErrorCode;
 
-// ICU's name of a locale id; empty for an id that ICU doesn't know. The
-// invariant locale speaks English.
+constexpr LCID kEnglishUS = 0x0409;
+
+// The locale the environment names, the first of LC_ALL, LC_MESSAGES and
+// LANG that is set and not empty.
+std::string EnvironmentLocale() {
+    for (const char* name : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
+        char value[256];
+        DWORD n = GetEnvironmentVariableA(name, value, sizeof value);
+        if (n > 0 && n < sizeof value) {
+            return value;
+        }
+    }
+    return {};
+}
+
+// "fr_CH.UTF-8@euro" is fr_CH; an unknown country falls back to the
+// language, and an unknown language to English (United States).
+LCID LcidOfPosixName(std::string name) {
+    name = name.substr(0, name.find_first_of(".@"));
+    if (name.empty() || name == "C" || name == "POSIX") {
+        return kEnglishUS;
+    }
+    LCID lcid = uloc_getLCID(name.c_str());
+    if (lcid == 0) {
+        lcid = uloc_getLCID(name.substr(0, name.find('_')).c_str());
+    }
+    if (lcid == 0) {
+        return kEnglishUS;
+    }
+    return ConvertDefaultLocale(lcid);
+}
+
+LCID EnvironmentLcid() {
+    return LcidOfPosixName(EnvironmentLocale());
+}
+
+// ICU's name of a locale id; empty for an id that ICU doesn't know.
 std::string IcuName(LCID lcid) {
     if (lcid == LOCALE_INVARIANT) {
         return "en_US_POSIX";
     }
-    return posix::IcuLocaleOf(lcid).value_or(std::string());
+    char name[ULOC_FULLNAME_CAPACITY];
+    UErrorCode status = U_ZERO_ERROR;
+    int32_t n = uloc_getLocaleForLCID(lcid, name, sizeof name, &status);
+    if (U_FAILURE(status) || n <= 0) {
+        return {};
+    }
+    return std::string(name, static_cast<std::size_t>(n));
 }
 
 // The text in the ANSI code page.
@@ -83,6 +128,18 @@ int GetLocaleInfoA(LCID locale, LCTYPE type, LPSTR data, int size) {
     }
     std::memcpy(data, text.c_str(), static_cast<std::size_t>(needed));
     return needed;
+}
+
+LCID GetThreadLocale() {
+    return EnvironmentLcid();
+}
+
+LCID GetUserDefaultLCID() {
+    return EnvironmentLcid();
+}
+
+LCID GetSystemDefaultLCID() {
+    return EnvironmentLcid();
 }
 
 LANGID GetUserDefaultLangID() {
