@@ -43,10 +43,8 @@ bool EBIC::IsEmpty() const {
 }
 
 Chaine EBIC::CleanCode(const Chaine& text) {
-    Chaine clean;
-    const int n = nvk::codes::FoldAndKeep(text.c_str(), text.Length(),
-                                          clean.SetLength(text.Length()), nvk::codes::IsAlnum);
-    clean.SetLength(n);
+    Chaine clean = text;
+    clean.Upper().KeepAlnum();
     return clean;
 }
 

@@ -1,24 +1,19 @@
-// Small text steps shared by the bank and identity codes: the library's
-// upper-case folding, the cleaning filters and the copy into fixed fields.
-// They work on plain bytes so that validation needs no string buffer.
+// Small byte-level steps shared by the bank and identity codes: the cleaning
+// filters and the copy into fixed fields. They work on plain bytes so that
+// validation needs no string buffer.
 #pragma once
 
 #include <algorithm>
 #include <cstring>
 
+#include "nvk/core/case_tables.h"
 #include "nvk/core/chaine.h"
 
 namespace nvk::codes {
 
-// The library's case table: ASCII letters and the Latin-1 accented letters,
-// except 0xED, 0xF0, 0xF7, 0xFE and 0xFF, which stay as they are.
+// Through the library's case table.
 inline char FoldUpper(char c) {
-    const auto b = static_cast<unsigned char>(c);
-    if ((b >= 0x61 && b <= 0x7A) || (b >= 0xE0 && b <= 0xEC) || b == 0xEE || b == 0xEF ||
-        (b >= 0xF1 && b <= 0xF6) || (b >= 0xF8 && b <= 0xFD)) {
-        return static_cast<char>(b - 0x20);
-    }
-    return c;
+    return static_cast<char>(nvk::FoldUpper(c));
 }
 
 inline bool IsDigit(char c) {

@@ -78,10 +78,8 @@ void EIBAN::Clear() {
 }
 
 Chaine EIBAN::CleanCode(const Chaine& text) {
-    Chaine clean;
-    const int n = nvk::codes::FoldAndKeep(text.c_str(), text.Length(),
-                                          clean.SetLength(text.Length()), IsCodeChar);
-    clean.SetLength(n);
+    Chaine clean = text;
+    clean.Upper().KeepOnly("ABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789#");
     return clean;
 }
 

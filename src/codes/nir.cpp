@@ -2,7 +2,6 @@
 
 #include <cstdint>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 
 #include "codes/code_text.h"
@@ -11,26 +10,6 @@
 namespace {
 
 using nvk::codes::FieldText;
-
-// A decimal number with optional sign and surrounding blanks.
-bool IsInteger(const char* text) {
-    while (*text == ' ') {
-        ++text;
-    }
-    if (*text == '+' || *text == '-') {
-        ++text;
-    }
-    if (!nvk::codes::IsDigit(*text)) {
-        return false;
-    }
-    while (nvk::codes::IsDigit(*text)) {
-        ++text;
-    }
-    while (*text == ' ') {
-        ++text;
-    }
-    return *text == 0;
-}
 
 // The number with the Corsican department and the first provisional mark
 // replaced by digits; the length does not change.
@@ -83,15 +62,12 @@ Chaine CNIR::iGetKey() const {
 }
 
 int CNIR::GetStoredKey() const {
-    char key[sizeof szKey + 1] = {};
-    std::memcpy(key, szKey, nvk::codes::FieldLength(szKey));
-    return IsInteger(key) ? std::atoi(key) : 0;
+    const Chaine key = iGetKey();
+    return key.IsInt() ? key.ToInt() : 0;
 }
 
 bool CNIR::IsTemporary() const {
-    char num[sizeof szNum + 1] = {};
-    std::memcpy(num, szNum, nvk::codes::FieldLength(szNum));
-    return std::strstr(num, "PROVIS") != nullptr;
+    return FieldText(szNum).Find("PROVIS") >= 0;
 }
 
 Chaine CNIR::iGetModifiedNum() const {

@@ -1,40 +1,18 @@
 #include "nvk/core/big_number.h"
 
-#include <cstdlib>
-#include <string>
-
-namespace {
-
-// A group of digits as a number: blanks go, then atoi reads what it can.
-std::uint32_t GroupValue(const char* text, int length) {
-    std::string group;
-    for (int i = 0; i < length; ++i) {
-        if (text[i] != ' ') {
-            group += text[i];
-        }
-    }
-    return static_cast<std::uint32_t>(std::atoi(group.c_str()));
-}
-
-}  // namespace
-
 EBigNumber::EBigNumber(const Chaine& text) {
-    const char* p = text.c_str();
-    int length = text.Length();
-    if (length > 0 && (*p == '+' || *p == '-')) {
-        Negative = *p == '-';
-        ++p;
-        --length;
+    if (text.IsEmpty()) {
+        return;
     }
-    while (length > 0 && *p == '0') {
-        ++p;
-        --length;
+    Chaine work = text;
+    if (work.c_str()[0] == '+' || work.c_str()[0] == '-') {
+        Negative = work.RemoveAt(0) == '-';
     }
+    work.TrimLeft('0');
     // Groups of nine from the right; the leftmost one may be shorter.
-    while (length > 0) {
-        const int take = length < 9 ? length : 9;
-        Limbs.Add(GroupValue(p + length - take, take));
-        length -= take;
+    while (!work.IsEmpty()) {
+        Limbs.Add(static_cast<std::uint32_t>(work.Right(9).ToInt()));
+        work = work.Length() > 9 ? work.Left(work.Length() - 9) : Chaine();
     }
 }
 

@@ -9,32 +9,6 @@
 #include "nvk/afx/archive.h"
 #include "nvk/afx/cstring.h"
 
-namespace {
-
-using byte = CCryptPassword::byte;
-constexpr int kSize = CCryptPassword::kBufferSize;
-
-// A hexadecimal digit's value, either case, or -1.
-int HexValue(char c) {
-    static constexpr char kDigits[] = "0123456789ABCDEF";
-    if (c >= 'a' && c <= 'z') {
-        c = static_cast<char>(c - 32);
-    }
-    const char* found = c != 0 ? std::strchr(kDigits, c) : nullptr;
-    return found != nullptr ? static_cast<int>(found - kDigits) : -1;
-}
-
-Chaine Hex(const byte (&buffer)[kSize], const char* digits) {
-    char text[2 * kSize];
-    for (int i = 0; i < kSize; ++i) {
-        text[2 * i] = digits[buffer[i] >> 4];
-        text[2 * i + 1] = digits[buffer[i] & 15];
-    }
-    return Chaine(text, 2 * kSize);
-}
-
-}  // namespace
-
 CCryptPassword::CCryptPassword() : m_Buffer{} {}
 
 CCryptPassword::CCryptPassword(const CCryptPassword& other) = default;
@@ -130,7 +104,9 @@ bool CCryptPassword::Exists() const {
 }
 
 void CCryptPassword::PrintTo(CString& out) const {
-    out = Hex(m_Buffer, "0123456789abcdef").c_str();
+    Chaine hex;
+    hex.FromHex(m_Buffer, kBufferSize).Lower();
+    out = hex.c_str();
 }
 
 void CCryptPassword::CopyTo(byte (*out)[kBufferSize]) const {
@@ -147,19 +123,12 @@ bool CCryptPassword::operator==(const byte (*buffer)[kBufferSize]) const {
 
 void CCryptPassword::Serialize(CArchive& archive) {
     if (archive.IsStoring()) {
-        archive << Hex(m_Buffer, "0123456789ABCDEF") << m_Key;
+        Chaine hex;
+        archive << hex.FromHex(m_Buffer, kBufferSize) << m_Key;
         return;
     }
-    Chaine text;
-    archive >> text >> m_Key;
-    // Two digits a byte; a short text fills only the beginning of a cleared
-    // buffer, and a character that is no digit counts as -1.
-    const int count = std::min(text.Length() / 2, kBufferSize);
-    if (count < kBufferSize) {
-        std::memset(m_Buffer, 0, kBufferSize);
-    }
-    for (int i = 0; i < count; ++i) {
-        const int value = HexValue(text.c_str()[2 * i]) * 16 + HexValue(text.c_str()[2 * i + 1]);
-        m_Buffer[i] = static_cast<byte>(value);
-    }
+    Chaine hex;
+    archive >> hex >> m_Key;
+    // A short text fills only the beginning of a cleared buffer.
+    hex.ToBytes(m_Buffer, kBufferSize);
 }
