@@ -156,8 +156,12 @@ TEST(Iban, FieldSettersAndTheirAsymmetries) {
     EXPECT_FALSE(three.SetIBAN("FR", "1", "7"));
     EXPECT_TRUE(three.IsEmpty());
 
+    // A record is taken raw by assignment, and cleaned by construction.
+    const sIBAN record = Record("de", "89", "3704 0044 0532 0130 00");
+    EXPECT_STREQ(EIBAN(record).szCountry, "DE");
     EIBAN spaced;
-    spaced = Record("DE", "89", "3704 0044 0532 0130 00");
+    spaced = record;
+    EXPECT_STREQ(spaced.szCountry, "de");
     EXPECT_TRUE(spaced.Validate());
     EXPECT_STREQ(spaced.szContent, "370400440532013000");
 }
