@@ -2,6 +2,7 @@
 // Close writes back.
 #include <vector>
 
+#include "config/ini_text.h"
 #include "nvk/config/ini_file.h"
 
 namespace {
@@ -115,23 +116,21 @@ void EIniFile::ReadInData(const Chaine& text) {
         if (current == nullptr) {
             current = &Section(currentName);
         }
-        current->AddLine(Chaine(line, size));
+        current->AddLine(line, size);
     }
 }
 
 Chaine EIniFile::AsChaine() const {
-    Chaine text = m_Preamble;
+    nvk::IniText text;
+    text.Add(m_Preamble);
     // A section goes out once, at the first place the order names it; the
     // sections outside the order follow in the dictionary's order.
     std::vector<bool> written(static_cast<std::size_t>(m_Sections.Count()));
     for (int i = 0; i < m_SectionOrder.Size(); ++i) {
         const Chaine& name = m_SectionOrder[i];
-        if (i > 0) {
-            text += "\r\n";
-        }
-        text += '[';
-        text += name;
-        text += "]\r\n";
+        text.Add(i > 0 ? "\r\n[" : "[", i > 0 ? 3 : 1);
+        text.Add(name);
+        text.Add("]\r\n", 3);
         const int index = m_Sections.Find(name);
         if (index != -1 && !written[static_cast<std::size_t>(index)]) {
             written[static_cast<std::size_t>(index)] = true;
@@ -140,13 +139,13 @@ Chaine EIniFile::AsChaine() const {
     }
     for (int index = 0; index < m_Sections.Count(); ++index) {
         if (!written[static_cast<std::size_t>(index)]) {
-            text += "\r\n[";
-            text += m_Sections.GetKey(index);
-            text += "]\r\n";
+            text.Add("\r\n[", 3);
+            text.Add(m_Sections.GetKey(index));
+            text.Add("]\r\n", 3);
             m_Sections.GetValue(index).AppendTo(text);
         }
     }
-    return text;
+    return text.Finish();
 }
 
 bool EIniFile::RemoveSection(const Chaine& section) {

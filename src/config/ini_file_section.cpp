@@ -1,4 +1,5 @@
 // EIniFile::SectionDesc: the lines under one section header.
+#include "config/ini_text.h"
 #include "nvk/config/ini_file.h"
 
 EIniFile::SectionDesc::SectionDesc(const Chaine& /*name*/) {}
@@ -51,8 +52,10 @@ Chaine& EIniFile::SectionDesc::NamedLine(const Chaine& name) {
 }
 
 void EIniFile::SectionDesc::AddLine(const Chaine& line) {
-    const char* text = line.c_str();
-    const int length = line.Length();
+    AddLine(line.c_str(), line.Length());
+}
+
+void EIniFile::SectionDesc::AddLine(const char* text, int length) {
     if (length > 0 && text[0] == ';' && m_NamedLines.Count() == 0 && m_UnNamedLines.IsEmpty()) {
         m_Comments.Add(Chaine(text + 1, length - 1));
         return;
@@ -65,9 +68,12 @@ void EIniFile::SectionDesc::AddLine(const Chaine& line) {
     if (start < length && text[start] == ';') {
         return;
     }
-    const int split = line.FindChar('=', false, start);
-    if (split == -1) {
-        m_UnNamedLines.Add(start == 0 ? line : Chaine(text + start, length - start));
+    int split = start;
+    while (split < length && text[split] != '=') {
+        ++split;
+    }
+    if (split == length) {
+        m_UnNamedLines.Add(Chaine(text + start, length - start));
         return;
     }
     NamedLine(Chaine(text + start, split - start)) = Chaine(text + split + 1, length - split - 1);
@@ -96,26 +102,22 @@ void EIniFile::SectionDesc::Clean() {
 }
 
 Chaine EIniFile::SectionDesc::AsChaine() {
-    Chaine text;
+    nvk::IniText text;
     AppendTo(text);
-    return text;
+    return text.Finish();
 }
 
-void EIniFile::SectionDesc::AppendTo(Chaine& text) const {
+void EIniFile::SectionDesc::AppendTo(nvk::IniText& text) const {
     for (int i = 0; i < m_Comments.Size(); ++i) {
-        text += ';';
-        text += m_Comments[i];
-        text += "\r\n";
+        text.Add(';');
+        text.AddLine(m_Comments[i]);
     }
     for (int i = 0; i < m_LineOrder.Size(); ++i) {
-        const Chaine& name = m_LineOrder[i];
-        text += name;
-        text += '=';
-        text += GetLine(static_cast<unsigned int>(i));
-        text += "\r\n";
+        text.Add(m_LineOrder[i]);
+        text.Add('=');
+        text.AddLine(GetLine(static_cast<unsigned int>(i)));
     }
     for (int i = 0; i < m_UnNamedLines.Size(); ++i) {
-        text += m_UnNamedLines[i];
-        text += "\r\n";
+        text.AddLine(m_UnNamedLines[i]);
     }
 }

@@ -16,6 +16,10 @@
 #include "nvk/core/tableau.h"
 #include "nvk/os/types.h"
 
+namespace nvk {
+class IniText;
+}
+
 class EIniFile {
 public:
     class SectionDesc {
@@ -60,7 +64,8 @@ public:
     private:
         friend class EIniFile;
         static unsigned int Unsigned(int n) { return static_cast<unsigned int>(n); }
-        void AppendTo(Chaine& text) const;
+        void AddLine(const char* text, int length);
+        void AppendTo(nvk::IniText& text) const;
 
         PTableau<Chaine> m_Comments;
         // Searches move the map's cursor, also those of const lookups.
