@@ -1,12 +1,17 @@
 #include "calendar/month_names.h"
 
+#include "nvk/context/loc.h"
+
 namespace nvk {
 
+// The names of the thread's locale as it stood at start-up.
 CString MonthName(unsigned month) {
-    static const char* const kNames[12] = {"January",   "February", "March",    "April",
-                                           "May",       "June",     "July",     "August",
-                                           "September", "October",  "November", "December"};
-    return month >= 1 && month <= 12 ? CString(kNames[month - 1]) : CString();
+    if (month < 1 || month > 12) {
+        return CString();
+    }
+    const PTableau<Chaine>& names = ELoc::Get().GetLocale().Cache().GetMonthNames(false);
+    const int index = static_cast<int>(month) - 1;
+    return index < names.Size() ? CString(names[index].c_str()) : CString();
 }
 
 }  // namespace nvk
