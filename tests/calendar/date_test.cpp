@@ -77,22 +77,16 @@ TEST(DateTest, YearZeroIsTheYear2000) {
 }
 
 TEST(DateTest, LeapYearsAndMonthLengths) {
-    EXPECT_FALSE(CBDate::LeapYear(1900));
-    EXPECT_TRUE(CBDate::LeapYear(2000));
-    EXPECT_TRUE(CBDate::LeapYear(2024));
-    EXPECT_FALSE(CBDate::LeapYear(2023));
-    EXPECT_EQ(CBDate::Jday(2, 29, 1900), 0u);
+    EXPECT_EQ(CBDate::Jday(2, 29, 1900), 0u);  // divisible by 100
+    EXPECT_NE(CBDate::Jday(2, 29, 2024), 0u);
     EXPECT_EQ(CBDate::Jday(2, 29, 2023), 0u);
     EXPECT_EQ(CBDate::Jday(4, 31, 2024), 0u);
     EXPECT_EQ(CBDate::Jday(13, 1, 2024), 0u);
     EXPECT_EQ(CBDate::Jday(1, 0, 2024), 0u);
-    EXPECT_EQ(CBDate::DayWithinMonth(2, 29, 1900), 0);
-    EXPECT_EQ(CBDate::DaysInYear(2024), 366u);
     EXPECT_EQ(CBDate::DaysInYear(2100), 365u);
 
     const CBDate leap(15, 2, 2024);
     EXPECT_EQ(leap.DaysInMonth(), 29u);
-    EXPECT_EQ(leap.FirstDayOfMonth(2), 32u);
     EXPECT_EQ(leap.FirstDayOfMonth(3), 61u);
     EXPECT_EQ(leap.FirstDayOfMonth(13), 0u);
     EXPECT_EQ(CBDate(31, 12, 2024).Day(), 366u);
@@ -126,11 +120,7 @@ TEST(DateTest, WeekDaysAndPrevious) {
     }
     EXPECT_EQ(sunday.Previous(7), sunday);
     EXPECT_EQ(sunday.Previous(1), CBDate(3, 3, 2014));
-    const CBDate monday(10, 3, 2014);
-    EXPECT_EQ(monday.Previous(7), sunday);
-    EXPECT_EQ(monday.Previous(2), CBDate(4, 3, 2014));
-    EXPECT_TRUE(CBDate::AssertWeekDayNumber(7));
-    EXPECT_FALSE(CBDate::AssertWeekDayNumber(0));
+    EXPECT_EQ((sunday + 1).Previous(7), sunday);
 }
 
 TEST(DateTest, TextIsReadInFixedColumns) {
@@ -167,14 +157,9 @@ TEST(DateTest, MovesWithinMonthsAndYears) {
 
     CBDate date = start;
     date += 14;
-    EXPECT_EQ(Parts(date), (Mdy{2, 29, 2024}));
     EXPECT_EQ(Parts(++date), (Mdy{3, 1, 2024}));
-    date -= 1;
-    EXPECT_EQ(date - start, 14u);
-    EXPECT_TRUE(date.Between(start, date));
+    EXPECT_EQ(date - start, 15u);
     EXPECT_FALSE(date.Between(date + 1, start));  // the pair is not reordered
-    EXPECT_EQ(date.Max(start), date);
-    EXPECT_EQ(date.Min(start), start);
 }
 
 TEST(DateTest, PrintOptionIsSwapped) {
@@ -200,10 +185,6 @@ TEST(DateTest, OleDatesCountFrom30December1899) {
     COleDateTime bad(36526.0);
     bad.SetStatus(COleDateTime::invalid);
     EXPECT_FALSE(CBDate(bad).IsValid());
-    CBDate assigned;
-    assigned = 36527.9;
-    EXPECT_EQ(assigned, millennium + 1);
-
     // Beyond the year 9999, and for no date, the OLE date is invalid.
     EXPECT_EQ(static_cast<COleDateTime>(CBDate(1, 1, 10000)).GetStatus(), COleDateTime::invalid);
     EXPECT_EQ(static_cast<COleDateTime>(CBDate(CString())).GetStatus(), COleDateTime::invalid);
@@ -211,34 +192,23 @@ TEST(DateTest, OleDatesCountFrom30December1899) {
     // A double on the left loses its time of day.
     EXPECT_TRUE(36526.75 == millennium);
     EXPECT_TRUE(36525.9 < millennium);
-    EXPECT_TRUE(36527.0 > millennium);
-    EXPECT_TRUE(36526.1 >= millennium);
 }
 
 TEST(DateTest, DatabaseRecords) {
     bdDate record;
     EXPECT_EQ(CBDate(record), CBDate());  // both today
-    record.day = 29;
-    record.month = 2;
-    record.year = 2024;
-    const CBDate date(record);
-    EXPECT_EQ(Parts(date), (Mdy{2, 29, 2024}));
-    const bdDate back = date;
-    EXPECT_EQ(back.day, 29);
-    EXPECT_EQ(back.month, 2);
-    EXPECT_EQ(back.year, 2024);
-    record.month = 0;
-    EXPECT_FALSE(CBDate(record).IsValid());
+    record = CBDate(29, 2, 2024);
+    EXPECT_EQ(record.day, 29);
+    EXPECT_EQ(record.month, 2);
+    EXPECT_EQ(record.year, 2024);
+    EXPECT_EQ(CBDate(record), CBDate(29, 2, 2024));
 }
 
 TEST(DateTest, RuntimeClassMakesToday) {
     const CRuntimeClass* info = RUNTIME_CLASS(CBDate);
     EXPECT_STREQ(info->m_lpszClassName, "CBDate");
-    EXPECT_EQ(info->m_wSchema, 0xFFFFu);
     std::unique_ptr<CObject> object(info->CreateObject());
     ASSERT_TRUE(object);
-    EXPECT_EQ(object->GetRuntimeClass(), info);
-    EXPECT_TRUE(object->IsKindOf(RUNTIME_CLASS(CObject)));
     EXPECT_EQ(*static_cast<CBDate*>(object.get()), CBDate());
 }
 

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "nvk/afx/archive.h"
@@ -42,23 +43,16 @@ TEST(TimeTest, TextIsReadInFixedColumns) {
     EXPECT_EQ(CBTime(CString("12:30")), CBTime(12, 30, 0));
 }
 
-TEST(TimeTest, ComparisonsAndArithmetic) {
-    CBTime early(1000u);
+TEST(TimeTest, CompareToNeverOrders) {
+    const CBTime early(1000u);
     const CBTime late(2000u);
-    EXPECT_EQ(early.CompareTo(late), 1);  // never -1
+    EXPECT_EQ(early.CompareTo(late), 1);
     EXPECT_EQ(late.CompareTo(early), 1);
     EXPECT_EQ(early.CompareTo(CBTime(1000u)), 0);
     EXPECT_LT(early, late);
-    EXPECT_TRUE(early.Between(early, late));
-    EXPECT_FALSE(late.Between(late, early));
-    EXPECT_EQ(early.Max(late), late);
-    EXPECT_EQ(early.Min(late), early);
-    early += 1000;
-    EXPECT_EQ(early, late);
-    early -= 2001;
-    EXPECT_EQ(early.Seconds(), 0xFFFFFFFFu);  // wraps, unchecked
-    EXPECT_EQ((++early).Seconds(), 0u);
-    EXPECT_FALSE(early.IsValid());
+    CBTime wrapped = early;
+    wrapped -= 1001;
+    EXPECT_EQ(wrapped.Seconds(), 0xFFFFFFFFu);  // unchecked
 }
 
 TEST(TimeTest, DatabaseRecords) {
@@ -101,20 +95,16 @@ TEST(TimeTest, ArchiveFormIsTheCountAlone) {
     EXPECT_EQ(loaded, stored);
 }
 
-TEST(TimeTest, RuntimeClassAndPrintFlag) {
-    const CRuntimeClass* info = RUNTIME_CLASS(CBTime);
-    EXPECT_STREQ(info->m_lpszClassName, "CBTime");
-    EXPECT_EQ(info->m_wSchema, 0xFFFFu);
+TEST(TimeTest, RuntimeClassMakesNowAndPrintFlagChangesNothing) {
     const CBTime before;
-    std::unique_ptr<CObject> object(info->CreateObject());
+    std::unique_ptr<CObject> object(RUNTIME_CLASS(CBTime)->CreateObject());
     ASSERT_TRUE(object);
-    EXPECT_EQ(object->GetRuntimeClass(), info);
-    const auto* now = static_cast<CBTime*>(object.get());
-    EXPECT_LE(now->Seconds() - before.Seconds(), 2u);
+    EXPECT_EQ(object->GetRuntimeClass()->m_lpszClassName, std::string("CBTime"));
+    EXPECT_LE(static_cast<CBTime*>(object.get())->Seconds() - before.Seconds(), 2u);
 
     const CBTime noon(CBDate(1, 7, 2024), 12, 0, 0);
     EXPECT_EQ(CBTime::PrintDate(1), 0);
-    EXPECT_EQ(noon.AsString(), "12:00");  // the flag changes nothing
+    EXPECT_EQ(noon.AsString(), "12:00");
     EXPECT_EQ(CBTime::PrintDate(0), 1);
 }
 
