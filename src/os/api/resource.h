@@ -66,8 +66,9 @@ using ENUMRESLANGPROCA = BOOL (*)(HMODULE module, LPCSTR type, LPCSTR name, WORD
 // of FindResourceA.
 HRSRC FindResourceExA(HMODULE module, LPCSTR type, LPCSTR name, WORD language);
 // Searches the languages in order: neutral, the thread's language, its
-// primary language, the user's, the system's, English (United States), then
-// the first one that the module has.
+// language with a neutral sublanguage, then with any sublanguage, the
+// user's, the system's, English (United States), then the lowest one that
+// the module has.
 HRSRC FindResourceA(HMODULE module, LPCSTR name, LPCSTR type);
 HGLOBAL LoadResource(HMODULE module, HRSRC resource);
 DWORD SizeofResource(HMODULE module, HRSRC resource);
