@@ -10,6 +10,7 @@
 #include <cstring>
 #include <cwchar>
 #include <string>
+#include <vector>
 
 #include "nvk/core/chaine.h"
 
@@ -46,6 +47,17 @@ public:
         return total;
     }
 
+    // The format as the C library spells it: the 64-bit size "I64" of the
+    // conversions becomes "ll"; the same letters in plain text stay.
+    std::string LibraryFormat() const {
+        std::string spelled(m_pFormat);
+        for (auto at = m_Wide64At.rbegin(); at != m_Wide64At.rend(); ++at) {
+            spelled.replace(*at, 3, "ll");
+        }
+        return spelled;
+    }
+    bool SpelledAlike() const { return m_Wide64At.empty(); }
+
 private:
     // One conversion from its "%"; moves p behind it.
     std::int64_t Conversion(const char*& p) {
@@ -80,6 +92,7 @@ private:
         for (;;) {
             if (std::strncmp(p, "I64", 3) == 0) {
                 wide64 = true;
+                m_Wide64At.push_back(static_cast<std::size_t>(p - m_pFormat));
                 p += 3;
             } else if (*p != '\0' && std::strchr("hlFLN", *p) != nullptr) {
                 // The C library reads "F" and "N" as conversions and "L" as a
@@ -175,16 +188,8 @@ private:
     const char* m_pFormat;
     va_list m_Args;
     bool m_Trusted = true;
+    std::vector<std::size_t> m_Wide64At;
 };
-
-// The format as the C library spells it: the 64-bit size "I64" becomes "ll".
-std::string LibraryFormat(const char* format) {
-    std::string spelled(format);
-    for (std::size_t at = 0; (at = spelled.find("I64", at)) != std::string::npos;) {
-        spelled.replace(at, 3, "ll");
-    }
-    return spelled;
-}
 
 }  // namespace
 
@@ -193,10 +198,10 @@ Chaine& Chaine::FormatV(const char* format, va_list args) {
         Empty();
         return *this;
     }
-    const std::int64_t estimate = Estimate(format, args).Length();
-    const std::string spelled =
-        std::strstr(format, "I64") != nullptr ? LibraryFormat(format) : std::string();
-    const char* library = spelled.empty() ? format : spelled.c_str();
+    Estimate first(format, args);
+    const std::int64_t estimate = first.Length();
+    const std::string spelled = first.SpelledAlike() ? std::string() : first.LibraryFormat();
+    const char* library = first.SpelledAlike() ? format : spelled.c_str();
 
     // The text goes into a buffer of its own: the format and the arguments
     // may point into this value.
