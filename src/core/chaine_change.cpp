@@ -2,6 +2,7 @@
 // the buffer the value's own first.
 #include <algorithm>
 #include <cstring>
+#include <vector>
 
 #include "nvk/core/case_tables.h"
 #include "nvk/core/chaine.h"
@@ -150,20 +151,20 @@ int Chaine::Replace(const char* old, const char* with, bool noCase, int start) {
         }
         return 0;
     }
-    int hits = 0;
-    for (int at = hit; at >= 0; at = Find(from.Get(), noCase, at + oldLength)) {
-        ++hits;
+    std::vector<int> hits;
+    for (; hit >= 0; hit = Find(from.Get(), noCase, hit + oldLength)) {
+        hits.push_back(hit);
     }
     const int length = Length();
     Chaine result;
-    char* out = result.SetLength(length + hits * (newLength - oldLength));
+    char* out = result.SetLength(length + static_cast<int>(hits.size()) * (newLength - oldLength));
     int last = 0;
-    for (; hit >= 0; hit = Find(from.Get(), noCase, last)) {
-        std::memcpy(out, m_pText + last, static_cast<std::size_t>(hit - last));
-        out += hit - last;
+    for (const int at : hits) {
+        std::memcpy(out, m_pText + last, static_cast<std::size_t>(at - last));
+        out += at - last;
         std::memcpy(out, to.Get(), static_cast<std::size_t>(newLength));
         out += newLength;
-        last = hit + oldLength;
+        last = at + oldLength;
     }
     std::memcpy(out, m_pText + last, static_cast<std::size_t>(length - last));
     Assign(result);
