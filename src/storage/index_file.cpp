@@ -9,12 +9,15 @@
 #include "nvk/storage/memory_file.h"
 #include "storage/index_format.h"
 #include "storage/index_keys.h"
+#include "storage/page_cache.h"
 
 namespace fmt = nvk::index_format;
 
 namespace {
 
 constexpr std::uint64_t kUnknown = ~std::uint64_t{0};
+// Bytes of pages a named index file keeps in memory besides its page buffer.
+constexpr std::uint32_t kCacheBudget = 256u << 10;
 constexpr std::int64_t kLongestSeek = 0x7FFFFFFF;
 
 }  // namespace
@@ -114,11 +117,26 @@ bool EIndexFile::GetPage(unsigned long page) {
     }
     m_PageNo = static_cast<std::uint32_t>(page);
     m_Position = static_cast<std::uint32_t>(PageOffset(m_PageNo));
+    if (m_Cache != nullptr && m_Cache->Get(m_PageNo, m_Page)) {
+        return true;
+    }
     if (!ReadAt(m_Position, m_Page, PageSize())) {
         m_PageNo = 0;  // the buffer holds no page now
         return false;
     }
+    if (m_Cache != nullptr) {
+        m_Cache->Put(m_PageNo, m_Page);
+    }
     return true;
+}
+
+bool EIndexFile::WritePage() {
+    WriteAt(m_Position, m_Page, PageSize());
+    const bool written = m_FileAt == m_Position + static_cast<std::uint64_t>(PageSize());
+    if (written && m_Cache != nullptr) {
+        m_Cache->Put(m_PageNo, m_Page);
+    }
+    return written;
 }
 
 void EIndexFile::Seek(unsigned long page) {
@@ -131,7 +149,7 @@ void EIndexFile::Seek(unsigned long page) {
 
 void EIndexFile::UpdatePage() {
     if (m_File != nullptr) {
-        WriteAt(m_Position, m_Page, PageSize());
+        WritePage();
     }
 }
 
@@ -158,8 +176,7 @@ unsigned long EIndexFile::NouvellePage() {
     }
     m_PageNo = page;
     m_Position = static_cast<std::uint32_t>(PageOffset(page));
-    WriteAt(m_Position, m_Page, PageSize());
-    if (m_FileAt != m_Position + static_cast<std::uint64_t>(PageSize())) {
+    if (!WritePage()) {
         return 0;
     }
     m_FilePages = std::max(m_FilePages, page);
@@ -174,6 +191,9 @@ void EIndexFile::DelPage() {
     fmt::Store32(m_Page, fmt::kFreePage);
     fmt::Store32(m_Page + 4, m_Header->FreePage);
     WriteAt(m_Position, m_Page, 8);
+    if (m_Cache != nullptr) {
+        m_Cache->Patch(m_PageNo, 0, m_Page, 8);
+    }
     --m_Header->PageCount;
     m_Header->FreePage = m_PageNo;
 }
@@ -182,14 +202,6 @@ void EIndexFile::CalculMinMax(int index, int* min, int* max) const {
     const int entrySize = Desc(index).EntrySize;
     *min = entrySize;
     *max = entrySize * (fmt::CountOf(m_Page) - 1);
-}
-
-long EIndexFile::CompareIndex(int index, const void* a, const void* b) {
-    const fmt::Descriptor& d = Desc(index);
-    if (d.KeyType == nvk::kKeyTypeDerived) {
-        return CompareIndexUnknow(index, const_cast<void*>(a), const_cast<void*>(b), d.KeySize);
-    }
-    return nvk::CompareKeys(d.KeyType, d.KeySize, a, b);
 }
 
 long EIndexFile::CompareIndexUnknow(int, void* a, void* b, int keySize) {
@@ -216,6 +228,8 @@ void EIndexFile::Release() {
     delete[] m_Page;
     delete m_Header;
     delete m_File;
+    delete m_Cache;
+    m_Cache = nullptr;
     m_KeyBuffer = nullptr;
     m_Page = nullptr;
     m_Header = nullptr;
@@ -304,6 +318,10 @@ int EIndexFile::Open(const char* name) {
     }
     delete[] m_Page;
     m_Page = new char[PageSize() + fmt::kPadding]();
+    if (!m_InMemory) {
+        delete m_Cache;
+        m_Cache = new nvk::PageCache(PageSize(), kCacheBudget);
+    }
     m_Position = fmt::kHeaderSize;
     m_PageNo = 1;
     m_FilePages = PagesInFile();

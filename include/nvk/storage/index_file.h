@@ -8,6 +8,9 @@
 
 #include "nvk/storage/base_file.h"
 
+namespace nvk {
+class PageCache;
+}
 namespace nvk::index_format {
 struct Header;
 struct Descriptor;
@@ -116,6 +119,8 @@ private:
     void WriteAt(std::uint64_t offset, const void* buffer, std::uint32_t size);
     std::uint32_t PagesInFile();
     bool PageInFile(std::uint32_t page);
+    // Writes m_Page to its place; false if it did not all go out.
+    bool WritePage();
     void AllocateKeyBuffer();
     void Release();
 
@@ -144,6 +149,7 @@ private:
     int Split(int index, const void* key);
     bool SeekValue(int index, unsigned long value, int& slot);
 
+    nvk::PageCache* m_Cache = nullptr;           // pages of a named file, written through
     std::uint64_t m_FileAt = ~std::uint64_t{0};  // where the file stands; unknown
     std::uint32_t m_FilePages = 0;               // pages the file held when last asked
     std::uint32_t m_Walked = 0;                  // leaves left by Next and Prev since Position
