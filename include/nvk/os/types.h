@@ -53,8 +53,10 @@ inline constexpr DWORD ERROR_ACCESS_DENIED = 5;
 inline constexpr DWORD ERROR_INVALID_HANDLE = 6;
 inline constexpr DWORD ERROR_NOT_ENOUGH_MEMORY = 8;
 inline constexpr DWORD ERROR_BAD_FORMAT = 11;
+inline constexpr DWORD ERROR_INVALID_DATA = 13;
 inline constexpr DWORD ERROR_OUTOFMEMORY = 14;
 inline constexpr DWORD ERROR_NO_MORE_FILES = 18;
+inline constexpr DWORD ERROR_NOT_SAME_DEVICE = 17;
 inline constexpr DWORD ERROR_WRITE_PROTECT = 19;
 inline constexpr DWORD ERROR_NOT_READY = 21;
 inline constexpr DWORD ERROR_SHARING_VIOLATION = 32;
@@ -76,6 +78,7 @@ inline constexpr DWORD ERROR_DIR_NOT_EMPTY = 145;
 inline constexpr DWORD ERROR_NOT_LOCKED = 158;
 inline constexpr DWORD ERROR_BAD_PATHNAME = 161;
 inline constexpr DWORD ERROR_ALREADY_EXISTS = 183;
+inline constexpr DWORD ERROR_DIRECTORY = 267;
 inline constexpr DWORD ERROR_BAD_EXE_FORMAT = 193;
 inline constexpr DWORD ERROR_ENVVAR_NOT_FOUND = 203;
 inline constexpr DWORD ERROR_FILENAME_EXCED_RANGE = 206;
@@ -88,6 +91,7 @@ inline constexpr DWORD ERROR_RESOURCE_DATA_NOT_FOUND = 1812;
 inline constexpr DWORD ERROR_RESOURCE_TYPE_NOT_FOUND = 1813;
 inline constexpr DWORD ERROR_RESOURCE_NAME_NOT_FOUND = 1814;
 inline constexpr DWORD ERROR_RESOURCE_LANG_NOT_FOUND = 1815;
+inline constexpr DWORD ERROR_BAD_DEVICE = 1200;
 inline constexpr DWORD ERROR_NOT_CONNECTED = 2250;
 
 // Memory.
@@ -145,6 +149,37 @@ inline constexpr DWORD MOVEFILE_REPLACE_EXISTING = 0x1;
 inline constexpr DWORD MOVEFILE_COPY_ALLOWED = 0x2;
 inline constexpr DWORD MOVEFILE_WRITE_THROUGH = 0x8;
 
+// Drives and volumes.
+inline constexpr UINT DRIVE_UNKNOWN = 0;
+inline constexpr UINT DRIVE_NO_ROOT_DIR = 1;
+inline constexpr UINT DRIVE_REMOVABLE = 2;
+inline constexpr UINT DRIVE_FIXED = 3;
+inline constexpr UINT DRIVE_REMOTE = 4;
+inline constexpr UINT DRIVE_CDROM = 5;
+inline constexpr UINT DRIVE_RAMDISK = 6;
+inline constexpr DWORD FILE_CASE_SENSITIVE_SEARCH = 0x1;
+inline constexpr DWORD FILE_CASE_PRESERVED_NAMES = 0x2;
+
+// Shell folders: HRESULT codes and CSIDL values.
+using HRESULT = LONG;
+inline constexpr HRESULT S_OK = 0;
+inline constexpr HRESULT S_FALSE = 1;
+inline constexpr HRESULT E_FAIL = static_cast<HRESULT>(0x80004005);
+inline constexpr HRESULT E_INVALIDARG = static_cast<HRESULT>(0x80070057);
+inline constexpr int CSIDL_DESKTOP = 0;
+inline constexpr int CSIDL_PRINTERS = 4;
+inline constexpr int CSIDL_PERSONAL = 5;
+inline constexpr int CSIDL_FAVORITES = 6;
+inline constexpr int CSIDL_DRIVES = 17;
+inline constexpr int CSIDL_NETWORK = 18;
+inline constexpr int CSIDL_APPDATA = 26;
+inline constexpr int CSIDL_COMMON_APPDATA = 35;
+inline constexpr int CSIDL_PROGRAM_FILES = 38;
+inline constexpr int CSIDL_COMMON_DOCUMENTS = 46;
+inline constexpr int CSIDL_FLAG_CREATE = 0x8000;
+struct HWND__;
+using HWND = HWND__*;
+
 struct SECURITY_ATTRIBUTES {
     DWORD nLength;
     LPVOID lpSecurityDescriptor;
@@ -180,6 +215,7 @@ struct WIN32_FIND_DATAA {
     char cFileName[MAX_PATH];
     char cAlternateFileName[14];
 };
+using LPWIN32_FIND_DATAA = WIN32_FIND_DATAA*;
 
 struct RECT {
     LONG left;
@@ -208,6 +244,7 @@ union ULARGE_INTEGER {
     } u;
     ULONGLONG QuadPart;
 };
+using PULARGE_INTEGER = ULARGE_INTEGER*;
 
 // Processes.
 inline constexpr DWORD STILL_ACTIVE = 259;

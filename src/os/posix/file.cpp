@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "os/api/path_map.h"
-#include "os/posix/drive_map.h"
+#include "os/posix/fs_support.h"
 #include "os/posix/handle.h"
 #include "os/posix/share_modes.h"
 
@@ -22,6 +22,9 @@ namespace {
 
 using posix::SetErrorCode;
 using posix::SetErrorFromErrno;
+using posix::SetPathError;
+using posix::SetUnmappedError;
+using posix::ToFileTime;
 
 constexpr DWORD kReadAccess = GENERIC_READ | GENERIC_ALL;
 constexpr DWORD kWriteAccess = GENERIC_WRITE | GENERIC_ALL;
@@ -70,25 +73,6 @@ File* FileOf(HANDLE handle) {
     return file;
 }
 
-// ENOENT says "file not found" when the folder exists, else "path not found".
-void SetMissingError(const std::string& path) {
-    std::string folder = path.substr(0, path.find_last_of('/') + 1);
-    struct stat info;
-    bool folderExists =
-        folder.empty() || (stat(folder.c_str(), &info) == 0 && S_ISDIR(info.st_mode));
-    SetErrorCode(folderExists ? ERROR_FILE_NOT_FOUND : ERROR_PATH_NOT_FOUND);
-}
-
-void SetPathError(int error, const std::string& path) {
-    if (error == ENOENT) {
-        SetMissingError(path);
-    } else if (error == ENOTDIR) {
-        SetErrorCode(ERROR_PATH_NOT_FOUND);
-    } else {
-        SetErrorFromErrno(error);
-    }
-}
-
 // The descriptor is opened for reading and writing when the file allows it,
 // whatever the handle's access: share markers need a readable descriptor and
 // exclusive byte-range locks a writable one. The handle's access is enforced
@@ -104,12 +88,6 @@ int OpenDescriptor(const std::string& path, int flags, mode_t mode, bool read, b
         writable = write;
     }
     return fd;
-}
-
-// A path that names no mapped drive or share.
-void SetUnmappedError(LPCSTR windowsPath) {
-    bool unc = windowsPath != nullptr && posix::IsUncPath(windowsPath);
-    SetErrorCode(unc ? ERROR_BAD_NETPATH : ERROR_PATH_NOT_FOUND);
 }
 
 // The clipped range [start, end) of a region, kept below the share markers.
@@ -143,14 +121,6 @@ ULONGLONG RegionEnd(ULONGLONG offset, ULONGLONG length) {
     return length > std::numeric_limits<ULONGLONG>::max() - offset
                ? std::numeric_limits<ULONGLONG>::max()
                : offset + length;
-}
-
-FILETIME ToFileTime(const statx_timestamp& time) {
-    // 100-nanosecond intervals since 1601-01-01.
-    constexpr LONGLONG kEpochDifference = 11644473600LL;
-    auto ticks =
-        static_cast<ULONGLONG>((time.tv_sec + kEpochDifference) * 10000000LL + time.tv_nsec / 100);
-    return {static_cast<DWORD>(ticks), static_cast<DWORD>(ticks >> 32)};
 }
 
 }  // namespace

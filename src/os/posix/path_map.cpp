@@ -9,13 +9,13 @@
 #include <fstream>
 #include <sstream>
 
-#include "os/posix/drive_map.h"
+#include "os/posix/system_drive_map.h"
 
 namespace nvk::os {
 
-namespace {
+namespace posix {
 
-std::string CurrentDirectory() {
+std::string NativeCurrentDirectory() {
     std::string buffer(256, '\0');
     while (getcwd(buffer.data(), buffer.size()) == nullptr) {
         if (errno != ERANGE) {
@@ -26,6 +26,10 @@ std::string CurrentDirectory() {
     buffer.resize(buffer.find('\0'));
     return buffer;
 }
+
+}  // namespace posix
+
+namespace {
 
 // The per-user directory behind C:, in the XDG data folder.
 std::string DefaultDriveC() {
@@ -53,19 +57,28 @@ std::string MountTable() {
 
 }  // namespace
 
+namespace posix {
+
+DriveMap SystemDriveMap(bool withNetworkMounts) {
+    const char* entries = std::getenv("NVK_DRIVES");
+    DriveMap map = MakeDriveMap(entries != nullptr ? entries : "", DefaultDriveC());
+    if (withNetworkMounts) {
+        AddNetworkMounts(map, MountTable());
+    }
+    return map;
+}
+
+}  // namespace posix
+
 std::string ToNativePath(LPCSTR windowsPath) {
     if (windowsPath == nullptr) {
         return {};
     }
-    const char* entries = std::getenv("NVK_DRIVES");
     std::string driveC = DefaultDriveC();
-    posix::DriveMap map = posix::MakeDriveMap(entries != nullptr ? entries : "", driveC);
     std::string_view path(windowsPath);
-    if (posix::IsUncPath(path)) {
-        posix::AddNetworkMounts(map, MountTable());
-    }
+    posix::DriveMap map = posix::SystemDriveMap(posix::IsUncPath(path));
     char letter = 0;
-    std::string native = posix::MapToNative(map, path, CurrentDirectory(), &letter);
+    std::string native = posix::MapToNative(map, path, posix::NativeCurrentDirectory(), &letter);
     if (letter == 'C' && map.drives['C' - 'A'] == driveC) {
         std::error_code ignored;
         std::filesystem::create_directories(driveC, ignored);
@@ -77,9 +90,8 @@ std::string ToWindowsPath(LPCSTR nativePath) {
     if (nativePath == nullptr) {
         return {};
     }
-    const char* entries = std::getenv("NVK_DRIVES");
-    posix::DriveMap map = posix::MakeDriveMap(entries != nullptr ? entries : "", DefaultDriveC());
-    return posix::MapToWindows(map, nativePath, CurrentDirectory());
+    return posix::MapToWindows(posix::SystemDriveMap(false), nativePath,
+                               posix::NativeCurrentDirectory());
 }
 
 }  // namespace nvk::os

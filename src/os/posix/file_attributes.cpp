@@ -1,0 +1,57 @@
+#include "os/api/file_attributes.h"
+
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <string>
+
+#include "os/api/path_map.h"
+#include "os/posix/fs_support.h"
+
+namespace nvk::os {
+
+namespace {
+
+// The entry a path names: what a link points to, or the link itself when it
+// points nowhere.
+bool StatEntry(const std::string& path, struct stat& info) {
+    return stat(path.c_str(), &info) == 0 || lstat(path.c_str(), &info) == 0;
+}
+
+}  // namespace
+
+DWORD GetFileAttributesA(LPCSTR fileName) {
+    std::string path = ToNativePath(fileName);
+    if (path.empty()) {
+        posix::SetUnmappedError(fileName);
+        return INVALID_FILE_ATTRIBUTES;
+    }
+    struct stat info;
+    if (!StatEntry(path, info)) {
+        posix::SetPathError(errno, path);
+        return INVALID_FILE_ATTRIBUTES;
+    }
+    return posix::AttributesOf(info.st_mode, path.substr(path.find_last_of('/') + 1));
+}
+
+BOOL SetFileAttributesA(LPCSTR fileName, DWORD attributes) {
+    std::string path = ToNativePath(fileName);
+    if (path.empty()) {
+        posix::SetUnmappedError(fileName);
+        return FALSE;
+    }
+    struct stat info;
+    if (!StatEntry(path, info)) {
+        posix::SetPathError(errno, path);
+        return FALSE;
+    }
+    mode_t mode = info.st_mode & 07777;
+    mode = (attributes & FILE_ATTRIBUTE_READONLY) != 0 ? mode & ~mode_t{0222} : mode | S_IWUSR;
+    if (mode != (info.st_mode & 07777) && chmod(path.c_str(), mode) != 0) {
+        posix::SetPathError(errno, path);
+        return FALSE;
+    }
+    return TRUE;
+}
+
+}  // namespace nvk::os

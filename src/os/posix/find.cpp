@@ -1,0 +1,172 @@
+#include "os/api/find.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cctype>
+#include <cerrno>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "os/api/path_map.h"
+#include "os/api/sync.h"
+#include "os/posix/fs_support.h"
+#include "os/posix/full_path.h"
+#include "os/posix/handle.h"
+#include "os/posix/wildcard.h"
+
+namespace nvk::os {
+
+namespace {
+
+using posix::SetErrorCode;
+
+class Search final : public posix::KernelObject {
+public:
+    explicit Search(std::vector<WIN32_FIND_DATAA> entries) : entries_(std::move(entries)) {}
+    bool Next(WIN32_FIND_DATAA& data) {
+        if (next_ == entries_.size()) {
+            return false;
+        }
+        data = entries_[next_++];
+        return true;
+    }
+
+private:
+    std::vector<WIN32_FIND_DATAA> entries_;
+    std::size_t next_ = 0;
+};
+
+// The entry `name` of the native folder `folder`; false if it is gone or its
+// name doesn't fit. A link reports what it points to, or itself when broken.
+bool Describe(const std::string& folder, const std::string& name, WIN32_FIND_DATAA& data) {
+    if (name.size() >= sizeof data.cFileName) {
+        return false;
+    }
+    std::string path = folder == "/" ? "/" + name : folder + "/" + name;
+    struct statx info;
+    unsigned mask = STATX_BASIC_STATS | STATX_BTIME;
+    if (statx(AT_FDCWD, path.c_str(), 0, mask, &info) != 0 &&
+        statx(AT_FDCWD, path.c_str(), AT_SYMLINK_NOFOLLOW, mask, &info) != 0) {
+        return false;
+    }
+    data = {};
+    data.dwFileAttributes = posix::AttributesOf(info.stx_mode, name);
+    data.ftCreationTime =
+        posix::ToFileTime((info.stx_mask & STATX_BTIME) != 0 ? info.stx_btime : info.stx_ctime);
+    data.ftLastAccessTime = posix::ToFileTime(info.stx_atime);
+    data.ftLastWriteTime = posix::ToFileTime(info.stx_mtime);
+    if (!S_ISDIR(info.stx_mode)) {
+        data.nFileSizeHigh = static_cast<DWORD>(info.stx_size >> 32);
+        data.nFileSizeLow = static_cast<DWORD>(info.stx_size);
+    }
+    std::memcpy(data.cFileName, name.c_str(), name.size() + 1);
+    return true;
+}
+
+int CompareNames(const char* a, const char* b) {
+    for (;; ++a, ++b) {
+        int x = std::toupper(static_cast<unsigned char>(*a));
+        int y = std::toupper(static_cast<unsigned char>(*b));
+        if (x != y || x == 0) {
+            return x - y;
+        }
+    }
+}
+
+// Name order without regard to case, "." and ".." first.
+bool Before(const WIN32_FIND_DATAA& a, const WIN32_FIND_DATAA& b) {
+    auto rank = [](const char* name) {
+        return std::strcmp(name, ".") == 0 ? 0 : std::strcmp(name, "..") == 0 ? 1 : 2;
+    };
+    int ra = rank(a.cFileName);
+    int rb = rank(b.cFileName);
+    if (ra != rb) {
+        return ra < rb;
+    }
+    int c = CompareNames(a.cFileName, b.cFileName);
+    return c != 0 ? c < 0 : std::strcmp(a.cFileName, b.cFileName) < 0;
+}
+
+}  // namespace
+
+HANDLE FindFirstFileA(LPCSTR fileName, LPWIN32_FIND_DATAA findData) {
+    if (fileName == nullptr || findData == nullptr || fileName[0] == '\0') {
+        SetErrorCode(ERROR_INVALID_PARAMETER);
+        return INVALID_HANDLE_VALUE;
+    }
+    std::string pattern(fileName);
+    std::size_t cut = pattern.find_last_of("\\/");
+    if (cut == std::string::npos && pattern.size() >= 2 && pattern[1] == ':') {
+        cut = 1;  // "C:*.txt": the current folder of drive C
+    }
+    std::string windowsFolder = cut == std::string::npos ? "." : pattern.substr(0, cut + 1);
+    std::string name = cut == std::string::npos ? pattern : pattern.substr(cut + 1);
+    if (name.empty()) {
+        SetErrorCode(ERROR_FILE_NOT_FOUND);
+        return INVALID_HANDLE_VALUE;
+    }
+    std::string folder = ToNativePath(windowsFolder.c_str());
+    if (folder.empty()) {
+        posix::SetUnmappedError(fileName);
+        return INVALID_HANDLE_VALUE;
+    }
+    std::vector<WIN32_FIND_DATAA> entries;
+    WIN32_FIND_DATAA data;
+    if (!posix::HasWildcards(name)) {
+        if (!Describe(folder, name, data)) {
+            posix::SetPathError(ENOENT, folder + "/" + name);
+            return INVALID_HANDLE_VALUE;
+        }
+        entries.push_back(data);
+    } else {
+        DIR* directory = opendir(folder.c_str());
+        if (directory == nullptr) {
+            SetErrorCode(errno == ENOENT || errno == ENOTDIR ? ERROR_PATH_NOT_FOUND
+                                                             : posix::ErrorFromErrno(errno));
+            return INVALID_HANDLE_VALUE;
+        }
+        bool root = posix::IsFullRoot(posix::SystemFullPath(windowsFolder));
+        while (const dirent* entry = readdir(directory)) {
+            std::string entryName = entry->d_name;
+            bool dots = entryName == "." || entryName == "..";
+            if ((!dots || !root) && posix::MatchWildcard(name, entryName) &&
+                Describe(folder, entryName, data)) {
+                entries.push_back(data);
+            }
+        }
+        closedir(directory);
+        if (entries.empty()) {
+            SetErrorCode(ERROR_FILE_NOT_FOUND);
+            return INVALID_HANDLE_VALUE;
+        }
+        std::sort(entries.begin(), entries.end(), Before);
+    }
+    auto* search = new Search(std::move(entries));
+    search->Next(*findData);
+    return posix::RegisterHandle(search);
+}
+
+BOOL FindNextFileA(HANDLE findFile, LPWIN32_FIND_DATAA findData) {
+    Search* search = posix::HandleAs<Search>(findFile);
+    if (search == nullptr) {
+        return FALSE;
+    }
+    if (!search->Next(*findData)) {
+        SetErrorCode(ERROR_NO_MORE_FILES);
+        return FALSE;
+    }
+    return TRUE;
+}
+
+BOOL FindClose(HANDLE findFile) {
+    if (posix::HandleAs<Search>(findFile) == nullptr) {
+        return FALSE;
+    }
+    return CloseHandle(findFile);
+}
+
+}  // namespace nvk::os
