@@ -9,7 +9,7 @@ namespace nvk::os {
 
 // INVALID_HANDLE_VALUE with ERROR_FILE_NOT_FOUND when nothing matches, or
 // ERROR_PATH_NOT_FOUND when the folder is missing. Entries come in name
-// order, "." and ".." first in a folder that is not a root; the search sees
+// order, "." and ".." first in a folder that is not a drive's root; the search sees
 // the folder as it was at this call.
 HANDLE FindFirstFileA(LPCSTR fileName, LPWIN32_FIND_DATAA findData);
 // FALSE with ERROR_NO_MORE_FILES after the last entry.

@@ -13,6 +13,7 @@
 
 #include "os/api/path_map.h"
 #include "os/api/sync.h"
+#include "os/posix/drive_map.h"
 #include "os/posix/fs_support.h"
 #include "os/posix/full_path.h"
 #include "os/posix/handle.h"
@@ -129,7 +130,9 @@ HANDLE FindFirstFileA(LPCSTR fileName, LPWIN32_FIND_DATAA findData) {
                                                              : posix::ErrorFromErrno(errno));
             return INVALID_HANDLE_VALUE;
         }
-        bool root = posix::IsFullRoot(posix::SystemFullPath(windowsFolder));
+        // A drive's root has no "." and ".."; a share's root has them.
+        std::string full = posix::SystemFullPath(windowsFolder);
+        bool root = posix::IsFullRoot(full) && !posix::IsUncPath(full);
         while (const dirent* entry = readdir(directory)) {
             std::string entryName = entry->d_name;
             bool dots = entryName == "." || entryName == "..";
