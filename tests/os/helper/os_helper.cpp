@@ -11,6 +11,8 @@
 //   os_helper args OUTPUT ARG...         writes its arguments to OUTPUT, one a line
 //   os_helper env OUTPUT NAME VALUE      0 if NAME is VALUE, 1 otherwise;
 //                                        makes OUTPUT (relative to its folder)
+//   os_helper regset KEY PREFIX COUNT    sets the values PREFIX0.. of
+//                                        HKEY_CURRENT_USER\KEY, one call each
 #include <chrono>
 #include <cstdlib>
 #include <cstring>
@@ -22,6 +24,7 @@
 
 #include "os/api/error.h"
 #include "os/api/file.h"
+#include "os/api/registry.h"
 
 using namespace nvk::os;
 
@@ -92,6 +95,18 @@ int main(int argc, char** argv) {
         std::ofstream(argv[2]).put('1');
         const char* value = std::getenv(argv[3]);
         return value != nullptr && std::strcmp(value, argv[4]) == 0 ? 0 : 1;
+    }
+    if (command == "regset" && argc > 4) {
+        HKEY key = nullptr;
+        LSTATUS status = RegCreateKeyExA(HKEY_CURRENT_USER, argv[2], 0, nullptr, 0, KEY_ALL_ACCESS,
+                                         nullptr, &key, nullptr);
+        for (DWORD i = 0; status == ERROR_SUCCESS && i < Number(argv[4]); ++i) {
+            std::string name = argv[3] + std::to_string(i);
+            status = RegSetValueExA(key, name.c_str(), 0, REG_DWORD,
+                                    reinterpret_cast<const BYTE*>(&i), sizeof i);
+        }
+        RegCloseKey(key);
+        return static_cast<int>(status);
     }
     return 255;
 }

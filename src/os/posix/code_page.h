@@ -1,0 +1,21 @@
+// The ANSI code page of the library's text, Windows-1252, against UTF-16 and
+// UTF-8, for the files that the system's tools write in those encodings.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace nvk::os::posix {
+
+char16_t WideFromAnsi(char c);
+// '?' for a character the code page lacks.
+char AnsiFromWide(char16_t c);
+
+// File bytes as ANSI text: UTF-16LE with its byte order mark, UTF-8 with its
+// mark or without when the bytes are valid UTF-8 beyond ASCII, else the bytes
+// as they are.
+std::string AnsiFromFileBytes(std::string_view bytes);
+// ANSI text as UTF-16LE bytes behind a byte order mark.
+std::string Utf16FileBytes(std::string_view text);
+
+}  // namespace nvk::os::posix

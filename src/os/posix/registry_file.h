@@ -1,0 +1,73 @@
+// The registry's text form, as the registry editor imports and exports it:
+// "Windows Registry Editor Version 5.00" (or "REGEDIT4"), then sections
+// "[HKEY_CURRENT_USER\Software\x]" with lines "name"="text", @=... for the
+// default value, dword:0000002a, hex:01,ff and hex(n):... for other types,
+// "name"=- to delete a value and [-key] to delete a key. Pure logic over ANSI
+// text; the caller reads and writes the files.
+#pragma once
+
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "nvk/os/types.h"
+
+namespace nvk::os::posix {
+
+// Key and value names compare without regard to case, and keep the case they
+// were made with.
+struct NoCaseLess {
+    using is_transparent = void;
+    bool operator()(std::string_view a, std::string_view b) const;
+};
+
+struct RegistryValue {
+    std::string name;  // empty for the key's default value
+    DWORD type = 0;
+    std::string data;  // the bytes the ANSI calls see
+};
+
+struct RegistryKey {
+    std::vector<RegistryValue> values;  // in the order they were made
+    std::map<std::string, std::unique_ptr<RegistryKey>, NoCaseLess> subkeys;
+
+    RegistryValue* FindValue(std::string_view name);
+    RegistryKey* FindSubkey(std::string_view name);
+    // The subkey, made if missing.
+    RegistryKey& Subkey(std::string_view name);
+};
+
+// One section of a text: a key, given by its root and the names below it,
+// and what is set or deleted in it.
+struct RegistrySection {
+    std::string root;  // "HKEY_CURRENT_USER"
+    std::vector<std::string> path;
+    bool deleteKey = false;
+    struct Entry {
+        RegistryValue value;
+        bool deleteValue = false;
+    };
+    std::vector<Entry> entries;
+};
+
+// The sections of a text, or nothing when its first line is not one of the
+// two headers. Lines that can't be read are skipped, as the editor does.
+std::optional<std::vector<RegistrySection>> ParseRegistryText(std::string_view text);
+
+// Applies the sections of one root to its tree.
+void ApplySections(const std::vector<RegistrySection>& sections, std::string_view root,
+                   RegistryKey& tree);
+
+// The text of `key`, named `root` followed by `path`, and of everything below
+// it, with the header and "\r\n" line ends. `withHeader` false gives the
+// sections alone.
+std::string FormatRegistryText(std::string_view root, const std::vector<std::string>& path,
+                               const RegistryKey& key, bool withHeader = true);
+
+// Splits "a\b\\c" into its non-empty names.
+std::vector<std::string> SplitKeyPath(std::string_view path);
+
+}  // namespace nvk::os::posix
