@@ -9,6 +9,7 @@
 #include <cstdint>
 
 #include "nvk/core/chaine_buffer.h"
+#include "nvk/os/types.h"
 
 class CArchive;
 class CString;
@@ -237,6 +238,61 @@ public:
     Chaine& TrimLeft(const char* set);
     Chaine& TrimRight(const char* set);
 
+    // File names and paths. Paths have Windows syntax: "\" and "/" separate
+    // when read, ":" ends a drive, and "\" is the one written. A path that is
+    // a root ("c:\", "c:", "\\srv\share\") has no name or folder of its own.
+    bool IsAbsolutePath() const;
+    bool IsRootPath() const;
+    // A network root gets a "\" at its end. A path with a single leading
+    // separator gives the root "\" and, deliberately, the separator alone as
+    // its rest; a relative path gives an empty root and rest.
+    void SplitRoot(Chaine& root, Chaine& rest) const;
+    Chaine GetRoot() const;
+    Chaine GetFileName() const;
+    Chaine GetExtension() const;
+    // Without the last component and its separator, except that a root
+    // keeps its separator.
+    Chaine GetFolder() const;
+    Chaine GetFolderSlash() const;
+    Chaine& RemoveTrailingSlash();
+    Chaine& AppendPath(const Chaine& tail);
+    // An absolute tail replaces the value, one that begins with "\" goes on
+    // the value's root, any other is appended; then NormalizePath.
+    Chaine& CombinePath(const Chaine& tail);
+    Chaine& MakeAbsolute();
+    // Resolves "." and ".."; a relative path keeps its leading "..".
+    Chaine& NormalizePath();
+    // Removes what a file name can't hold; with `checkDevices` an empty name
+    // becomes "_" and a device name ("con", "COM3") gets "_" appended.
+    Chaine& MakeValidFileName(bool checkDevices);
+    bool IsValidFileName() const;
+    bool FileExists() const;
+    bool IsFolder() const;
+    bool FolderPathExists() const;
+    // The share behind the path: the root of a network path, or the
+    // connection of a drive; empty for a local one.
+    Chaine GetNetworkPath() const;
+    Chaine GetServerName() const;
+    // The whole file, from its start; false (and an empty value) when it
+    // can't all be read.
+    bool ReadFromHandle(nvk::os::HANDLE handle);
+    // Writes the value as the whole file.
+    bool WriteToHandle(nvk::os::HANDLE handle) const;
+    bool WriteToFile(const char* path) const;
+
+    // Well-known places, each filling the value. The executable's path and
+    // folder and the temporary folder are read once and kept.
+    Chaine& GetCurrentFolder();
+    Chaine& GetModulePath(nvk::os::HMODULE module);
+    Chaine& GetExePath();
+    Chaine& GetExeFolder();
+    Chaine& GetTempFolder();
+    // Creates an empty file of a new name in the temporary folder.
+    Chaine& GetTempName(const char* prefix);
+    Chaine& GetAppDataFolder();
+    Chaine& GetDocumentsFolder();
+    Chaine& GetSpecialFolder(int csidl);
+
 private:
     explicit Chaine(ChaineBuffer* buffer) : m_pText(buffer->Text()) {}
     void Take(ChaineBuffer* buffer) { m_pText = buffer->Text(); }
@@ -268,6 +324,13 @@ Chaine operator+(const Chaine& left, const char* right);
 Chaine operator+(const char* left, const Chaine& right);
 Chaine operator+(const Chaine& left, char right);
 Chaine operator+(char left, const Chaine& right);
+
+// Joins two paths with one separator between them; see AppendPath.
+Chaine PathJoin(const Chaine& head, const Chaine& tail);
+// A copy of `head` on which CombinePath(tail) ran.
+Chaine operator/(const Chaine& head, const Chaine& tail);
+// Creates a folder with its missing parents: 1 when it exists afterwards.
+int MakeDirectoryPath(const char* path, nvk::os::LPSECURITY_ATTRIBUTES security);
 
 // The archive form: the framework's string length prefix, then the characters
 // without a terminator.

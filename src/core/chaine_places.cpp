@@ -1,0 +1,151 @@
+// The well-known places of the machine: current, executable and temporary
+// folders, temporary files and the shell's special folders. The executable's
+// path and folder and the temporary folder are kept in values that the
+// module's init-object registry releases at its tear-down.
+#include <cstring>
+
+#include "nvk/context/init_registry.h"
+#include "nvk/core/chaine.h"
+#include "os/api/directory.h"
+#include "os/api/environment.h"
+#include "os/api/module.h"
+#include "os/api/shell_folder.h"
+#include "os/api/temp_file.h"
+
+namespace os = nvk::os;
+
+namespace {
+
+// The ids name this source and a line, as the registry's ids do.
+constexpr int kTempFolderLine = 419;
+constexpr int kExePathLine = 513;
+constexpr int kExeFolderLine = 521;
+
+// Level 4 is the tear-down: the value goes, and a later call makes it anew.
+bool ReleaseCache(int level, void* context) {
+    if (level == 4) {
+        auto** slot = static_cast<Chaine**>(context);
+        delete *slot;
+        *slot = nullptr;
+    }
+    return true;
+}
+
+// The cache behind `slot`, filled by `fill` as long as it is empty. Made on
+// first use without a lock: the first call comes before threads compete.
+template <class Fill>
+const Chaine& Cached(Chaine*& slot, int line, Fill fill) {
+    if (slot == nullptr) {
+        slot = new Chaine;
+        nvk::InitRegistry::Module().Register(
+            EInitInfos(ReleaseCache, &slot, "ChaineFile", nullptr, line));
+    }
+    if (slot->IsEmpty()) {
+        fill(*slot);
+    }
+    return *slot;
+}
+
+Chaine* g_pTempFolder = nullptr;
+Chaine* g_pExePath = nullptr;
+Chaine* g_pExeFolder = nullptr;
+
+// The text of a call that tells the size it needs, then fills: two passes.
+template <class Call>
+void FillTwoPasses(Chaine& value, Call call) {
+    const os::DWORD size = call(0, nullptr);
+    if (size == 0) {
+        value.Empty();
+        return;
+    }
+    char* text = value.SetLength(static_cast<int>(size));
+    const os::DWORD length = call(size + 1, text);
+    if (length == 0 || length > size) {
+        value.Empty();
+        return;
+    }
+    value.SetLength(static_cast<int>(length));
+}
+
+Chaine EnvironmentValue(const char* name) {
+    char value[1024];
+    const os::DWORD length = os::GetEnvironmentVariableA(name, value, sizeof value);
+    return length == 0 || length >= sizeof value ? Chaine() : Chaine(value);
+}
+
+}  // namespace
+
+Chaine& Chaine::GetCurrentFolder() {
+    FillTwoPasses(
+        *this, [](os::DWORD size, char* buffer) { return os::GetCurrentDirectoryA(size, buffer); });
+    return *this;
+}
+
+Chaine& Chaine::GetModulePath(os::HMODULE module) {
+    char path[261];
+    const os::DWORD length = os::GetModuleFileNameA(module, path, sizeof path);
+    return length == 0 || length >= sizeof path ? (Empty(), *this) : Assign(path);
+}
+
+Chaine& Chaine::GetExePath() {
+    return Assign(
+        Cached(g_pExePath, kExePathLine, [](Chaine& value) { value.GetModulePath(nullptr); }));
+}
+
+Chaine& Chaine::GetExeFolder() {
+    return Assign(Cached(g_pExeFolder, kExeFolderLine, [](Chaine& value) {
+        Chaine path;
+        value = path.GetExePath().GetFolder();
+    }));
+}
+
+Chaine& Chaine::GetTempFolder() {
+    return Assign(Cached(g_pTempFolder, kTempFolderLine, [](Chaine& value) {
+        FillTwoPasses(value,
+                      [](os::DWORD size, char* buffer) { return os::GetTempPathA(size, buffer); });
+    }));
+}
+
+Chaine& Chaine::GetTempName(const char* prefix) {
+    Chaine folder;
+    folder.GetTempFolder();
+    char name[261];
+    if (folder.IsEmpty() || os::GetTempFileNameA(folder, prefix, 0, name) == 0) {
+        Empty();
+        return *this;
+    }
+    return Assign(name);
+}
+
+Chaine& Chaine::GetAppDataFolder() {
+    return GetSpecialFolder(os::CSIDL_APPDATA);
+}
+
+Chaine& Chaine::GetDocumentsFolder() {
+    return GetSpecialFolder(os::CSIDL_PERSONAL);
+}
+
+Chaine& Chaine::GetSpecialFolder(int csidl) {
+    char path[262] = {};
+    if (os::SHGetFolderPathA(nullptr, csidl, nullptr, 0, path) != os::S_OK) {
+        path[0] = '\0';
+    }
+    Assign(path);
+    if (!IsEmpty() || csidl != os::CSIDL_APPDATA) {
+        return *this;
+    }
+    // The profile folder of old systems, from the system's drive.
+    Chaine base = EnvironmentValue("systemdrive");
+    if (base.IsEmpty()) {
+        base = EnvironmentValue("windir").GetRoot();
+    }
+    if (base.IsEmpty()) {
+        base = "c:\\";
+    }
+    char user[257];
+    os::DWORD size = sizeof user;
+    if (!os::GetUserNameA(user, &size)) {
+        user[0] = '\0';
+    }
+    return Assign(base / "Profiles" / user / "Application Data");
+}
