@@ -1,0 +1,168 @@
+// nvk path: file names and paths, the drive map, and the special folders.
+#include <iostream>
+#include <string>
+
+#include "cli.h"
+#include "nvk/core/chaine.h"
+#include "os/api/path_map.h"
+
+namespace nvk::tool {
+namespace {
+
+int Split(const Args& args);
+int Join(const Args& args);
+int Combine(const Args& args);
+int Normalize(const Args& args);
+int ValidName(const Args& args);
+int Native(const Args& args);
+int Windows(const Args& args);
+int Special(const Args& args);
+
+const Command kCommands[] = {
+    {"split", "PATH|-", "prints the root, folder, name and extension, one a line", Split},
+    {"join", "A B", "joins two paths with one separator", Join},
+    {"combine", "A B", "A / B: B taken from A, then normalised", Combine},
+    {"normalize", "PATH|-", "resolves \".\" and \"..\"", Normalize},
+    {"valid-name", "TEXT|- [--devices]", "makes a valid file name of TEXT", ValidName},
+    {"native", "PATH|-", "the POSIX path of a Windows path", Native},
+    {"windows", "POSIXPATH|-", "the drive form of a POSIX path", Windows},
+    {"special", "CSIDL", "the folder of a shell special-folder number", Special},
+};
+
+// Runs `answer` on the one argument, or with "-" on each line of standard
+// input, whole, since paths hold blanks.
+int PerLine(const Args& args, const Command& command, int (*answer)(const std::string& text)) {
+    if (!Expect(args, 1, 1, command)) {
+        return kFailure;
+    }
+    if (args[0] != "-") {
+        return answer(args[0]);
+    }
+    int worst = kOk;
+    for (std::string line; std::getline(std::cin, line);) {
+        if (!line.empty() && line.back() == '\r') {
+            line.pop_back();
+        }
+        worst = std::max(worst, answer(line));
+    }
+    return worst;
+}
+
+int Split(const Args& args) {
+    return PerLine(args, kCommands[0], [](const std::string& text) {
+        const Chaine path(text.c_str());
+        std::cout << path.GetRoot().c_str() << '\n'
+                  << path.GetFolder().c_str() << '\n'
+                  << path.GetFileName().c_str() << '\n'
+                  << path.GetExtension().c_str() << '\n';
+        return kOk;
+    });
+}
+
+int Join(const Args& args) {
+    if (!Expect(args, 2, 2, kCommands[1])) {
+        return kFailure;
+    }
+    std::cout << PathJoin(args[0].c_str(), args[1].c_str()).c_str() << '\n';
+    return kOk;
+}
+
+int Combine(const Args& args) {
+    if (!Expect(args, 2, 2, kCommands[2])) {
+        return kFailure;
+    }
+    std::cout << (Chaine(args[0].c_str()) / args[1].c_str()).c_str() << '\n';
+    return kOk;
+}
+
+int Normalize(const Args& args) {
+    return PerLine(args, kCommands[3], [](const std::string& text) {
+        Chaine path(text.c_str());
+        std::cout << path.NormalizePath().c_str() << '\n';
+        return kOk;
+    });
+}
+
+int PrintValidName(const std::string& text, bool devices) {
+    Chaine name(text.c_str());
+    std::cout << name.MakeValidFileName(devices).c_str() << '\n';
+    return kOk;
+}
+
+int ValidName(const Args& args) {
+    Args rest = args;
+    if (TakeFlag(rest, "--devices")) {
+        return PerLine(rest, kCommands[4],
+                       [](const std::string& text) { return PrintValidName(text, true); });
+    }
+    return PerLine(rest, kCommands[4],
+                   [](const std::string& text) { return PrintValidName(text, false); });
+}
+
+int Native(const Args& args) {
+    return PerLine(args, kCommands[5], [](const std::string& text) {
+        std::string native = os::ToNativePath(text.c_str());
+        if (native.empty()) {
+            std::cout << '\n';
+            std::cerr << "nvk: on no mapped drive or share: " << text << '\n';
+            return kNegative;
+        }
+        std::cout << native << '\n';
+        return kOk;
+    });
+}
+
+int Windows(const Args& args) {
+    return PerLine(args, kCommands[6], [](const std::string& text) {
+        std::string windows = os::ToWindowsPath(text.c_str());
+        if (windows.empty()) {
+            std::cout << '\n';
+            std::cerr << "nvk: under no mapped drive: " << text << '\n';
+            return kNegative;
+        }
+        std::cout << windows << '\n';
+        return kOk;
+    });
+}
+
+int Special(const Args& args) {
+    long long csidl = 0;
+    if (!Expect(args, 1, 1, kCommands[7])) {
+        return kFailure;
+    }
+    if (!ParseLong(args[0], csidl) || csidl < 0 || csidl > 0xFFFF) {
+        return Fail("not a CSIDL number: " + args[0]);
+    }
+    Chaine folder;
+    folder.GetSpecialFolder(static_cast<int>(csidl));
+    if (folder.IsEmpty()) {
+        std::cerr << "nvk: no folder for CSIDL " << csidl << '\n';
+        return kNegative;
+    }
+    std::cout << folder.c_str() << '\n';
+    return kOk;
+}
+
+void Demo(std::ostream& out) {
+    const Chaine path("C:\\Dossiers\\Dupont SA\\..\\Martin\\compta.2024.dat");
+    out << "  " << path.c_str() << ": folder \"" << path.GetFolder().c_str() << "\", name \""
+        << path.GetFileName().c_str() << "\", extension \"" << path.GetExtension().c_str()
+        << "\"\n";
+    Chaine normal(path);
+    out << "  normalised: " << normal.NormalizePath().c_str() << '\n';
+    Chaine name("Dupont & fils: \"bilan\" 2024?");
+    out << "  a valid file name of \"" << name.c_str() << "\": ";
+    out << name.MakeValidFileName(true).c_str() << ", and of \"com1\": ";
+    Chaine device("com1");
+    out << device.MakeValidFileName(true).c_str() << '\n';
+    out << "  C:\\Dossiers lies at " << os::ToNativePath("C:\\Dossiers") << ", and /etc is "
+        << os::ToWindowsPath("/etc") << '\n';
+    Chaine documents;
+    out << "  documents (CSIDL 5): " << documents.GetDocumentsFolder().c_str() << '\n';
+}
+
+const RegisterArea kArea({"path", "file names, paths, the drive map and special folders", kCommands,
+                          Demo, 15});
+
+}  // namespace
+}  // namespace nvk::tool
