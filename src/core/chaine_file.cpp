@@ -1,9 +1,6 @@
 // The string logic of file names: splitting, joining, normalising and making
 // valid names. Nothing here asks the file system.
-#include <algorithm>
 #include <cstring>
-#include <iterator>
-#include <string>
 
 #include "nvk/core/chaine.h"
 
@@ -204,30 +201,20 @@ Chaine& Chaine::NormalizePath() {
 }
 
 Chaine& Chaine::MakeValidFileName(bool checkDevices) {
-    // Zeros go first; then each line end ("\r\r\n" before "\r\n") and each
-    // other break or tab becomes one blank, and what no name may hold goes.
-    std::string raw;
-    std::copy_if(m_pText, m_pText + Length(), std::back_inserter(raw),
-                 [](char c) { return c != 0; });
-    std::string text;
-    for (std::size_t i = 0; i < raw.size(); ++i) {
-        if (raw.compare(i, 3, "\r\r\n") == 0) {
-            i += 2;
-        } else if (raw.compare(i, 2, "\r\n") == 0) {
-            i += 1;
-        } else if (raw[i] != '\r' && raw[i] != '\n' && raw[i] != '\t') {
-            if (raw[i] < 0 || (raw[i] >= 32 && std::strchr("<>:\"/\\|?*", raw[i]) == nullptr)) {
-                text += raw[i];
-            }
-            continue;
-        }
-        text += ' ';
-    }
-    const std::size_t first = text.find_first_not_of(' ');
-    const std::size_t last = text.find_last_not_of(" .");
-    Assign(first == std::string::npos || last == std::string::npos || last < first
-               ? ""
-               : text.substr(first, last - first + 1).c_str());
+    RemoveChar(0);
+    Replace("\r\r\n", " ");
+    Replace("\r\n", " ");
+    ReplaceChar('\r', ' ');
+    ReplaceChar('\n', ' ');
+    ReplaceChar('\t', ' ');
+    // The control characters and those a name can't hold.
+    static const char kForbidden[] = {1,   2,   3,   4,    5,   6,   7,   8,  9,  10,  11,
+                                      12,  13,  14,  15,   16,  17,  18,  19, 20, 21,  22,
+                                      23,  24,  25,  26,   27,  28,  29,  30, 31, '<', '>',
+                                      ':', '"', '/', '\\', '|', '?', '*', 0};
+    RemoveSet(kForbidden);
+    TrimLeft(' ');
+    TrimRight(" .");
     if (!checkDevices) {
         return *this;
     }

@@ -7,7 +7,6 @@
 #include "nvk/context/init_registry.h"
 #include "nvk/core/chaine.h"
 #include "os/api/directory.h"
-#include "os/api/environment.h"
 #include "os/api/module.h"
 #include "os/api/shell_folder.h"
 #include "os/api/temp_file.h"
@@ -65,12 +64,6 @@ void FillTwoPasses(Chaine& value, Call call) {
         return;
     }
     value.SetLength(static_cast<int>(length));
-}
-
-Chaine EnvironmentValue(const char* name) {
-    char value[1024];
-    const os::DWORD length = os::GetEnvironmentVariableA(name, value, sizeof value);
-    return length == 0 || length >= sizeof value ? Chaine() : Chaine(value);
 }
 
 }  // namespace
@@ -135,17 +128,13 @@ Chaine& Chaine::GetSpecialFolder(int csidl) {
         return *this;
     }
     // The profile folder of old systems, from the system's drive.
-    Chaine base = EnvironmentValue("systemdrive");
-    if (base.IsEmpty()) {
-        base = EnvironmentValue("windir").GetRoot();
+    Chaine base;
+    if (base.GetEnv("systemdrive").IsEmpty()) {
+        base = base.GetEnv("windir").GetRoot();
     }
     if (base.IsEmpty()) {
         base = "c:\\";
     }
-    char user[257];
-    os::DWORD size = sizeof user;
-    if (!os::GetUserNameA(user, &size)) {
-        user[0] = '\0';
-    }
-    return Assign(base / "Profiles" / user / "Application Data");
+    Chaine user;
+    return Assign(base / "Profiles" / user.GetUserName() / "Application Data");
 }

@@ -1,4 +1,4 @@
-// Drives, volumes, network connections, special folders and the user's name.
+// Drives, volumes, network connections and special folders.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -94,17 +94,6 @@ TEST(ShellFolderTest, SpecialFoldersFollowTheXdgDirectories) {
         EXPECT_EQ(folder(CSIDL_DESKTOP | CSIDL_FLAG_CREATE), "H:\\Bureau");
         EXPECT_TRUE(std::filesystem::is_directory(home / "Bureau"));
     }
-}
-
-TEST(ShellFolderTest, UserNameTakesTwoPasses) {
-    DWORD size = 0;
-    EXPECT_FALSE(GetUserNameA(nullptr, &size));
-    EXPECT_EQ(GetLastError(), ERROR_INSUFFICIENT_BUFFER);
-    ASSERT_GT(size, 1u);
-    std::string name(size, '\0');
-    EXPECT_TRUE(GetUserNameA(name.data(), &size));
-    EXPECT_EQ(name.size(), size);
-    EXPECT_EQ(name.back(), '\0');
 }
 
 }  // namespace

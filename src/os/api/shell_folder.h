@@ -1,4 +1,4 @@
-// The shell's special folders and the user's name.
+// The shell's special folders.
 #pragma once
 
 #include "nvk/os/types.h"
@@ -11,10 +11,5 @@ namespace nvk::os {
 // lies on no drive, E_INVALIDARG for an unknown value. The window, token and
 // flags are ignored.
 HRESULT SHGetFolderPathA(HWND owner, int csidl, HANDLE token, DWORD flags, LPSTR path);
-
-// The login name of the process's user. `size` is the buffer's size and
-// receives the length with the terminator (the size needed, with
-// ERROR_INSUFFICIENT_BUFFER, when too small).
-BOOL GetUserNameA(LPSTR buffer, LPDWORD size);
 
 }  // namespace nvk::os

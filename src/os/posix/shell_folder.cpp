@@ -153,25 +153,4 @@ HRESULT SHGetFolderPathA(HWND /*owner*/, int csidl, HANDLE /*token*/, DWORD /*fl
     return S_OK;
 }
 
-BOOL GetUserNameA(LPSTR buffer, LPDWORD size) {
-    if (size == nullptr) {
-        posix::SetErrorCode(ERROR_INVALID_PARAMETER);
-        return FALSE;
-    }
-    std::string name;
-    if (const passwd* entry = getpwuid(geteuid()); entry != nullptr && entry->pw_name != nullptr) {
-        name = entry->pw_name;
-    } else if (const char* user = std::getenv("USER"); user != nullptr) {
-        name = user;
-    }
-    DWORD result = posix::CopyOut(name, buffer, *size);
-    if (result != name.size()) {
-        *size = result;
-        posix::SetErrorCode(ERROR_INSUFFICIENT_BUFFER);
-        return FALSE;
-    }
-    *size = result + 1;
-    return TRUE;
-}
-
 }  // namespace nvk::os
