@@ -6,11 +6,13 @@
 #include <cstring>
 #include <filesystem>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include "nvk/storage/base_file.h"
 #include "nvk/storage/data_file.h"
 #include "nvk/storage/index_file.h"
+#include "os/api/sync.h"
 #include "storage/index_check.h"
 
 namespace nvk::test {
@@ -19,15 +21,18 @@ namespace nvk::test {
 class TempPath {
 public:
     explicit TempPath(const std::string& name) {
+        // Named by process: CTest runs several test processes at once.
         static int serial = 0;
-        m_Dir =
-            std::filesystem::temp_directory_path() /
-            ("nvk_storage_" + std::to_string(::testing::UnitTest::GetInstance()->random_seed()) +
-             "_" + std::to_string(serial++));
+        m_Dir = std::filesystem::temp_directory_path() /
+                ("nvk_storage_" + std::to_string(nvk::os::GetCurrentProcessId()) + "_" +
+                 std::to_string(serial++));
         std::filesystem::create_directories(m_Dir);
         m_Path = (m_Dir / name).string();
     }
-    ~TempPath() { std::filesystem::remove_all(m_Dir); }
+    ~TempPath() {
+        std::error_code ignored;
+        std::filesystem::remove_all(m_Dir, ignored);
+    }
     const char* c_str() const { return m_Path.c_str(); }
 
 private:
