@@ -199,24 +199,39 @@ HANDLE CreateFileA(LPCSTR fileName, DWORD desiredAccess, DWORD shareMode,
     return handle;
 }
 
-BOOL ReadFile(HANDLE handle, LPVOID buffer, DWORD toRead, LPDWORD read, LPVOID /*overlapped*/) {
-    if (read != nullptr) {
-        *read = 0;
+namespace {
+
+// The checks a read and a write share: the handle, its access, the buffer and
+// the other handles' locks. Null, with the error set, when the transfer may
+// not start.
+File* StartTransfer(HANDLE handle, LPCVOID buffer, DWORD count, LPDWORD done, bool writing) {
+    if (done != nullptr) {
+        *done = 0;
     }
     File* file = FileOf(handle);
     if (file == nullptr) {
-        return FALSE;
+        return nullptr;
     }
-    if (!file->CanRead()) {
+    if (!(writing ? file->CanWrite() : file->CanRead())) {
         SetErrorCode(ERROR_ACCESS_DENIED);
-        return FALSE;
+        return nullptr;
     }
-    if (toRead != 0 && buffer == nullptr) {
+    if (count != 0 && buffer == nullptr) {
         SetErrorCode(ERROR_INVALID_PARAMETER);
-        return FALSE;
+        return nullptr;
     }
-    if (LockedElsewhere(*file, toRead)) {
+    if (LockedElsewhere(*file, count)) {
         SetErrorCode(ERROR_LOCK_VIOLATION);
+        return nullptr;
+    }
+    return file;
+}
+
+}  // namespace
+
+BOOL ReadFile(HANDLE handle, LPVOID buffer, DWORD toRead, LPDWORD read, LPVOID /*overlapped*/) {
+    File* file = StartTransfer(handle, buffer, toRead, read, false);
+    if (file == nullptr) {
         return FALSE;
     }
     DWORD total = 0;
@@ -243,23 +258,8 @@ BOOL ReadFile(HANDLE handle, LPVOID buffer, DWORD toRead, LPDWORD read, LPVOID /
 
 BOOL WriteFile(HANDLE handle, LPCVOID buffer, DWORD toWrite, LPDWORD written,
                LPVOID /*overlapped*/) {
-    if (written != nullptr) {
-        *written = 0;
-    }
-    File* file = FileOf(handle);
+    File* file = StartTransfer(handle, buffer, toWrite, written, true);
     if (file == nullptr) {
-        return FALSE;
-    }
-    if (!file->CanWrite()) {
-        SetErrorCode(ERROR_ACCESS_DENIED);
-        return FALSE;
-    }
-    if (toWrite != 0 && buffer == nullptr) {
-        SetErrorCode(ERROR_INVALID_PARAMETER);
-        return FALSE;
-    }
-    if (LockedElsewhere(*file, toWrite)) {
-        SetErrorCode(ERROR_LOCK_VIOLATION);
         return FALSE;
     }
     DWORD total = 0;
