@@ -38,24 +38,37 @@ std::vector<unsigned char> ArchiveForm(const Chaine& value) {
 
 int Archive(const Args& args);
 int Unarchive(const Args& args);
+int UnarchiveOne(const Args& args);
 
 const Command kCommands[] = {
-    {"archive", "TEXT", "prints the archive form of TEXT in hexadecimal", Archive},
-    {"unarchive", "HEX", "prints the text of an archive form", Unarchive},
+    {"archive", "TEXT | -", "prints the archive form of TEXT in hexadecimal", Archive,
+     "answers: the bytes of the archive form (length prefix, then the text) in hexadecimal;\n"
+     "with -, each whole line is one text."},
+    {"unarchive", "HEX | -", "prints the text of an archive form", Unarchive,
+     "answers: the text (exit 0); bytes that are not hexadecimal or end before the text are\n"
+     "an error (exit 2)."},
 };
+
+int ArchiveOne(const Args& args) {
+    std::cout << Hex(ArchiveForm(Chaine(args[0].c_str()))) << '\n';
+    return kOk;
+}
 
 int Archive(const Args& args) {
     if (!Expect(args, 1, 1, kCommands[0])) {
         return kFailure;
     }
-    std::cout << Hex(ArchiveForm(Chaine(args[0].c_str()))) << '\n';
-    return kOk;
+    return PerInput(args, ArchiveOne, LineAs::WholeText);
 }
 
 int Unarchive(const Args& args) {
     if (!Expect(args, 1, 1, kCommands[1])) {
         return kFailure;
     }
+    return PerInput(args, UnarchiveOne, LineAs::WholeText);
+}
+
+int UnarchiveOne(const Args& args) {
     const std::string& hex = args[0];
     if (hex.size() % 2 != 0 ||
         hex.find_first_not_of("0123456789abcdefABCDEF") != std::string::npos) {

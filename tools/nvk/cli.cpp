@@ -14,6 +14,9 @@ std::vector<Area>& Registry() {
     return areas;
 }
 
+std::string_view g_area;
+bool g_readingInput = false;
+
 }  // namespace
 
 RegisterArea::RegisterArea(const Area& area) {
@@ -28,37 +31,60 @@ const std::vector<Area>& Areas() {
 }
 
 int Fail(std::string_view message) {
-    std::cerr << "nvk: " << message << '\n';
+    (g_readingInput ? std::cout << "error: " : std::cerr << "nvk: ") << message << '\n';
     return kFailure;
 }
 
+void SetCurrentArea(std::string_view area) {
+    g_area = area;
+}
+
 bool Expect(const Args& args, std::size_t minimum, std::size_t maximum, const Command& command) {
+    const auto option = std::find_if(args.begin(), args.end(), [](const std::string& arg) {
+        return arg.size() > 2 && arg.starts_with("--");
+    });
+    if (option != args.end()) {
+        Fail("unknown option " + *option + " (see nvk " + std::string(g_area) + " " +
+             std::string(command.name) + " --help)");
+        return false;
+    }
     if (args.size() >= minimum && args.size() <= maximum) {
         return true;
     }
-    Fail("usage: " + std::string(command.name) + " " + std::string(command.usage));
+    Fail("usage: nvk " + std::string(g_area) + " " + std::string(command.name) + " " +
+         std::string(command.usage));
     return false;
 }
 
-int PerInput(const Args& args, int (*answer)(const Args& args)) {
+int PerInput(const Args& args, int (*answer)(const Args& args), LineAs lineAs) {
     if (args.size() != 1 || args[0] != "-") {
         return answer(args);
     }
+    g_readingInput = true;
     int worst = kOk;
     std::string line;
     while (std::getline(std::cin, line)) {
         if (!line.empty() && line.back() == '\r') {
             line.pop_back();
         }
-        std::istringstream words(line);
         Args lineArgs;
-        for (std::string word; words >> word;) {
-            lineArgs.push_back(word);
+        if (lineAs == LineAs::WholeText) {
+            lineArgs.push_back(line);
+        } else {
+            std::istringstream words(line);
+            for (std::string word; words >> word;) {
+                lineArgs.push_back(word);
+            }
         }
         worst = std::max(worst, answer(lineArgs));
         std::cout.flush();
     }
+    g_readingInput = false;
     return worst;
+}
+
+bool ReadingInput() {
+    return g_readingInput;
 }
 
 std::string TakeOption(Args& args, std::string_view name, std::string fallback) {

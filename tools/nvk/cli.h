@@ -23,6 +23,8 @@ struct Command {
     std::string_view usage;    // the arguments, as shown by --help
     std::string_view summary;  // one line
     int (*run)(const Args& args);
+    // What the answers mean, shown by --help after the summary; may be empty.
+    std::string_view answers = {};
 };
 
 struct Area {
@@ -41,17 +43,29 @@ struct RegisterArea {
 
 const std::vector<Area>& Areas();
 
-// Prints "nvk: message" on standard error and returns kFailure.
+// Prints "nvk: message" on standard error and returns kFailure. While
+// PerInput reads standard input, the message is the line's answer instead,
+// "error: message" on standard output, so that answers stay paired with
+// their inputs.
 int Fail(std::string_view message);
 
-// Checks the argument count of a command; on a mismatch prints its usage and
-// returns false.
+// The area whose command runs, for the usage lines; set by main.
+void SetCurrentArea(std::string_view area);
+
+// Checks the argument count of a command, and that no argument is an option
+// the command did not take; on a mismatch prints its usage and returns false.
 bool Expect(const Args& args, std::size_t minimum, std::size_t maximum, const Command& command);
 
-// Runs `answer` on the arguments, or, when the only argument is "-", on the
-// words of each line of standard input, one answer a line. The status is the
+// How PerInput hands a line of standard input to the answer.
+enum class LineAs { Words, WholeText };
+
+// Runs `answer` on the arguments, or, when the only argument is "-", on each
+// line of standard input (as its words, or as one text), one answer line for
+// each input line, blank lines and CR LF endings included. The status is the
 // worst of the answers'.
-int PerInput(const Args& args, int (*answer)(const Args& args));
+int PerInput(const Args& args, int (*answer)(const Args& args), LineAs lineAs = LineAs::Words);
+// Whether PerInput is reading standard input now.
+bool ReadingInput();
 
 // The value of "--name VALUE" in args, removed from them; `fallback` if absent.
 std::string TakeOption(Args& args, std::string_view name, std::string fallback = {});

@@ -27,6 +27,9 @@ int Answer(bool valid) {
     return valid ? kOk : kNegative;
 }
 
+constexpr std::string_view kValidity =
+    "answers: \"valid\" (exit 0) or \"invalid\" (exit 1); usage errors exit 2.";
+
 // The fields of a RIB are copied unchecked, so their lengths are tested here.
 bool FitsRib(const Args& args) {
     static constexpr std::size_t kMax[] = {5, 5, 11, 2};
@@ -45,19 +48,27 @@ int IbanShow(const Args& args);
 int IbanFromRib(const Args& args);
 int IbanFromSwiss(const Args& args);
 
+constexpr std::string_view kIbanOfAccount =
+    "answers: the IBAN in its electronic form (exit 0), or \"invalid\" (exit 1) when the\n"
+    "account gives no valid IBAN; fields longer than the record's are a usage error (exit 2).";
+
 const Command kIbanCommands[] = {
-    {"check", "TEXT | -", "prints valid or invalid", IbanCheck},
-    {"show", "TEXT", "prints the fields, the electronic and printable forms and the validity",
-     IbanShow},
-    {"from-rib", "AGENCE GUICHET COMPTE CLE", "prints the IBAN of a French account", IbanFromRib},
-    {"from-swiss", "CLEARING COMPTE", "prints the IBAN of a Swiss account", IbanFromSwiss},
+    {"check", "TEXT | -", "prints valid or invalid", IbanCheck, kValidity},
+    {"show", "TEXT | -",
+     "prints the fields, the electronic and printable forms and the validity; the text is read "
+     "as partial input",
+     IbanShow,
+     "answers: six lines (country, check, content, electronic, printable, validity), or with -\n"
+     "one line a number, the six fields separated by tabs; exit 0 when valid, 1 when not."},
+    {"from-rib", "AGENCE GUICHET COMPTE CLE | -", "prints the IBAN of a French account",
+     IbanFromRib, kIbanOfAccount},
+    {"from-swiss", "CLEARING COMPTE | -", "prints the IBAN of a Swiss account", IbanFromSwiss,
+     kIbanOfAccount},
 };
 
+// An empty line of input is an empty code: invalid.
 int IbanCheckOne(const Args& args) {
-    if (args.empty()) {
-        return Fail("an IBAN is expected");
-    }
-    return Answer(EIBAN(Joined(args)).IsValid());
+    return Answer(!args.empty() && EIBAN(Joined(args)).IsValid());
 }
 
 int IbanCheck(const Args& args) {
@@ -67,31 +78,42 @@ int IbanCheck(const Args& args) {
     return PerInput(args, IbanCheckOne);
 }
 
+int IbanShowOne(const Args& args) {
+    // Taken as partial input, so that a half-typed number shows its parts.
+    const EIBAN iban(Joined(args), true);
+    const char* validity = iban.IsValid() ? "valid" : "invalid";
+    if (ReadingInput()) {
+        std::cout << iban.szCountry << '\t' << iban.szCheckSum << '\t' << iban.szContent << '\t'
+                  << iban.GetIBAN_EDI().c_str() << '\t' << iban.GetIBAN_Printable().c_str() << '\t'
+                  << validity << '\n';
+    } else {
+        std::cout << "country    " << iban.szCountry << "\ncheck      " << iban.szCheckSum
+                  << "\ncontent    " << iban.szContent << "\nelectronic "
+                  << iban.GetIBAN_EDI().c_str() << "\nprintable  "
+                  << iban.GetIBAN_Printable().c_str() << "\nvalidity   " << validity << '\n';
+    }
+    return iban.IsValid() ? kOk : kNegative;
+}
+
 int IbanShow(const Args& args) {
     if (!Expect(args, 1, 64, kIbanCommands[1])) {
         return kFailure;
     }
-    // Taken as partial input, so that a half-typed number shows its parts.
-    const EIBAN iban(Joined(args), true);
-    std::cout << "country    " << iban.szCountry << "\ncheck      " << iban.szCheckSum
-              << "\ncontent    " << iban.szContent << "\nelectronic " << iban.GetIBAN_EDI().c_str()
-              << "\nprintable  " << iban.GetIBAN_Printable().c_str() << "\nvalidity   "
-              << (iban.IsValid() ? "valid" : "invalid") << '\n';
-    return kOk;
+    return PerInput(args, IbanShowOne);
 }
 
-int PrintIban(const EIBAN& iban, const char* what) {
+int PrintIban(const EIBAN& iban) {
     const Chaine edi = iban.GetIBAN_EDI();
     if (edi.IsEmpty()) {
-        return Fail(std::string("the ") + what + " gives no valid IBAN");
+        return Answer(false);
     }
     std::cout << edi.c_str() << '\n';
     return kOk;
 }
 
-int IbanFromRib(const Args& args) {
-    if (!Expect(args, 4, 4, kIbanCommands[2])) {
-        return kFailure;
+int IbanFromRibOne(const Args& args) {
+    if (args.size() != 4) {
+        return Fail("four fields are expected: agence guichet compte cle");
     }
     if (!FitsRib(args)) {
         return Fail("the fields have at most 5, 5, 11 and 2 characters");
@@ -101,12 +123,19 @@ int IbanFromRib(const Args& args) {
     rib.SetGuichet(args[1].c_str());
     rib.SetCompte(args[2].c_str());
     rib.SetCle(args[3].c_str());
-    return PrintIban(EIBAN(rib), "account");
+    return PrintIban(EIBAN(rib));
 }
 
-int IbanFromSwiss(const Args& args) {
-    if (!Expect(args, 2, 2, kIbanCommands[3])) {
+int IbanFromRib(const Args& args) {
+    if (!Expect(args, 1, 4, kIbanCommands[2])) {
         return kFailure;
+    }
+    return PerInput(args, IbanFromRibOne);
+}
+
+int IbanFromSwissOne(const Args& args) {
+    if (args.size() != 2) {
+        return Fail("two fields are expected: clearing compte");
     }
     if (args[0].size() > 5 || args[1].size() > 12) {
         return Fail("the clearing has at most 5 characters and the account 12");
@@ -114,7 +143,14 @@ int IbanFromSwiss(const Args& args) {
     CSwissAccount account;
     account.SetClearing(args[0].c_str());
     account.SetCompte(args[1].c_str());
-    return PrintIban(EIBAN(account), "account");
+    return PrintIban(EIBAN(account));
+}
+
+int IbanFromSwiss(const Args& args) {
+    if (!Expect(args, 1, 2, kIbanCommands[3])) {
+        return kFailure;
+    }
+    return PerInput(args, IbanFromSwissOne);
 }
 
 void IbanDemo(std::ostream& out) {
@@ -144,14 +180,18 @@ int RibKey(const Args& args);
 int RibCheck(const Args& args);
 
 const Command kRibCommands[] = {
-    {"key", "AGENCE GUICHET COMPTE", "prints the key of a French account", RibKey},
+    {"key", "AGENCE GUICHET COMPTE | -", "prints the key of a French account", RibKey,
+     "answers: the two-digit key (exit 0); fields that do not make 21 digits or capital\n"
+     "letters are an error (exit 2)."},
     {"check", "AGENCE GUICHET COMPTE CLE | -", "prints the answers of the exact and the older test",
-     RibCheck},
+     RibCheck,
+     "answers: \"exact test: valid|invalid, older test: valid|invalid\"; exit 0 when both\n"
+     "say valid, 1 otherwise."},
 };
 
-int RibKey(const Args& args) {
-    if (!Expect(args, 3, 3, kRibCommands[0])) {
-        return kFailure;
+int RibKeyOne(const Args& args) {
+    if (args.size() != 3) {
+        return Fail("three fields are expected: agence guichet compte");
     }
     const CString key = CRIB::ExpectedKey(args[0].c_str(), args[1].c_str(), args[2].c_str());
     if (key.IsEmpty()) {
@@ -159,6 +199,13 @@ int RibKey(const Args& args) {
     }
     std::cout << key.GetString() << '\n';
     return kOk;
+}
+
+int RibKey(const Args& args) {
+    if (!Expect(args, 1, 3, kRibCommands[0])) {
+        return kFailure;
+    }
+    return PerInput(args, RibKeyOne);
 }
 
 int RibCheckOne(const Args& args) {
@@ -199,14 +246,11 @@ const RegisterArea kRibArea({"rib", "French bank account identities", kRibComman
 int BicCheck(const Args& args);
 
 const Command kBicCommands[] = {
-    {"check", "TEXT | -", "prints valid or invalid", BicCheck},
+    {"check", "TEXT | -", "prints valid or invalid", BicCheck, kValidity},
 };
 
 int BicCheckOne(const Args& args) {
-    if (args.empty()) {
-        return Fail("a BIC is expected");
-    }
-    return Answer(EBIC(Joined(args)).IsValid());
+    return Answer(!args.empty() && EBIC(Joined(args)).IsValid());
 }
 
 int BicCheck(const Args& args) {
@@ -238,16 +282,15 @@ int NirCheck(const Args& args);
 int NirKeyCommand(const Args& args);
 
 const Command kNirCommands[] = {
-    {"check", "TEXT | -", "prints valid or invalid", NirCheck},
-    {"key", "NUMBER", "prints the key of a 13-character number", NirKeyCommand},
+    {"check", "TEXT | -", "prints valid or invalid", NirCheck, kValidity},
+    {"key", "NUMBER | -", "prints the key of a 13-character number", NirKeyCommand,
+     "answers: the two-digit key (exit 0); a number that is not 13 digits, a Corsican\n"
+     "department or PROVIS is an error (exit 2)."},
 };
 
 int NirCheckOne(const Args& args) {
-    if (args.empty()) {
-        return Fail("a social-security number is expected");
-    }
     CNIR nir;
-    return Answer(nir.Set(Joined(args)));
+    return Answer(!args.empty() && nir.Set(Joined(args)));
 }
 
 int NirCheck(const Args& args) {
@@ -257,9 +300,9 @@ int NirCheck(const Args& args) {
     return PerInput(args, NirCheckOne);
 }
 
-int NirKeyCommand(const Args& args) {
-    if (!Expect(args, 1, 1, kNirCommands[1])) {
-        return kFailure;
+int NirKeyOne(const Args& args) {
+    if (args.size() != 1) {
+        return Fail("one number is expected");
     }
     if (args[0].size() > 13) {
         return Fail("a number has at most 13 characters");
@@ -273,6 +316,13 @@ int NirKeyCommand(const Args& args) {
     const int key = nir.iGetValidKey();
     std::cout << (key < 10 ? "0" : "") << key << '\n';
     return kOk;
+}
+
+int NirKeyCommand(const Args& args) {
+    if (!Expect(args, 1, 1, kNirCommands[1])) {
+        return kFailure;
+    }
+    return PerInput(args, NirKeyOne);
 }
 
 void NirDemo(std::ostream& out) {

@@ -26,15 +26,16 @@ int Parse(const Args& args);
 int PrintLines(const Args& args);
 
 const Command kCommands[] = {
-    {"jday", "MONTH DAY YEAR", "prints the day number of a date, 0 when it is none", PerLine<Jday>},
-    {"mdy", "NUMBER", "prints the month, day and year of a day number", PerLine<Mdy>},
-    {"weekday", "NUMBER", "prints the week day of a day number, 1 Monday to 7 Sunday",
+    {"jday", "MONTH DAY YEAR | -", "prints the day number of a date, 0 when it is none",
+     PerLine<Jday>},
+    {"mdy", "NUMBER | -", "prints the month, day and year of a day number", PerLine<Mdy>},
+    {"weekday", "NUMBER | -", "prints the week day of a day number, 1 Monday to 7 Sunday",
      PerLine<WeekDay>},
-    {"print", "NUMBER [--option K]", "prints a day number in print form K (0-4, default 3)",
+    {"print", "NUMBER | - [--option K]", "prints a day number in print form K (0-4, default 3)",
      PrintLines},
-    {"raima", "SECONDS", "prints the day number of a Raima time stamp, 0 when it is none",
+    {"raima", "SECONDS | -", "prints the day number of a Raima time stamp, 0 when it is none",
      PerLine<Raima>},
-    {"parse", "TEXT", "prints the day number of a text dd/mm/yyyy, 0 when it is none",
+    {"parse", "TEXT | -", "prints the day number of a text dd/mm/yyyy, 0 when it is none",
      PerLine<Parse>},
 };
 

@@ -61,6 +61,7 @@ int Item(const Args& args) {
     }
     Chaine value = ELocale(lcid).Cache().GetLocaleItem(item);
     if (value.IsEmpty()) {
+        std::cerr << "nvk: locale " << lcid << " has no item " << item << '\n';
         return kNegative;
     }
     std::cout << AnsiToUtf8(value.c_str()) << '\n';

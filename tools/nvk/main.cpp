@@ -14,7 +14,7 @@ constexpr const char* kVersion = "0.1.0";
 
 void PrintAreas() {
     std::cout << "usage: nvk <area> <command> [arguments]\n"
-                 "       nvk version | demo | --help\n\nareas:\n";
+                 "       nvk --version | demo | --help\n\nareas:\n";
     for (const Area& area : nvk::tool::Areas()) {
         std::cout << "  " << area.name
                   << std::string(12 - std::min<size_t>(area.name.size(), 11), ' ') << area.summary
@@ -27,6 +27,20 @@ void PrintCommands(const Area& area) {
     for (const auto& command : area.commands) {
         std::cout << "  " << command.name << ' ' << command.usage << "\n      " << command.summary
                   << '\n';
+    }
+    std::cout << "\nnvk " << area.name << " <command> --help tells more of each.\n";
+}
+
+void PrintCommand(const Area& area, const nvk::tool::Command& command) {
+    std::cout << "usage: nvk " << area.name << ' ' << command.name << ' ' << command.usage << "\n  "
+              << command.summary << '\n';
+    if (!command.answers.empty()) {
+        std::cout << '\n' << command.answers << '\n';
+    }
+    if (command.usage.find("| -") != std::string_view::npos) {
+        std::cout << "\nWith - in place of the arguments, each line of standard input is one "
+                     "input and gets one answer line, in order; a line that cannot be read gets "
+                     "\"error: ...\".\n";
     }
 }
 
@@ -45,37 +59,53 @@ bool IsHelp(const std::string& word) {
     return word == "--help" || word == "-h" || word == "help";
 }
 
+bool AsksHelp(const Args& args) {
+    return std::find(args.begin(), args.end(), "--help") != args.end() ||
+           (!args.empty() && IsHelp(args[0]));
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
     Args args(argv + 1, argv + argc);
-    if (args.empty() || IsHelp(args[0])) {
-        PrintAreas();
-        return args.empty() ? nvk::tool::kFailure : nvk::tool::kOk;
+    if (args.empty()) {
+        return nvk::tool::Fail("usage: nvk <area> <command> [arguments] (see nvk --help)");
     }
-    if (args[0] == "version") {
+    if (IsHelp(args[0])) {
+        PrintAreas();
+        return nvk::tool::kOk;
+    }
+    if (args[0] == "version" || args[0] == "--version") {
         std::cout << "nvk " << kVersion << '\n';
         return nvk::tool::kOk;
     }
     if (args[0] == "demo") {
-        return RunDemo();
+        if (AsksHelp(Args(args.begin() + 1, args.end()))) {
+            std::cout << "usage: nvk demo\n  prints a short tour of the library\n";
+            return nvk::tool::kOk;
+        }
+        return args.size() == 1 ? RunDemo() : nvk::tool::Fail("usage: nvk demo");
     }
     for (const Area& area : nvk::tool::Areas()) {
         if (area.name != args[0]) {
             continue;
         }
-        if (args.size() < 2 || IsHelp(args[1])) {
+        if (args.size() >= 2 && IsHelp(args[1])) {
             PrintCommands(area);
-            return args.size() < 2 ? nvk::tool::kFailure : nvk::tool::kOk;
+            return nvk::tool::kOk;
+        }
+        if (args.size() < 2) {
+            return nvk::tool::Fail("usage: nvk " + args[0] + " <command> [arguments] (see nvk " +
+                                   args[0] + " --help)");
         }
         for (const auto& command : area.commands) {
             if (command.name == args[1]) {
-                Args rest(args.begin() + 2, args.end());
-                if (!rest.empty() && IsHelp(rest[0])) {
-                    std::cout << "usage: nvk " << area.name << ' ' << command.name << ' '
-                              << command.usage << "\n  " << command.summary << '\n';
+                const Args rest(args.begin() + 2, args.end());
+                if (AsksHelp(rest)) {
+                    PrintCommand(area, command);
                     return nvk::tool::kOk;
                 }
+                nvk::tool::SetCurrentArea(area.name);
                 return command.run(rest);
             }
         }

@@ -19,42 +19,37 @@ int Windows(const Args& args);
 int Special(const Args& args);
 
 const Command kCommands[] = {
-    {"split", "PATH|-", "prints the root, folder, name and extension, one a line", Split},
+    {"split", "PATH | -", "prints the root, folder, name and extension, one a line", Split,
+     "answers: four lines (root, folder, name, extension); with -, one line a path, the four\n"
+     "parts separated by tabs."},
     {"join", "A B", "joins two paths with one separator", Join},
     {"combine", "A B", "A / B: B taken from A, then normalised", Combine},
-    {"normalize", "PATH|-", "resolves \".\" and \"..\"", Normalize},
-    {"valid-name", "TEXT|- [--devices]", "makes a valid file name of TEXT", ValidName},
-    {"native", "PATH|-", "the POSIX path of a Windows path", Native},
-    {"windows", "POSIXPATH|-", "the drive form of a POSIX path", Windows},
+    {"normalize", "PATH | -", "resolves \".\" and \"..\"", Normalize},
+    {"valid-name", "TEXT | - [--devices]", "makes a valid file name of TEXT", ValidName},
+    {"native", "PATH | -", "the POSIX path of a Windows path", Native,
+     "answers: the POSIX path (exit 0), or an empty line (exit 1) for a path on no mapped drive."},
+    {"windows", "POSIXPATH | -", "the drive form of a POSIX path", Windows,
+     "answers: the drive form (exit 0), or an empty line (exit 1) for a path under no drive."},
     {"special", "CSIDL", "the folder of a shell special-folder number", Special},
 };
 
 // Runs `answer` on the one argument, or with "-" on each line of standard
 // input, whole, since paths hold blanks.
-int PerLine(const Args& args, const Command& command, int (*answer)(const std::string& text)) {
+int PerLine(const Args& args, const Command& command, int (*answer)(const Args& text)) {
     if (!Expect(args, 1, 1, command)) {
         return kFailure;
     }
-    if (args[0] != "-") {
-        return answer(args[0]);
-    }
-    int worst = kOk;
-    for (std::string line; std::getline(std::cin, line);) {
-        if (!line.empty() && line.back() == '\r') {
-            line.pop_back();
-        }
-        worst = std::max(worst, answer(line));
-    }
-    return worst;
+    return PerInput(args, answer, LineAs::WholeText);
 }
 
+// One line a part; with "-", the four parts of a path on one line, separated
+// by tabs.
 int Split(const Args& args) {
-    return PerLine(args, kCommands[0], [](const std::string& text) {
-        const Chaine path(text.c_str());
-        std::cout << path.GetRoot().c_str() << '\n'
-                  << path.GetFolder().c_str() << '\n'
-                  << path.GetFileName().c_str() << '\n'
-                  << path.GetExtension().c_str() << '\n';
+    return PerLine(args, kCommands[0], [](const Args& text) {
+        const Chaine path(text[0].c_str());
+        const char separator = ReadingInput() ? '\t' : '\n';
+        std::cout << path.GetRoot().c_str() << separator << path.GetFolder().c_str() << separator
+                  << path.GetFileName().c_str() << separator << path.GetExtension().c_str() << '\n';
         return kOk;
     });
 }
@@ -76,15 +71,15 @@ int Combine(const Args& args) {
 }
 
 int Normalize(const Args& args) {
-    return PerLine(args, kCommands[3], [](const std::string& text) {
-        Chaine path(text.c_str());
+    return PerLine(args, kCommands[3], [](const Args& text) {
+        Chaine path(text[0].c_str());
         std::cout << path.NormalizePath().c_str() << '\n';
         return kOk;
     });
 }
 
-int PrintValidName(const std::string& text, bool devices) {
-    Chaine name(text.c_str());
+int PrintValidName(const Args& text, bool devices) {
+    Chaine name(text[0].c_str());
     std::cout << name.MakeValidFileName(devices).c_str() << '\n';
     return kOk;
 }
@@ -93,18 +88,18 @@ int ValidName(const Args& args) {
     Args rest = args;
     if (TakeFlag(rest, "--devices")) {
         return PerLine(rest, kCommands[4],
-                       [](const std::string& text) { return PrintValidName(text, true); });
+                       [](const Args& text) { return PrintValidName(text, true); });
     }
     return PerLine(rest, kCommands[4],
-                   [](const std::string& text) { return PrintValidName(text, false); });
+                   [](const Args& text) { return PrintValidName(text, false); });
 }
 
 int Native(const Args& args) {
-    return PerLine(args, kCommands[5], [](const std::string& text) {
-        std::string native = os::ToNativePath(text.c_str());
+    return PerLine(args, kCommands[5], [](const Args& text) {
+        std::string native = os::ToNativePath(text[0].c_str());
         if (native.empty()) {
             std::cout << '\n';
-            std::cerr << "nvk: on no mapped drive or share: " << text << '\n';
+            std::cerr << "nvk: on no mapped drive or share: " << text[0] << '\n';
             return kNegative;
         }
         std::cout << native << '\n';
@@ -113,11 +108,11 @@ int Native(const Args& args) {
 }
 
 int Windows(const Args& args) {
-    return PerLine(args, kCommands[6], [](const std::string& text) {
-        std::string windows = os::ToWindowsPath(text.c_str());
+    return PerLine(args, kCommands[6], [](const Args& text) {
+        std::string windows = os::ToWindowsPath(text[0].c_str());
         if (windows.empty()) {
             std::cout << '\n';
-            std::cerr << "nvk: under no mapped drive: " << text << '\n';
+            std::cerr << "nvk: under no mapped drive: " << text[0] << '\n';
             return kNegative;
         }
         std::cout << windows << '\n';

@@ -15,9 +15,11 @@ int Make(const Args& args);
 int Show(const Args& args);
 
 const Command kCommands[] = {
-    {"make", "DAYNUMBER HOUR MINUTE SECOND",
-     "prints the count of a local clock time, 0 when it is none", PerLine<Make>},
-    {"show", "SECONDS", "prints hour, minute, second, daylight (0/1) and the printed time",
+    {"make", "DAYNUMBER HOUR MINUTE SECOND | -",
+     "prints the count of a local clock time, 0 when it is none", PerLine<Make>,
+     "answers: the seconds from 1 January 1901, Greenwich time (exit 0), or 0 (exit 1) for a\n"
+     "clock time that daylight time skips; dates outside 1901 to 5 February 2037 are an error."},
+    {"show", "SECONDS | -", "prints hour, minute, second, daylight (0/1) and the printed time",
      PerLine<Show>},
 };
 
@@ -27,6 +29,14 @@ int Make(const Args& args) {
     if (!Expect(args, 4, 4, kCommands[0]) || !ParseDayNumber(args[0], date) ||
         !ParseU32(args[1], hour) || !ParseU32(args[2], minute) || !ParseU32(args[3], second)) {
         return kFailure;
+    }
+    // The count holds 1 January 1901 to 5 February 2037; outside, it would
+    // wrap round to another moment.
+    if (!CBTime::AssertDate(date)) {
+        return Fail("the time holds dates from 1 January 1901 to 5 February 2037");
+    }
+    if (hour > 23 || minute > 59 || second > 59) {
+        return Fail("hour, minute and second go up to 23, 59 and 59");
     }
     const CBTime time(date, hour, minute, second);
     std::cout << time.Seconds() << '\n';
