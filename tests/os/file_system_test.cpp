@@ -92,7 +92,7 @@ TEST_F(FileSystemTest, FindMatchesWildcardsWithoutCaseAndNamesExactly) {
     HANDLE search = FindFirstFileA("T:\\a.*", &data);
     ASSERT_NE(search, INVALID_HANDLE_VALUE);
     EXPECT_EQ(data.nFileSizeLow, 5u);
-    EXPECT_EQ(data.dwFileAttributes, FILE_ATTRIBUTE_NORMAL);
+    EXPECT_EQ(data.dwFileAttributes, FILE_ATTRIBUTE_ARCHIVE);
     EXPECT_NE(data.ftLastWriteTime.dwHighDateTime, 0u);
     FindClose(search);
     EXPECT_FALSE(FindClose(search));
@@ -103,11 +103,11 @@ TEST_F(FileSystemTest, AttributesFollowTypeOwnerAndName) {
     Write("f", "");
     Write(".dot", "");
     fs::create_directory(folder_ / "d");
-    EXPECT_EQ(GetFileAttributesA("T:\\f"), FILE_ATTRIBUTE_NORMAL);
-    EXPECT_EQ(GetFileAttributesA("T:\\.dot"), FILE_ATTRIBUTE_HIDDEN);
+    EXPECT_EQ(GetFileAttributesA("T:\\f"), FILE_ATTRIBUTE_ARCHIVE);
+    EXPECT_EQ(GetFileAttributesA("T:\\.dot"), FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_ARCHIVE);
     EXPECT_EQ(GetFileAttributesA("T:\\d\\"), FILE_ATTRIBUTE_DIRECTORY);
     EXPECT_TRUE(SetFileAttributesA("T:\\f", FILE_ATTRIBUTE_READONLY));
-    EXPECT_EQ(GetFileAttributesA("T:\\f"), FILE_ATTRIBUTE_READONLY);
+    EXPECT_EQ(GetFileAttributesA("T:\\f"), FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_ARCHIVE);
     EXPECT_FALSE(DeleteFileA("T:\\f"));
     EXPECT_TRUE(SetFileAttributesA("T:\\f", FILE_ATTRIBUTE_NORMAL));
     EXPECT_TRUE(DeleteFileA("T:\\f"));
@@ -172,7 +172,7 @@ TEST_F(FileSystemTest, CopyAndMoveKeepShareModesAndTargets) {
     fs::permissions(folder_ / "a", fs::perms::owner_write, fs::perm_options::remove);
     ASSERT_TRUE(CopyFileA("T:\\a", "T:\\b", TRUE));
     EXPECT_EQ(Read("b"), "content");
-    EXPECT_EQ(GetFileAttributesA("T:\\b"), FILE_ATTRIBUTE_READONLY);
+    EXPECT_EQ(GetFileAttributesA("T:\\b"), FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_ARCHIVE);
     EXPECT_FALSE(CopyFileA("T:\\a", "T:\\b", TRUE));
     EXPECT_EQ(GetLastError(), ERROR_FILE_EXISTS);
     EXPECT_FALSE(CopyFileA("T:\\a", "T:\\b", FALSE));  // a read-only target
@@ -217,7 +217,7 @@ TEST_F(FileSystemTest, TemporaryNamesAreUniqueAndCreated) {
     char expected[MAX_PATH];
     std::snprintf(expected, sizeof expected, "T:\\Temp\\abc%X.tmp", a);
     EXPECT_STREQ(first, expected);
-    EXPECT_EQ(GetFileAttributesA(first), FILE_ATTRIBUTE_NORMAL);
+    EXPECT_EQ(GetFileAttributesA(first), FILE_ATTRIBUTE_ARCHIVE);
     EXPECT_NE(GetFileAttributesA(second), INVALID_FILE_ATTRIBUTES);
     EXPECT_EQ(GetTempFileNameA("T:\\Temp", nullptr, 0x11234, first), 0x1234u);
     EXPECT_STREQ(first, "T:\\Temp\\1234.tmp");

@@ -1,5 +1,5 @@
-#include "os/api/locale.h"
 #include "os/api/nls.h"
+#include "os/api/locale.h"
 
 #include <gtest/gtest.h>
 

@@ -21,7 +21,12 @@ TEST(CommandLineTest, SplitsAsWindowsProgramsDo) {
     EXPECT_EQ(SplitCommandLine("  prog  a\tb "), (Arguments{"prog", "a", "b"}));
     EXPECT_EQ(SplitCommandLine("\"C:\\Program Files\\x.exe\" \"a b\" c"),
               (Arguments{"C:\\Program Files\\x.exe", "a b", "c"}));
-    EXPECT_EQ(SplitCommandLine("C:\\dir\\\"p q"), (Arguments{"C:\\dir\\\"p", "q"}));
+    // Quotes anywhere in the program's name keep its blanks and go; line
+    // feeds separate nothing.
+    EXPECT_EQ(SplitCommandLine("C:\\\"Program Files\"\\x a"),
+              (Arguments{"C:\\Program Files\\x", "a"}));
+    EXPECT_EQ(SplitCommandLine("C:\\dir\\\"p q"), (Arguments{"C:\\dir\\p q"}));
+    EXPECT_EQ(SplitCommandLine("p a\nb\r c"), (Arguments{"p", "a\nb\r", "c"}));
     EXPECT_EQ(SplitCommandLine("p a\\\\b \"c\\\\\" d\\\"e f\\\\\\\"g"),
               (Arguments{"p", "a\\\\b", "c\\", "d\"e", "f\\\"g"}));
     EXPECT_EQ(SplitCommandLine("p \"\" x\"y z\"w \"a\"\"b\""),

@@ -4,8 +4,10 @@ namespace nvk::os::posix {
 
 namespace {
 
+// Only blanks and tabs separate arguments, as in the C runtime of Windows; a
+// line feed is part of an argument.
 bool IsBlank(char c) {
-    return c == ' ' || c == '\t' || c == '\n' || c == '\r';
+    return c == ' ' || c == '\t';
 }
 
 }  // namespace
@@ -19,14 +21,15 @@ std::vector<std::string> SplitCommandLine(std::string_view line) {
     if (i == line.size()) {
         return arguments;
     }
+    // The program's name is a path: quoted parts anywhere in it keep their
+    // blanks, the quotes themselves go, and a backslash is only a backslash.
     std::string program;
-    if (line[i] == '"') {
-        std::size_t close = line.find('"', i + 1);
-        program = line.substr(i + 1, close == std::string_view::npos ? close : close - i - 1);
-        i = close == std::string_view::npos ? line.size() : close + 1;
-    }
-    while (i < line.size() && !IsBlank(line[i])) {
-        program += line[i++];
+    for (bool inQuotes = false; i < line.size() && (inQuotes || !IsBlank(line[i])); ++i) {
+        if (line[i] == '"') {
+            inQuotes = !inQuotes;
+        } else {
+            program += line[i];
+        }
     }
     arguments.push_back(program);
 

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "os/api/path_map.h"
+#include "os/posix/file_handle.h"
 #include "os/posix/fs_support.h"
 #include "os/posix/handle.h"
 #include "os/posix/share_modes.h"
@@ -35,8 +36,15 @@ public:
     File(int fd, DWORD access, bool writable, std::string deleteOnClose)
         : fd_(fd), access_(access), writable_(writable), deleteOnClose_(std::move(deleteOnClose)) {}
 
+    // A file opened for deletion on close is removed only while its name
+    // still leads to it: whatever another program put at that name since is
+    // not ours to delete.
     bool Close() override {
-        if (!deleteOnClose_.empty()) {
+        struct stat opened;
+        struct stat named;
+        if (!deleteOnClose_.empty() && fstat(fd_, &opened) == 0 &&
+            lstat(deleteOnClose_.c_str(), &named) == 0 && opened.st_dev == named.st_dev &&
+            opened.st_ino == named.st_ino) {
             unlink(deleteOnClose_.c_str());
         }
         close(fd_);
@@ -125,6 +133,11 @@ ULONGLONG RegionEnd(ULONGLONG offset, ULONGLONG length) {
 
 }  // namespace
 
+int posix::DescriptorOf(HANDLE handle) {
+    File* file = FileOf(handle);
+    return file != nullptr ? file->fd() : -1;
+}
+
 HANDLE CreateFileA(LPCSTR fileName, DWORD desiredAccess, DWORD shareMode,
                    LPSECURITY_ATTRIBUTES /*attributes*/, DWORD creationDisposition,
                    DWORD flagsAndAttributes, HANDLE /*templateFile*/) {
@@ -143,7 +156,12 @@ HANDLE CreateFileA(LPCSTR fileName, DWORD desiredAccess, DWORD shareMode,
         return INVALID_HANDLE_VALUE;
     }
     int extra = (flagsAndAttributes & FILE_FLAG_WRITE_THROUGH) != 0 ? O_DSYNC : 0;
-    mode_t mode = (flagsAndAttributes & FILE_ATTRIBUTE_READONLY) != 0 ? 0444 : 0666;
+    // A temporary file is its user's alone, as in the user's own temporary
+    // folder on Windows.
+    mode_t mode = (flagsAndAttributes & FILE_ATTRIBUTE_TEMPORARY) != 0 ? 0600 : 0666;
+    if ((flagsAndAttributes & FILE_ATTRIBUTE_READONLY) != 0) {
+        mode &= 0444;
+    }
     bool mayCreate = creationDisposition == CREATE_NEW || creationDisposition == CREATE_ALWAYS ||
                      creationDisposition == OPEN_ALWAYS;
     bool writable = false;
@@ -429,12 +447,13 @@ bool MayRemove(const std::string& path, struct stat& info) {
 
 // Moves a regular file to another file system: copy, then remove the source.
 bool CopyAcross(const std::string& from, const std::string& to, mode_t mode) {
-    int in = open(from.c_str(), O_RDONLY | O_CLOEXEC);
+    int in = open(from.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW);
     if (in < 0) {
         SetPathError(errno, from);
         return false;
     }
-    int out = open(to.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode & 07777);
+    // The permission bits only: a copy never carries setuid, setgid or sticky.
+    int out = open(to.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode & 0777);
     if (out < 0) {
         int error = errno;
         close(in);

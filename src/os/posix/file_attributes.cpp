@@ -27,11 +27,14 @@ DWORD GetFileAttributesA(LPCSTR fileName) {
         return INVALID_FILE_ATTRIBUTES;
     }
     struct stat info;
-    if (!StatEntry(path, info)) {
+    if (lstat(path.c_str(), &info) != 0) {
         posix::SetPathError(errno, path);
         return INVALID_FILE_ATTRIBUTES;
     }
-    return posix::AttributesOf(info.st_mode, path.substr(path.find_last_of('/') + 1));
+    const bool link = S_ISLNK(info.st_mode);
+    struct stat target;
+    const mode_t mode = link && stat(path.c_str(), &target) == 0 ? target.st_mode : info.st_mode;
+    return posix::AttributesOf(mode, path.substr(path.find_last_of('/') + 1), link);
 }
 
 BOOL SetFileAttributesA(LPCSTR fileName, DWORD attributes) {

@@ -11,57 +11,21 @@
 #include "os/api/file.h"
 #include "os/api/path_map.h"
 #include "os/api/sync.h"
+#include "os/posix/file_handle.h"
 #include "os/posix/fs_support.h"
 #include "os/posix/handle.h"
 
 namespace nvk::os {
 
-namespace {
-
 using posix::SetErrorCode;
 
 // Copies through handles of the OS layer, so that the share modes of other
-// opens hold: the source is shared for reading only, the target not at all.
-bool CopyContent(LPCSTR from, LPCSTR to, DWORD disposition) {
-    HANDLE in = CreateFileA(from, GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
-                            FILE_ATTRIBUTE_NORMAL, nullptr);
-    if (in == INVALID_HANDLE_VALUE) {
-        return false;
-    }
-    HANDLE out =
-        CreateFileA(to, GENERIC_WRITE, 0, nullptr, disposition, FILE_ATTRIBUTE_NORMAL, nullptr);
-    if (out == INVALID_HANDLE_VALUE) {
-        DWORD error = GetLastError();
-        CloseHandle(in);
-        SetErrorCode(error);
-        return false;
-    }
-    std::vector<char> buffer(1 << 16);
-    bool ok = true;
-    for (;;) {
-        DWORD got = 0;
-        DWORD put = 0;
-        ok = ReadFile(in, buffer.data(), static_cast<DWORD>(buffer.size()), &got, nullptr) != 0;
-        if (!ok || got == 0) {
-            break;
-        }
-        ok = WriteFile(out, buffer.data(), got, &put, nullptr) != 0 && put == got;
-        if (!ok) {
-            break;
-        }
-    }
-    DWORD error = GetLastError();
-    CloseHandle(in);
-    CloseHandle(out);
-    if (!ok) {
-        DeleteFileA(to);  // no half copy stays behind
-        SetErrorCode(error);
-    }
-    return ok;
-}
-
-}  // namespace
-
+// opens hold. As on Windows, the source is shared with every other open that
+// lets it be read (an application backing up a file it has open itself), and
+// the target with those that let it be written. Only a regular file is copied:
+// a device or a pipe would fill the disk or wait for ever. The copy gets the
+// source's permission bits, never setuid, setgid or sticky, set on the file
+// that was opened before any byte is written.
 BOOL CopyFileA(LPCSTR existingName, LPCSTR newName, BOOL failIfExists) {
     std::string from = ToNativePath(existingName);
     std::string to = ToNativePath(newName);
@@ -69,25 +33,56 @@ BOOL CopyFileA(LPCSTR existingName, LPCSTR newName, BOOL failIfExists) {
         posix::SetUnmappedError(from.empty() ? existingName : newName);
         return FALSE;
     }
-    struct stat source;
-    if (stat(from.c_str(), &source) != 0) {
-        posix::SetPathError(errno, from);
+    HANDLE in = CreateFileA(existingName, GENERIC_READ,
+                            FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                            OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (in == INVALID_HANDLE_VALUE) {
         return FALSE;
     }
-    // Neither a folder nor a read-only target is written over, whatever the
-    // process may do.
-    struct stat target;
-    bool readOnlyTarget = stat(to.c_str(), &target) == 0 && (target.st_mode & S_IWUSR) == 0;
-    if (S_ISDIR(source.st_mode) || (readOnlyTarget && !failIfExists)) {
+    struct stat source;
+    if (fstat(posix::DescriptorOf(in), &source) != 0 || !S_ISREG(source.st_mode)) {
+        CloseHandle(in);
         SetErrorCode(ERROR_ACCESS_DENIED);
         return FALSE;
     }
-    if (!CopyContent(existingName, newName, failIfExists ? CREATE_NEW : CREATE_ALWAYS)) {
+    // A read-only target is not written over, whatever the process may do.
+    struct stat target;
+    if (!failIfExists && stat(to.c_str(), &target) == 0 && (target.st_mode & S_IWUSR) == 0) {
+        CloseHandle(in);
+        SetErrorCode(ERROR_ACCESS_DENIED);
         return FALSE;
     }
+    HANDLE out =
+        CreateFileA(newName, GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                    failIfExists ? CREATE_NEW : CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (out == INVALID_HANDLE_VALUE) {
+        DWORD error = GetLastError();
+        CloseHandle(in);
+        SetErrorCode(error);
+        return FALSE;
+    }
+    const int outFd = posix::DescriptorOf(out);
+    bool ok = fchmod(outFd, source.st_mode & 0777) == 0;
+    std::vector<char> buffer(1 << 16);
+    while (ok) {
+        DWORD got = 0;
+        DWORD put = 0;
+        ok = ReadFile(in, buffer.data(), static_cast<DWORD>(buffer.size()), &got, nullptr) != 0;
+        if (!ok || got == 0) {
+            break;
+        }
+        ok = WriteFile(out, buffer.data(), got, &put, nullptr) != 0 && put == got;
+    }
     const struct timespec times[2] = {source.st_atim, source.st_mtim};
-    utimensat(AT_FDCWD, to.c_str(), times, 0);
-    chmod(to.c_str(), source.st_mode & 07777);
+    ok = ok && futimens(outFd, times) == 0;
+    DWORD error = ok ? ERROR_SUCCESS : GetLastError();
+    CloseHandle(in);
+    CloseHandle(out);
+    if (!ok) {
+        DeleteFileA(newName);  // no half copy stays behind
+        SetErrorCode(error != ERROR_SUCCESS ? error : ERROR_ACCESS_DENIED);
+        return FALSE;
+    }
     return TRUE;
 }
 

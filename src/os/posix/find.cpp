@@ -42,7 +42,8 @@ private:
 };
 
 // The entry `name` of the native folder `folder`; false if it is gone or its
-// name doesn't fit. A link reports what it points to, or itself when broken.
+// name doesn't fit. A link is reported as itself, a reparse point, with the
+// type of what it points to, as Windows reports a link to a folder.
 bool Describe(const std::string& folder, const std::string& name, WIN32_FIND_DATAA& data) {
     if (name.size() >= sizeof data.cFileName) {
         return false;
@@ -50,17 +51,21 @@ bool Describe(const std::string& folder, const std::string& name, WIN32_FIND_DAT
     std::string path = folder == "/" ? "/" + name : folder + "/" + name;
     struct statx info;
     unsigned mask = STATX_BASIC_STATS | STATX_BTIME;
-    if (statx(AT_FDCWD, path.c_str(), 0, mask, &info) != 0 &&
-        statx(AT_FDCWD, path.c_str(), AT_SYMLINK_NOFOLLOW, mask, &info) != 0) {
+    if (statx(AT_FDCWD, path.c_str(), AT_SYMLINK_NOFOLLOW, mask, &info) != 0) {
         return false;
     }
+    const bool link = S_ISLNK(info.stx_mode);
+    struct statx target;
+    const mode_t mode = link && statx(AT_FDCWD, path.c_str(), 0, STATX_TYPE, &target) == 0
+                            ? target.stx_mode
+                            : info.stx_mode;
     data = {};
-    data.dwFileAttributes = posix::AttributesOf(info.stx_mode, name);
+    data.dwFileAttributes = posix::AttributesOf(mode, name, link);
     data.ftCreationTime =
         posix::ToFileTime((info.stx_mask & STATX_BTIME) != 0 ? info.stx_btime : info.stx_ctime);
     data.ftLastAccessTime = posix::ToFileTime(info.stx_atime);
     data.ftLastWriteTime = posix::ToFileTime(info.stx_mtime);
-    if (!S_ISDIR(info.stx_mode)) {
+    if (S_ISREG(info.stx_mode)) {
         data.nFileSizeHigh = static_cast<DWORD>(info.stx_size >> 32);
         data.nFileSizeLow = static_cast<DWORD>(info.stx_size);
     }

@@ -34,10 +34,16 @@ FILETIME ToFileTime(const statx_timestamp& time) {
     return {static_cast<DWORD>(ticks), static_cast<DWORD>(ticks >> 32)};
 }
 
-DWORD AttributesOf(mode_t mode, std::string_view name) {
+DWORD AttributesOf(mode_t mode, std::string_view name, bool link) {
     DWORD attributes = 0;
     if (S_ISDIR(mode)) {
         attributes |= FILE_ATTRIBUTE_DIRECTORY;
+    }
+    if (S_ISREG(mode)) {
+        attributes |= FILE_ATTRIBUTE_ARCHIVE;
+    }
+    if (link) {
+        attributes |= FILE_ATTRIBUTE_REPARSE_POINT;
     }
     if ((mode & S_IWUSR) == 0) {
         attributes |= FILE_ATTRIBUTE_READONLY;

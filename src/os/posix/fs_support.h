@@ -22,8 +22,11 @@ void SetUnmappedError(LPCSTR windowsPath);
 FILETIME ToFileTime(const statx_timestamp& time);
 
 // Directory from the file type, read-only when the owner can't write, hidden
-// for a name that begins with '.' (but not "." and ".."); normal when none.
-DWORD AttributesOf(mode_t mode, std::string_view name);
+// for a name that begins with '.' (but not "." and ".."), archive for a
+// regular file as Windows marks every new and changed file, and a reparse
+// point for a symbolic link (`mode` is then its target's, when it has one),
+// so that walks can tell a link from what it points to. Normal when none.
+DWORD AttributesOf(mode_t mode, std::string_view name, bool link = false);
 
 // Copies `text` with its terminator when `size` holds it and returns its
 // length; otherwise returns the size needed, terminator included, and leaves

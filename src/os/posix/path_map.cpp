@@ -1,15 +1,14 @@
 #include "os/api/path_map.h"
 
-#include <pwd.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <sstream>
 
 #include "os/posix/system_drive_map.h"
+#include "os/posix/user_folders.h"
 
 namespace nvk::os {
 
@@ -31,21 +30,15 @@ std::string NativeCurrentDirectory() {
 
 namespace {
 
-// The per-user directory behind C:, in the XDG data folder.
+// The per-user directory behind C:, in the XDG data folder of the user's own
+// home; never in a shared folder. Empty (C: unmapped) without a home.
 std::string DefaultDriveC() {
     const char* data = std::getenv("XDG_DATA_HOME");
-    std::string base;
     if (data != nullptr && data[0] == '/') {
-        base = data;
-    } else {
-        const char* home = std::getenv("HOME");
-        if (home == nullptr || home[0] != '/') {
-            const passwd* entry = getpwuid(getuid());
-            home = entry != nullptr ? entry->pw_dir : "/tmp";
-        }
-        base = std::string(home) + "/.local/share";
+        return std::string(data) + "/nvk/drive_c";
     }
-    return base + "/nvk/drive_c";
+    std::string home = posix::HomeFolder();
+    return home.empty() ? std::string() : home + "/.local/share/nvk/drive_c";
 }
 
 std::string MountTable() {
@@ -79,9 +72,11 @@ std::string ToNativePath(LPCSTR windowsPath) {
     posix::DriveMap map = posix::SystemDriveMap(posix::IsUncPath(path));
     char letter = 0;
     std::string native = posix::MapToNative(map, path, posix::NativeCurrentDirectory(), &letter);
-    if (letter == 'C' && map.drives['C' - 'A'] == driveC) {
-        std::error_code ignored;
-        std::filesystem::create_directories(driveC, ignored);
+    // The default C: is made on first use, and refused when it is not the
+    // user's alone to change.
+    if (letter == 'C' && !driveC.empty() && map.drives['C' - 'A'] == driveC &&
+        !posix::PrivateFolder(driveC, posix::Others::MayRead)) {
+        return {};
     }
     return native;
 }

@@ -216,13 +216,19 @@ std::string FindProgram(const std::string& program, bool search) {
             return {};
         }
     } else {
+        // The application's folder, then PATH. Windows looks in the current
+        // folder second; here that folder may be any user's (a shared folder
+        // the application was started from), where a planted program would
+        // run instead of the system's, so neither it nor PATH's empty or
+        // relative entries are searched: ".\\prog" names it when meant.
         folders.push_back(Folder(posix::ExecutablePath()));
-        folders.push_back("./");
         if (const char* path = std::getenv("PATH"); search && path != nullptr) {
             for (std::string_view rest(path); !rest.empty();) {
                 std::size_t colon = rest.find(':');
                 std::string folder(rest.substr(0, colon));
-                folders.push_back(folder.empty() ? "./" : folder + "/");
+                if (folder.starts_with('/')) {
+                    folders.push_back(folder + "/");
+                }
                 rest =
                     colon == std::string_view::npos ? std::string_view{} : rest.substr(colon + 1);
             }
@@ -261,7 +267,7 @@ std::vector<char*> Pointers(std::vector<std::string>& strings) {
 
 BOOL CreateProcessA(LPCSTR applicationName, LPSTR commandLine,
                     LPSECURITY_ATTRIBUTES /*processAttributes*/,
-                    LPSECURITY_ATTRIBUTES /*threadAttributes*/, BOOL /*inheritHandles*/,
+                    LPSECURITY_ATTRIBUTES /*threadAttributes*/, BOOL inheritHandles,
                     DWORD /*creationFlags*/, LPVOID environment, LPCSTR currentDirectory,
                     LPSTARTUPINFOA /*startupInfo*/, LPPROCESS_INFORMATION processInformation) {
     ReapOrphans();
@@ -291,6 +297,11 @@ BOOL CreateProcessA(LPCSTR applicationName, LPSTR commandLine,
     }
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
+    // Nothing but the standard streams passes to the child unless asked, as
+    // on Windows, whatever the application left open without close-on-exec.
+    if (!inheritHandles) {
+        posix_spawn_file_actions_addclosefrom_np(&actions, 3);
+    }
     if (currentDirectory != nullptr) {
         std::string folder = ToNativePath(currentDirectory);
         struct stat info;

@@ -1,5 +1,7 @@
 #include "os/api/temp_file.h"
 
+#include <stdlib.h>
+
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -12,20 +14,39 @@
 #include "os/posix/fs_support.h"
 #include "os/posix/full_path.h"
 #include "os/posix/handle.h"
+#include "os/posix/user_folders.h"
 
 namespace nvk::os {
 
 namespace {
 
+// TMP or TEMP when the user set one, as Windows reads them (and never from a
+// program that runs with more privileges than its caller), else a folder
+// private to the user, as Windows gives each user a temporary folder of its
+// own: $XDG_RUNTIME_DIR, or one under the user's cache folder. The shared /tmp
+// is never used: another user could plant files or links there in advance.
+// The private folder is checked before each use; empty, with the error set,
+// when there is none to trust.
 std::string TempFolder() {
     for (const char* name : {"TMP", "TEMP"}) {
-        const char* value = std::getenv(name);
+        const char* value = secure_getenv(name);
         if (value != nullptr && value[0] != '\0') {
             return posix::SystemFullPath(value);
         }
     }
-    const char* native = std::getenv("TMPDIR");
-    return ToWindowsPath(native != nullptr && native[0] == '/' ? native : "/tmp");
+    std::string native;
+    if (const char* runtime = secure_getenv("XDG_RUNTIME_DIR");
+        runtime != nullptr && runtime[0] == '/') {
+        native = runtime;
+    } else if (std::string home = posix::HomeFolder(); !home.empty()) {
+        const char* cache = secure_getenv("XDG_CACHE_HOME");
+        native = (cache != nullptr && cache[0] == '/' ? std::string(cache) : home + "/.cache") +
+                 "/nvk/temp";
+    }
+    if (!posix::PrivateFolder(native, posix::Others::NoAccess)) {
+        return {};
+    }
+    return ToWindowsPath(native.c_str());
 }
 
 }  // namespace
@@ -33,7 +54,6 @@ std::string TempFolder() {
 DWORD GetTempPathA(DWORD size, LPSTR buffer) {
     std::string folder = TempFolder();
     if (folder.empty()) {
-        posix::SetErrorCode(ERROR_PATH_NOT_FOUND);
         return 0;
     }
     if (folder.back() != '\\') {
@@ -81,7 +101,7 @@ UINT GetTempFileNameA(LPCSTR path, LPCSTR prefix, UINT unique, LPSTR tempFileNam
         UINT number = (start + i) % 0xFFFF + 1;
         std::string name = nameOf(number);
         HANDLE file = CreateFileA(name.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
-                                  FILE_ATTRIBUTE_NORMAL, nullptr);
+                                  FILE_ATTRIBUTE_TEMPORARY, nullptr);
         if (file != INVALID_HANDLE_VALUE) {
             CloseHandle(file);
             return put(number);
