@@ -165,7 +165,7 @@ TEST_F(ChaineFileSystemTest, ExistenceFoldersAndWholeFiles) {
     EXPECT_TRUE(content.WriteToFile("T:\\dir\\f.bin"));
     EXPECT_FALSE(content.WriteToFile("T:\\none\\f.bin"));
     EXPECT_TRUE(Chaine("T:\\dir\\f.bin").FileExists());
-    EXPECT_FALSE(Chaine("T:\\dir\\F.BIN").FileExists());
+    EXPECT_TRUE(Chaine("T:\\dir\\F.BIN").FileExists());  // names without regard to case
     EXPECT_FALSE(Chaine("T:\\dir\\f.bin").IsFolder());
     // A shorter text written over a longer one leaves nothing behind.
     EXPECT_TRUE(Chaine("short").WriteToFile("T:\\dir\\f.bin"));

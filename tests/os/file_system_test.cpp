@@ -83,10 +83,11 @@ TEST_F(FileSystemTest, FindMatchesWildcardsWithoutCaseAndNamesExactly) {
     EXPECT_EQ(Found("T:\\*"), (Names{".hidden", "a.txt", "B.TXT", "c.log", "Sub"}));
     EXPECT_EQ(Found("T:\\Sub\\*.*"), (Names{".", ".."}));
     EXPECT_EQ(Found("T:\\a.txt"), (Names{"a.txt"}));
-    EXPECT_EQ(Found("T:\\A.TXT"), (Names{"#2"}));
+    EXPECT_EQ(Found("T:\\A.TXT"), (Names{"a.txt"}));
     EXPECT_EQ(Found("T:\\*.doc"), (Names{"#2"}));
     EXPECT_EQ(Found("T:\\Missing\\*"), (Names{"#3"}));
     EXPECT_EQ(Found("T:\\Sub\\"), (Names{"#2"}));
+    EXPECT_EQ(Found("T:\\Missing\\"), (Names{"#3"}));
 
     WIN32_FIND_DATAA data;
     HANDLE search = FindFirstFileA("T:\\a.*", &data);

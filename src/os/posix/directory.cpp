@@ -10,6 +10,7 @@
 #include "os/posix/fs_support.h"
 #include "os/posix/full_path.h"
 #include "os/posix/handle.h"
+#include "os/posix/names.h"
 #include "os/posix/system_drive_map.h"
 
 namespace nvk::os {
@@ -23,6 +24,8 @@ BOOL CreateDirectoryA(LPCSTR pathName, LPSECURITY_ATTRIBUTES /*attributes*/) {
         posix::SetUnmappedError(pathName);
         return FALSE;
     }
+    // A folder whose name differs only in case is the one meant.
+    posix::ResolveCase(path);
     if (mkdir(path.c_str(), 0777) != 0) {
         int error = errno;
         if (error == EEXIST) {
@@ -43,7 +46,8 @@ BOOL RemoveDirectoryA(LPCSTR pathName) {
         posix::SetUnmappedError(pathName);
         return FALSE;
     }
-    if (rmdir(path.c_str()) != 0) {
+    if (rmdir(path.c_str()) != 0 &&
+        (!posix::RetryWithoutCase(errno, path) || rmdir(path.c_str()) != 0)) {
         int error = errno;
         if (error == ENOTDIR) {
             struct stat info;
@@ -74,7 +78,8 @@ BOOL SetCurrentDirectoryA(LPCSTR pathName) {
         posix::SetUnmappedError(pathName);
         return FALSE;
     }
-    if (chdir(path.c_str()) != 0) {
+    if (chdir(path.c_str()) != 0 &&
+        (!posix::RetryWithoutCase(errno, path) || chdir(path.c_str()) != 0)) {
         int error = errno;
         struct stat info;
         if (error == ENOTDIR && stat(path.c_str(), &info) == 0) {

@@ -36,12 +36,15 @@ std::vector<std::string> Split(std::string_view path, bool native) {
 }
 
 // Resolves "." and ".."; the first `fixed` parts form the root, which ".."
-// never climbs above, as at the root of a drive.
-std::vector<std::string> Normalise(const std::vector<std::string>& parts, std::size_t fixed) {
+// never climbs above, as at the root of a drive. The components of a Windows
+// path lose their trailing dots and blanks first.
+std::vector<std::string> Normalise(const std::vector<std::string>& parts, std::size_t fixed,
+                                   bool windows) {
     std::vector<std::string> out;
     for (std::size_t i = 0; i < parts.size(); ++i) {
-        const std::string& part = parts[i];
-        if (i >= fixed && part == ".") {
+        const std::string part =
+            windows && i >= fixed ? std::string(TrimComponent(parts[i])) : parts[i];
+        if (i >= fixed && (part == "." || part.empty())) {
             continue;
         }
         if (i >= fixed && part == "..") {
@@ -70,7 +73,7 @@ std::string NativeDirectory(std::string_view directory) {
     if (directory.empty() || directory.front() != '/') {
         return {};
     }
-    return Join("/", Normalise(Split(directory, true), 0), 0, '/');
+    return Join("/", Normalise(Split(directory, true), 0, false), 0, '/');
 }
 
 int DriveIndex(char letter) {
@@ -99,6 +102,14 @@ std::string Unescape(std::string_view field) {
 }
 
 }  // namespace
+
+std::string_view TrimComponent(std::string_view component) {
+    component = component.substr(0, component.find_last_not_of(' ') + 1);
+    if (component == "." || component == "..") {
+        return component;
+    }
+    return component.substr(0, component.find_last_not_of(". ") + 1);
+}
 
 bool IsUncPath(std::string_view path) {
     return path.size() >= 2 && IsSeparator(path[0]) && IsSeparator(path[1]);
@@ -212,7 +223,7 @@ std::string MapToNative(const DriveMap& map, std::string_view path,
         return NativeDirectory(path);
     }
     if (IsUncPath(path)) {
-        std::vector<std::string> parts = Normalise(Split(path, false), 2);
+        std::vector<std::string> parts = Normalise(Split(path, false), 2, true);
         if (parts.size() < 2) {
             return {};
         }
@@ -238,7 +249,7 @@ std::string MapToNative(const DriveMap& map, std::string_view path,
         if (driveLetter != nullptr) {
             *driveLetter = static_cast<char>(std::toupper(static_cast<unsigned char>(path[0])));
         }
-        return Join(directory, Normalise(Split(path.substr(2), false), 0), 0, '/');
+        return Join(directory, Normalise(Split(path.substr(2), false), 0, true), 0, '/');
     }
     // Relative to the current directory, to the root of its drive, or to a
     // drive that is not the current one (then from that drive's root).
@@ -274,7 +285,7 @@ std::string MapToWindows(const DriveMap& map, std::string_view nativePath,
     if (absolute.front() != '/') {
         absolute = std::string(currentDirectory) + "/" + absolute;
     }
-    std::vector<std::string> parts = Normalise(Split(absolute, true), 0);
+    std::vector<std::string> parts = Normalise(Split(absolute, true), 0, false);
     auto holds = [&](const std::string& directory, std::size_t& depth) {
         std::vector<std::string> base = Split(directory, true);
         depth = base.size();

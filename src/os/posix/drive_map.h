@@ -31,6 +31,11 @@ DriveMap MakeDriveMap(std::string_view entries, std::string_view driveC);
 // mount table in the format of /proc/self/mounts. Explicit entries win.
 void AddNetworkMounts(DriveMap& map, std::string_view mountTable);
 
+// A component of a Windows path as Windows takes it: without the dots and
+// blanks that end it ("test. " is "test"); "." and ".." keep their meaning,
+// and a component of dots alone is empty.
+std::string_view TrimComponent(std::string_view component);
+
 // Whether a path names a network share (two leading separators).
 bool IsUncPath(std::string_view windowsPath);
 

@@ -15,7 +15,9 @@
 #include "os/posix/file_handle.h"
 #include "os/posix/fs_support.h"
 #include "os/posix/handle.h"
+#include "os/posix/names.h"
 #include "os/posix/share_modes.h"
+#include "os/posix/wildcard.h"
 
 namespace nvk::os {
 
@@ -150,6 +152,18 @@ HANDLE CreateFileA(LPCSTR fileName, DWORD desiredAccess, DWORD shareMode,
         SetErrorCode(ERROR_INVALID_PARAMETER);
         return INVALID_HANDLE_VALUE;
     }
+    // A file's name holds no wildcard, and a name that ends in a separator
+    // names a folder, which is not opened as a file.
+    const std::string_view name(fileName);
+    const std::size_t separator = name.find_last_of("\\/");
+    if (posix::HasWildcards(name.substr(separator == name.npos ? 0 : separator + 1))) {
+        SetErrorCode(ERROR_INVALID_NAME);
+        return INVALID_HANDLE_VALUE;
+    }
+    if (!name.empty() && separator == name.size() - 1) {
+        SetErrorCode(ERROR_PATH_NOT_FOUND);
+        return INVALID_HANDLE_VALUE;
+    }
     std::string path = ToNativePath(fileName);
     if (path.empty()) {
         SetUnmappedError(fileName);
@@ -164,25 +178,44 @@ HANDLE CreateFileA(LPCSTR fileName, DWORD desiredAccess, DWORD shareMode,
     }
     bool mayCreate = creationDisposition == CREATE_NEW || creationDisposition == CREATE_ALWAYS ||
                      creationDisposition == OPEN_ALWAYS;
+    // A new file must not stand beside one whose name differs only in case:
+    // that one is the file meant. An existing file is found by its exact name
+    // first, and by its name without case only when that is missing.
+    if (mayCreate) {
+        posix::ResolveCase(path);
+    }
     bool writable = false;
     bool existed = false;
     int fd = -1;
-    // A file deleted between the two opens is created on the next round.
-    for (int round = 0; round < 8 && fd < 0; ++round) {
-        if (mayCreate) {
-            fd = OpenDescriptor(path, extra | O_CREAT | O_EXCL, mode, read, write, writable);
-            if (fd >= 0 || errno != EEXIST || creationDisposition == CREATE_NEW) {
+    for (bool resolved = mayCreate;; resolved = true) {
+        // A file deleted between the two opens is created on the next round.
+        for (int round = 0; round < 8 && fd < 0; ++round) {
+            if (mayCreate) {
+                fd = OpenDescriptor(path, extra | O_CREAT | O_EXCL, mode, read, write, writable);
+                if (fd >= 0 || errno != EEXIST || creationDisposition == CREATE_NEW) {
+                    break;
+                }
+            }
+            fd = OpenDescriptor(path, extra, mode, read, write, writable);
+            existed = fd >= 0;
+            if (fd < 0 && !(mayCreate && errno == ENOENT)) {
                 break;
             }
         }
-        fd = OpenDescriptor(path, extra, mode, read, write, writable);
-        existed = fd >= 0;
-        if (fd < 0 && !(mayCreate && errno == ENOENT)) {
+        if (fd >= 0 || resolved || (errno != ENOENT && errno != ENOTDIR) ||
+            !posix::ResolveCase(path)) {
             break;
         }
     }
     if (fd < 0) {
-        SetPathError(errno, path);
+        // A new file over a folder is refused as an access, as on Windows.
+        const int error = errno;
+        struct stat folder;
+        if (error == EEXIST && stat(path.c_str(), &folder) == 0 && S_ISDIR(folder.st_mode)) {
+            SetErrorCode(ERROR_ACCESS_DENIED);
+        } else {
+            SetPathError(error, path);
+        }
         return INVALID_HANDLE_VALUE;
     }
     auto fail = [fd](DWORD code) {
@@ -194,11 +227,18 @@ HANDLE CreateFileA(LPCSTR fileName, DWORD desiredAccess, DWORD shareMode,
     if (fstat(fd, &info) != 0 || S_ISDIR(info.st_mode)) {
         return fail(ERROR_ACCESS_DENIED);
     }
+    // A read-only file is not written, whoever asks: the kernel lets root
+    // through, Windows lets nobody.
+    if (existed && write && (info.st_mode & S_IWUSR) == 0) {
+        return fail(ERROR_ACCESS_DENIED);
+    }
     fcntl(fd, F_SETFL, fcntl(fd, F_GETFL) & ~O_NONBLOCK);
-    if (read || write || remove) {
+    // Running a file counts as reading it for the other opens' sharing.
+    const bool shareRead = read || (desiredAccess & GENERIC_EXECUTE) != 0;
+    if (shareRead || write || remove) {
         posix::ShareGate gate(fd);
         DWORD shared = posix::AcquireShare(
-            fd, {read, write, remove, (shareMode & FILE_SHARE_READ) != 0,
+            fd, {shareRead, write, remove, (shareMode & FILE_SHARE_READ) != 0,
                  (shareMode & FILE_SHARE_WRITE) != 0, (shareMode & FILE_SHARE_DELETE) != 0});
         if (shared != ERROR_SUCCESS) {
             return fail(shared);
@@ -235,7 +275,7 @@ File* StartTransfer(HANDLE handle, LPCVOID buffer, DWORD count, LPDWORD done, bo
         return nullptr;
     }
     if (count != 0 && buffer == nullptr) {
-        SetErrorCode(ERROR_INVALID_PARAMETER);
+        SetErrorCode(writing ? ERROR_INVALID_USER_BUFFER : ERROR_NOACCESS);
         return nullptr;
     }
     if (LockedElsewhere(*file, count)) {
@@ -270,8 +310,7 @@ BOOL ReadFile(HANDLE handle, LPVOID buffer, DWORD toRead, LPDWORD read, LPVOID /
             *read = total;
         }
     }
-    SetErrorCode(ERROR_SUCCESS);
-    return TRUE;
+    return TRUE;  // the last error stays as it was, as on Windows
 }
 
 BOOL WriteFile(HANDLE handle, LPCVOID buffer, DWORD toWrite, LPDWORD written,
@@ -296,8 +335,7 @@ BOOL WriteFile(HANDLE handle, LPCVOID buffer, DWORD toWrite, LPDWORD written,
             *written = total;
         }
     }
-    SetErrorCode(ERROR_SUCCESS);
-    return TRUE;
+    return TRUE;  // the last error stays as it was, as on Windows
 }
 
 DWORD SetFilePointer(HANDLE handle, LONG distance, PLONG distanceHigh, DWORD moveMethod) {
@@ -416,10 +454,13 @@ BOOL GetFileTime(HANDLE handle, FILETIME* creation, FILETIME* lastAccess, FILETI
 
 namespace {
 
-// The checks that deleting and renaming share: the name exists, and no open
-// of the file refuses its deletion. Fills `info` from lstat.
-bool MayRemove(const std::string& path, struct stat& info) {
-    if (lstat(path.c_str(), &info) != 0) {
+// The checks that deleting and renaming share: the name exists (without
+// regard to case when the exact one is missing, and then `path` becomes the
+// one found), and no open of the file refuses its deletion. Fills `info` from
+// lstat.
+bool MayRemove(std::string& path, struct stat& info) {
+    if (lstat(path.c_str(), &info) != 0 &&
+        (!posix::RetryWithoutCase(errno, path) || lstat(path.c_str(), &info) != 0)) {
         SetPathError(errno, path);
         return false;
     }
@@ -517,13 +558,31 @@ BOOL MoveFileA(LPCSTR existingName, LPCSTR newName) {
         SetUnmappedError(from.empty() ? existingName : newName);
         return FALSE;
     }
+    const std::string_view target(newName);
+    if (posix::HasWildcards(target.substr(target.find_last_of("\\/") + 1))) {
+        SetErrorCode(ERROR_INVALID_NAME);
+        return FALSE;
+    }
     struct stat info;
     if (!MayRemove(from, info)) {
         return FALSE;
     }
+    // The target is found without regard to case too. When it is the file
+    // itself, the move succeeds: nothing to do, or a change of case.
+    const std::string given = to;
+    posix::ResolveCase(to);
     struct stat existing;
     if (lstat(to.c_str(), &existing) == 0) {
-        SetErrorCode(ERROR_ALREADY_EXISTS);
+        if (existing.st_dev != info.st_dev || existing.st_ino != info.st_ino) {
+            SetErrorCode(ERROR_ALREADY_EXISTS);
+            return FALSE;
+        }
+        const std::string renamed =
+            to.substr(0, to.rfind('/') + 1) + given.substr(given.rfind('/') + 1);
+        if (from == renamed || rename(from.c_str(), renamed.c_str()) == 0) {
+            return TRUE;
+        }
+        SetPathError(errno, renamed);
         return FALSE;
     }
     if (renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) {

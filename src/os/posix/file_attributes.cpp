@@ -7,15 +7,18 @@
 
 #include "os/api/path_map.h"
 #include "os/posix/fs_support.h"
+#include "os/posix/names.h"
 
 namespace nvk::os {
 
 namespace {
 
 // The entry a path names: what a link points to, or the link itself when it
-// points nowhere.
-bool StatEntry(const std::string& path, struct stat& info) {
-    return stat(path.c_str(), &info) == 0 || lstat(path.c_str(), &info) == 0;
+// points nowhere; found without regard to case when the exact name is
+// missing.
+bool StatEntry(std::string& path, struct stat& info) {
+    return stat(path.c_str(), &info) == 0 || lstat(path.c_str(), &info) == 0 ||
+           (posix::RetryWithoutCase(errno, path) && StatEntry(path, info));
 }
 
 }  // namespace
@@ -27,7 +30,8 @@ DWORD GetFileAttributesA(LPCSTR fileName) {
         return INVALID_FILE_ATTRIBUTES;
     }
     struct stat info;
-    if (lstat(path.c_str(), &info) != 0) {
+    if (lstat(path.c_str(), &info) != 0 &&
+        (!posix::RetryWithoutCase(errno, path) || lstat(path.c_str(), &info) != 0)) {
         posix::SetPathError(errno, path);
         return INVALID_FILE_ATTRIBUTES;
     }

@@ -14,6 +14,7 @@
 #include "os/posix/file_handle.h"
 #include "os/posix/fs_support.h"
 #include "os/posix/handle.h"
+#include "os/posix/names.h"
 
 namespace nvk::os {
 
@@ -94,7 +95,8 @@ BOOL MoveFileExA(LPCSTR existingName, LPCSTR newName, DWORD flags) {
         return FALSE;
     }
     struct stat source;
-    if (lstat(from.c_str(), &source) != 0) {
+    if (lstat(from.c_str(), &source) != 0 &&
+        (!posix::RetryWithoutCase(errno, from) || lstat(from.c_str(), &source) != 0)) {
         posix::SetPathError(errno, from);
         return FALSE;
     }
@@ -107,9 +109,12 @@ BOOL MoveFileExA(LPCSTR existingName, LPCSTR newName, DWORD flags) {
             return FALSE;
         }
     }
+    // A target that is the source itself (the same name, or another case of
+    // it) is left to the move, which succeeds; it is never deleted first.
+    posix::ResolveCase(to);
     struct stat existing;
     if ((flags & MOVEFILE_REPLACE_EXISTING) != 0 && lstat(to.c_str(), &existing) == 0 &&
-        (from != to)) {
+        (existing.st_dev != source.st_dev || existing.st_ino != source.st_ino)) {
         if (S_ISDIR(existing.st_mode) || S_ISDIR(source.st_mode)) {
             SetErrorCode(ERROR_ACCESS_DENIED);
             return FALSE;

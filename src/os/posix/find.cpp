@@ -17,6 +17,7 @@
 #include "os/posix/fs_support.h"
 #include "os/posix/full_path.h"
 #include "os/posix/handle.h"
+#include "os/posix/names.h"
 #include "os/posix/wildcard.h"
 
 namespace nvk::os {
@@ -111,20 +112,32 @@ HANDLE FindFirstFileA(LPCSTR fileName, LPWIN32_FIND_DATAA findData) {
     }
     std::string windowsFolder = cut == std::string::npos ? "." : pattern.substr(0, cut + 1);
     std::string name = cut == std::string::npos ? pattern : pattern.substr(cut + 1);
-    if (name.empty()) {
-        SetErrorCode(ERROR_FILE_NOT_FOUND);
-        return INVALID_HANDLE_VALUE;
-    }
     std::string folder = ToNativePath(windowsFolder.c_str());
     if (folder.empty()) {
         posix::SetUnmappedError(fileName);
         return INVALID_HANDLE_VALUE;
     }
+    // The folder is found without regard to case when its exact name is
+    // missing; so is a name without wildcards, which loses its trailing dots
+    // and blanks as every path's components do (a pattern keeps them: "*."
+    // means the names without an extension).
+    struct stat info;
+    if (stat(folder.c_str(), &info) != 0 && posix::RetryWithoutCase(errno, folder)) {
+        stat(folder.c_str(), &info);
+    }
+    if (name.empty()) {
+        posix::SetPathError(ENOENT, folder + "/");
+        return INVALID_HANDLE_VALUE;
+    }
     std::vector<WIN32_FIND_DATAA> entries;
     WIN32_FIND_DATAA data;
     if (!posix::HasWildcards(name)) {
-        if (!Describe(folder, name, data)) {
-            posix::SetPathError(ENOENT, folder + "/" + name);
+        name = posix::TrimComponent(name);
+        std::string path = folder + "/" + name;
+        if (!Describe(folder, name, data) &&
+            !(posix::ResolveCase(path) &&
+              Describe(folder, path.substr(path.find_last_of('/') + 1), data))) {
+            posix::SetPathError(ENOENT, path);
             return INVALID_HANDLE_VALUE;
         }
         entries.push_back(data);

@@ -84,7 +84,7 @@ std::string FullWindowsPath(std::string_view path, std::string_view current) {
     std::vector<std::string_view> parts;
     bool trailing = !rest.empty() && IsSeparator(rest.back());
     while (!rest.empty()) {
-        std::string_view part = TakeComponent(rest);
+        std::string_view part = TrimComponent(TakeComponent(rest));
         if (part == "..") {
             if (!parts.empty()) {
                 parts.pop_back();

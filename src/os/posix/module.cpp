@@ -12,6 +12,7 @@
 #include "os/api/path_map.h"
 #include "os/posix/handle.h"
 #include "os/posix/module_names.h"
+#include "os/posix/names.h"
 
 namespace nvk::os {
 
@@ -91,8 +92,13 @@ bool IsLoaded(HMODULE module) {
 
 HMODULE LoadLibraryA(LPCSTR fileName) {
     if (fileName != nullptr && fileName[0] != '\0') {
-        for (const std::string& file : Candidates(fileName)) {
-            if (void* handle = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL)) {
+        for (std::string file : Candidates(fileName)) {
+            // A file in a folder is also found by its name without case.
+            void* handle = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
+            if (handle == nullptr && file.starts_with('/') && posix::ResolveCase(file)) {
+                handle = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
+            }
+            if (handle != nullptr) {
                 SetErrorCode(ERROR_SUCCESS);
                 return static_cast<HMODULE>(handle);
             }

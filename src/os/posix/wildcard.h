@@ -1,6 +1,8 @@
-// The wildcards of file searches: "*" any run of characters, "?" one
-// character, both without regard to case; "*.*" matches every name, with or
-// without a dot, as on Windows.
+// The wildcards of file searches, with the DOS rules that Windows applies to
+// them: "*" any run of characters and "?" one character, both without regard
+// to case; "*.*" matches every name, with or without a dot; "*." the names
+// without an extension; "a.*" matches "a" too; a "?" at the end of a name or
+// before its dot also matches no character ("??.txt" matches "a.txt").
 #pragma once
 
 #include <string_view>
