@@ -213,5 +213,39 @@ TEST_F(WindowsNamesTest, ErrorCodesAreWindowsOwn) {
     CloseHandle(file);
 }
 
+TEST_F(WindowsNamesTest, ByteRangeLocksOfZeroLengthAndAtTheTop) {
+    Write("locks", std::string(64, 'x'));
+    const DWORD share = FILE_SHARE_READ | FILE_SHARE_WRITE;
+    HANDLE one = Open("T:\\locks", GENERIC_READ | GENERIC_WRITE, share, OPEN_EXISTING);
+    HANDLE two = Open("T:\\locks", GENERIC_READ | GENERIC_WRITE, share, OPEN_EXISTING);
+    ASSERT_NE(one, INVALID_HANDLE_VALUE);
+    ASSERT_NE(two, INVALID_HANDLE_VALUE);
+    // A zero-length lock at 50 refuses the regions across 50 only.
+    ASSERT_TRUE(LockFile(one, 50, 0, 0, 0));
+    EXPECT_FALSE(LockFile(two, 40, 0, 20, 0));
+    EXPECT_EQ(GetLastError(), ERROR_LOCK_VIOLATION);
+    EXPECT_TRUE(LockFile(two, 40, 0, 10, 0));
+    EXPECT_TRUE(LockFile(two, 50, 0, 0, 0));
+    // It locks no byte: reading across it goes on.
+    char buffer[64];
+    DWORD done = 0;
+    SetFilePointer(one, 0, nullptr, FILE_BEGIN);
+    EXPECT_FALSE(ReadFile(one, buffer, 64, &done, nullptr));  // 40 to 49 are two's
+    SetFilePointer(one, 50, nullptr, FILE_BEGIN);
+    EXPECT_TRUE(ReadFile(one, buffer, 14, &done, nullptr));
+    // The last byte of the offsets can be locked, one past it cannot.
+    ASSERT_TRUE(LockFile(one, 0xFFFFFFFF, 0xFFFFFFFF, 1, 0));
+    EXPECT_FALSE(LockFile(two, 0xFFFFFFFF, 0xFFFFFFFF, 1, 0));
+    EXPECT_EQ(GetLastError(), ERROR_LOCK_VIOLATION);
+    EXPECT_FALSE(LockFile(two, 0xFFFFFFFF, 0xFFFFFFFF, 2, 0));
+    EXPECT_EQ(GetLastError(), ERROR_INVALID_LOCK_RANGE);
+    EXPECT_FALSE(LockFile(two, 0, 0, 0xFFFFFFFF, 0xFFFFFFFF));
+    EXPECT_TRUE(UnlockFile(one, 0xFFFFFFFF, 0xFFFFFFFF, 1, 0));
+    EXPECT_TRUE(UnlockFile(one, 50, 0, 0, 0));
+    EXPECT_FALSE(LockFile(one, 45, 0, 3, 0));  // still two's
+    CloseHandle(one);
+    CloseHandle(two);
+}
+
 }  // namespace
 }  // namespace nvk::os

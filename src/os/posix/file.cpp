@@ -33,6 +33,12 @@ constexpr DWORD kReadAccess = GENERIC_READ | GENERIC_ALL;
 constexpr DWORD kWriteAccess = GENERIC_WRITE | GENERIC_ALL;
 constexpr DWORD kDeleteAccess = DELETE | GENERIC_ALL;
 
+// A region of LockFile: `length` bytes from `offset`, or none at all.
+struct Region {
+    ULONGLONG offset;
+    ULONGLONG length;
+};
+
 class File final : public posix::KernelObject {
 public:
     File(int fd, DWORD access, bool writable, std::string deleteOnClose)
@@ -58,10 +64,6 @@ public:
     bool CanWrite() const { return (access_ & kWriteAccess) != 0; }
     bool writable() const { return writable_; }
 
-    struct Region {
-        ULONGLONG offset;
-        ULONGLONG length;
-    };
     std::vector<Region>& regions() { return regions_; }
     // Guards the regions: a handle may be used from several threads.
     std::mutex& lock() { return lock_; }
@@ -100,17 +102,62 @@ int OpenDescriptor(const std::string& path, int flags, mode_t mode, bool read, b
     return fd;
 }
 
-// The clipped range [start, end) of a region, kept below the share markers.
-struct flock RangeLock(ULONGLONG offset, ULONGLONG length, short type) {
-    constexpr auto limit = static_cast<ULONGLONG>(posix::kMarkerBase);
-    ULONGLONG start = std::min(offset, limit);
-    ULONGLONG end = length > limit - start ? limit : start + length;
+// Byte-range locks as POSIX locks. Windows keeps zero-length regions, which
+// conflict with the regions across their offset (a lock of 0 bytes at 100
+// refuses one of 90 to 110, not one that ends at 100), and offsets up to
+// 2^64; POSIX locks have no zero length and must stay below the share markers
+// at 2^62. So each byte takes two lock positions: the region of bytes a to l
+// (inclusive) holds positions 2a+1 to 2l+1, and a zero-length region at a the
+// position 2a alone, which only regions across a hold. Offsets above 2^59
+// fold into the room left, coarser but in order, so that a region there still
+// conflicts with every region it overlaps.
+bool Overlap(const Region& x, const Region& y) {
+    if (x.length == 0 || y.length == 0) {
+        const Region& point = x.length == 0 ? x : y;
+        const Region& span = x.length == 0 ? y : x;
+        return span.length != 0 && span.offset < point.offset &&
+               point.offset - span.offset < span.length;
+    }
+    return x.offset <= y.offset + (y.length - 1) && y.offset <= x.offset + (x.length - 1);
+}
+
+off_t Position(ULONGLONG offset) {
+    constexpr ULONGLONG kFold = ULONGLONG{1} << 59;
+    const ULONGLONG folded = offset <= kFold ? offset : kFold + ((offset - kFold) >> 5);
+    return static_cast<off_t>(2 * folded);
+}
+
+struct flock RangeLock(const Region& region, short type) {
     struct flock lock = {};
     lock.l_type = type;
     lock.l_whence = SEEK_SET;
-    lock.l_start = static_cast<off_t>(start);
-    lock.l_len = static_cast<off_t>(end - start);
+    if (region.length == 0) {
+        lock.l_start = Position(region.offset);
+        lock.l_len = 1;
+    } else {
+        lock.l_start = Position(region.offset) + 1;
+        lock.l_len = Position(region.offset + (region.length - 1)) + 2 - lock.l_start;
+    }
     return lock;
+}
+
+// Whether another handle holds a lock over the positions [start, end): the
+// zero-length regions, which lock no byte, are passed over.
+bool LockedBetween(int fd, off_t start, off_t end) {
+    if (start >= end) {
+        return false;
+    }
+    struct flock probe = {};
+    probe.l_type = F_WRLCK;
+    probe.l_whence = SEEK_SET;
+    probe.l_start = start;
+    probe.l_len = end - start;
+    if (fcntl(fd, F_OFD_GETLK, &probe) != 0 || probe.l_type == F_UNLCK) {
+        return false;
+    }
+    const bool zeroLength = probe.l_len == 1 && probe.l_start % 2 == 0;
+    return !zeroLength || LockedBetween(fd, start, probe.l_start) ||
+           LockedBetween(fd, probe.l_start + 1, end);
 }
 
 // Whether another handle holds a byte-range lock over the bytes at the file
@@ -120,17 +167,8 @@ bool LockedElsewhere(File& file, DWORD count) {
     if (position < 0 || count == 0) {
         return false;
     }
-    struct flock lock = RangeLock(static_cast<ULONGLONG>(position), count, F_WRLCK);
-    if (lock.l_len == 0) {
-        return false;
-    }
-    return fcntl(file.fd(), F_OFD_GETLK, &lock) == 0 && lock.l_type != F_UNLCK;
-}
-
-ULONGLONG RegionEnd(ULONGLONG offset, ULONGLONG length) {
-    return length > std::numeric_limits<ULONGLONG>::max() - offset
-               ? std::numeric_limits<ULONGLONG>::max()
-               : offset + length;
+    const struct flock range = RangeLock({static_cast<ULONGLONG>(position), count}, F_WRLCK);
+    return LockedBetween(file.fd(), range.l_start, range.l_start + range.l_len);
 }
 
 }  // namespace
@@ -608,27 +646,31 @@ BOOL LockFile(HANDLE handle, DWORD offsetLow, DWORD offsetHigh, DWORD bytesLow, 
     if (file == nullptr) {
         return FALSE;
     }
-    ULONGLONG offset = (static_cast<ULONGLONG>(offsetHigh) << 32) | offsetLow;
-    ULONGLONG length = (static_cast<ULONGLONG>(bytesHigh) << 32) | bytesLow;
-    ULONGLONG end = RegionEnd(offset, length);
+    const Region wanted = {(static_cast<ULONGLONG>(offsetHigh) << 32) | offsetLow,
+                           (static_cast<ULONGLONG>(bytesHigh) << 32) | bytesLow};
+    // The last byte must be an offset: a region may end at 2^64, not past it.
+    if (wanted.length != 0 && wanted.length - 1 > ~wanted.offset) {
+        SetErrorCode(ERROR_INVALID_LOCK_RANGE);
+        return FALSE;
+    }
     std::lock_guard guard(file->lock());
     // Regions of one handle don't overlap either.
-    for (const File::Region& region : file->regions()) {
-        if (length != 0 && region.length != 0 && offset < RegionEnd(region.offset, region.length) &&
-            region.offset < end) {
+    for (const Region& region : file->regions()) {
+        if (Overlap(region, wanted)) {
             SetErrorCode(ERROR_LOCK_VIOLATION);
             return FALSE;
         }
     }
     // A descriptor that could only be opened for reading holds a shared lock:
-    // it still keeps writers' locks out.
-    struct flock lock = RangeLock(offset, length, file->writable() ? F_WRLCK : F_RDLCK);
-    if (lock.l_len != 0 && fcntl(file->fd(), F_OFD_SETLK, &lock) != 0 &&
-        (errno == EAGAIN || errno == EACCES)) {
+    // it still keeps writers' locks out. A zero-length region is shared too,
+    // as it conflicts with no other zero-length region.
+    const bool exclusive = file->writable() && wanted.length != 0;
+    struct flock lock = RangeLock(wanted, exclusive ? F_WRLCK : F_RDLCK);
+    if (fcntl(file->fd(), F_OFD_SETLK, &lock) != 0 && (errno == EAGAIN || errno == EACCES)) {
         SetErrorCode(ERROR_LOCK_VIOLATION);
         return FALSE;
     }
-    file->regions().push_back({offset, length});
+    file->regions().push_back(wanted);
     return TRUE;
 }
 
@@ -637,22 +679,20 @@ BOOL UnlockFile(HANDLE handle, DWORD offsetLow, DWORD offsetHigh, DWORD bytesLow
     if (file == nullptr) {
         return FALSE;
     }
-    ULONGLONG offset = (static_cast<ULONGLONG>(offsetHigh) << 32) | offsetLow;
-    ULONGLONG length = (static_cast<ULONGLONG>(bytesHigh) << 32) | bytesLow;
+    const Region wanted = {(static_cast<ULONGLONG>(offsetHigh) << 32) | offsetLow,
+                           (static_cast<ULONGLONG>(bytesHigh) << 32) | bytesLow};
     std::lock_guard guard(file->lock());
     auto& regions = file->regions();
-    auto found = std::find_if(regions.begin(), regions.end(), [&](const File::Region& region) {
-        return region.offset == offset && region.length == length;
+    auto found = std::find_if(regions.begin(), regions.end(), [&](const Region& region) {
+        return region.offset == wanted.offset && region.length == wanted.length;
     });
     if (found == regions.end()) {
         SetErrorCode(ERROR_NOT_LOCKED);
         return FALSE;
     }
     regions.erase(found);
-    struct flock lock = RangeLock(offset, length, F_UNLCK);
-    if (lock.l_len != 0) {
-        fcntl(file->fd(), F_OFD_SETLK, &lock);
-    }
+    struct flock lock = RangeLock(wanted, F_UNLCK);
+    fcntl(file->fd(), F_OFD_SETLK, &lock);
     return TRUE;
 }
 
