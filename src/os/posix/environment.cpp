@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 
+#include "os/posix/environment.h"
 #include "os/posix/handle.h"
 
 extern char** environ;
@@ -52,6 +53,16 @@ std::optional<std::string> Lookup(std::string_view name) {
 }
 
 }  // namespace
+
+namespace posix {
+
+std::string EnvironmentValue(const char* name) {
+    std::lock_guard guard(EnvironmentLock());
+    const char* value = std::getenv(name);
+    return value != nullptr ? value : std::string();
+}
+
+}  // namespace posix
 
 DWORD GetEnvironmentVariableA(LPCSTR name, LPSTR buffer, DWORD size) {
     std::optional<std::string> value;

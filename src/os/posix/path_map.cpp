@@ -9,6 +9,7 @@
 #include <fstream>
 #include <sstream>
 
+#include "os/posix/environment.h"
 #include "os/posix/system_drive_map.h"
 
 namespace nvk::os {
@@ -33,17 +34,14 @@ namespace {
 
 // The per-user directory behind C:, in the XDG data folder.
 std::string DefaultDriveC() {
-    const char* data = std::getenv("XDG_DATA_HOME");
-    std::string base;
-    if (data != nullptr && data[0] == '/') {
-        base = data;
-    } else {
-        const char* home = std::getenv("HOME");
-        if (home == nullptr || home[0] != '/') {
+    std::string base = posix::EnvironmentValue("XDG_DATA_HOME");
+    if (base.empty() || base[0] != '/') {
+        std::string home = posix::EnvironmentValue("HOME");
+        if (home.empty() || home[0] != '/') {
             const passwd* entry = getpwuid(getuid());
             home = entry != nullptr ? entry->pw_dir : "/tmp";
         }
-        base = std::string(home) + "/.local/share";
+        base = home + "/.local/share";
     }
     return base + "/nvk/drive_c";
 }
@@ -60,8 +58,7 @@ std::string MountTable() {
 namespace posix {
 
 DriveMap SystemDriveMap(bool withNetworkMounts) {
-    const char* entries = std::getenv("NVK_DRIVES");
-    DriveMap map = MakeDriveMap(entries != nullptr ? entries : "", DefaultDriveC());
+    DriveMap map = MakeDriveMap(EnvironmentValue("NVK_DRIVES"), DefaultDriveC());
     if (withNetworkMounts) {
         AddNetworkMounts(map, MountTable());
     }

@@ -9,6 +9,7 @@
 #include "os/api/file_attributes.h"
 #include "os/api/path_map.h"
 #include "os/api/sync.h"
+#include "os/posix/environment.h"
 #include "os/posix/fs_support.h"
 #include "os/posix/full_path.h"
 #include "os/posix/handle.h"
@@ -19,13 +20,13 @@ namespace {
 
 std::string TempFolder() {
     for (const char* name : {"TMP", "TEMP"}) {
-        const char* value = std::getenv(name);
-        if (value != nullptr && value[0] != '\0') {
+        std::string value = posix::EnvironmentValue(name);
+        if (!value.empty()) {
             return posix::SystemFullPath(value);
         }
     }
-    const char* native = std::getenv("TMPDIR");
-    return ToWindowsPath(native != nullptr && native[0] == '/' ? native : "/tmp");
+    std::string native = posix::EnvironmentValue("TMPDIR");
+    return ToWindowsPath(!native.empty() && native[0] == '/' ? native.c_str() : "/tmp");
 }
 
 }  // namespace
