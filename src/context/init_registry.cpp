@@ -18,6 +18,7 @@ InitRegistry& InitRegistry::Module() {
 }
 
 bool InitRegistry::Register(const EInitInfos& info) {
+    std::lock_guard guard(m_Lock);
     if (m_Entries.Find(info.Id, FindExact) != -1) {
         return false;
     }
@@ -46,6 +47,7 @@ void InitRegistry::Visit(int index) {
 }
 
 bool InitRegistry::RunLevel(int level) {
+    std::lock_guard guard(m_Lock);
     if (m_Level >= level) {
         return true;
     }

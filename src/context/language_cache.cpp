@@ -1,6 +1,7 @@
 #include "nvk/context/language_cache.h"
 
 #include <cstdlib>
+#include <mutex>
 #include <vector>
 
 #include "nvk/core/sorted_map.h"
@@ -45,9 +46,17 @@ Chaine SystemItem(std::uint32_t lcid, std::uint32_t item) {
 
 using CacheMap = FSortedMap<std::uint32_t, LanguageCacheHandle>;
 
-// This module's caches, one per locale id; torn down with the module.
-CacheMap& Caches() {
-    static CacheMap caches;
+// This module's caches, one per locale id, torn down with the module. The
+// lock guards every use of the map: ELocale values are made on any of the
+// application's threads, and without it two first requests insert into the
+// array at once, and even a look-up moves the map's cursor under another's.
+struct CacheTable {
+    std::mutex Lock;
+    CacheMap Map;
+};
+
+CacheTable& Caches() {
+    static CacheTable caches;
     return caches;
 }
 
@@ -71,6 +80,14 @@ Chaine LanguageCache::GetLocaleItem(std::uint32_t item) const {
 }
 
 const PTableau<Chaine>& LanguageCache::GetMonthNames(bool shortForm) {
+    // The names are filled once, under this cache's own critical section:
+    // two threads printing their first dates would otherwise fill the same
+    // arrays and release the same buffers twice. Once the flag is seen set,
+    // the arrays no longer change and are read without the lock.
+    if ((__atomic_load_n(&Flags, __ATOMIC_ACQUIRE) & kMonthNamesLoaded) != 0) {
+        return shortForm ? ShortMonthNames : MonthNames;
+    }
+    CSingleLock lock(this, true);
     if ((Flags & kMonthNamesLoaded) == 0) {
         for (int i = 0; i < 12; ++i) {
             if (MonthNames.Size() <= i) {
@@ -85,13 +102,15 @@ const PTableau<Chaine>& LanguageCache::GetMonthNames(bool shortForm) {
             ShortMonthNames[i] =
                 GetLocaleItem(nvk::os::LOCALE_SABBREVMONTHNAME1 + static_cast<unsigned>(i));
         }
-        Flags |= kMonthNamesLoaded;
+        __atomic_or_fetch(&Flags, kMonthNamesLoaded, __ATOMIC_RELEASE);
     }
     return shortForm ? ShortMonthNames : MonthNames;
 }
 
 LanguageCacheHandle CacheFor(std::uint32_t lcid) {
-    CacheMap& caches = Caches();
+    CacheTable& table = Caches();
+    std::lock_guard guard(table.Lock);
+    CacheMap& caches = table.Map;
     int i = caches.Find(lcid, FindExact);
     if (i == -1) {
         auto* cache = new LanguageCache(lcid);

@@ -37,14 +37,24 @@ ELoc& ELoc::Get() {
 }
 
 const Chaine& ELoc::GetCountry() {
-    if (Country.IsEmpty()) {
+    // The object is the process's, so its callers are any module's threads:
+    // the text is filled under a lock, or two first calls would assign it at
+    // once. While it is still unknown a caller gets an empty value of its
+    // own, not the field that another call may be filling.
+    if (m_CountryKnown.load(std::memory_order_acquire)) {
+        return Country;
+    }
+    static const Chaine unknown;
+    std::lock_guard guard(m_CountryLock);
+    if (!m_CountryKnown.load(std::memory_order_relaxed)) {
         char value[256];
         nvk::os::DWORD n = nvk::os::GetEnvironmentVariableA(kCountryVariable, value, sizeof value);
         if (n > 0 && n < sizeof value) {
             Country = value;
+            m_CountryKnown.store(true, std::memory_order_release);
         }
     }
-    return Country;
+    return m_CountryKnown.load(std::memory_order_relaxed) ? Country : unknown;
 }
 
 PTableau<std::uint16_t> ELoc::ResourceLanguagesOf(nvk::os::HMODULE module) {

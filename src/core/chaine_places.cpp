@@ -2,7 +2,9 @@
 // folders, temporary files and the shell's special folders. The executable's
 // path and folder and the temporary folder are kept in values that the
 // module's init-object registry releases at its tear-down.
+#include <atomic>
 #include <cstring>
+#include <mutex>
 
 #include "nvk/context/init_registry.h"
 #include "nvk/core/chaine.h"
@@ -20,34 +22,52 @@ constexpr int kTempFolderLine = 419;
 constexpr int kExePathLine = 513;
 constexpr int kExeFolderLine = 521;
 
+// One cached place: the value, made on first use and registered with the
+// module's init-object registry, and whether it holds something yet.
+struct Place {
+    Chaine* Value = nullptr;
+    std::atomic<bool> Known{false};
+    std::mutex Lock;
+};
+
 // Level 4 is the tear-down: the value goes, and a later call makes it anew.
 bool ReleaseCache(int level, void* context) {
     if (level == 4) {
-        auto** slot = static_cast<Chaine**>(context);
-        delete *slot;
-        *slot = nullptr;
+        auto* place = static_cast<Place*>(context);
+        place->Known.store(false, std::memory_order_relaxed);
+        delete place->Value;
+        place->Value = nullptr;
     }
     return true;
 }
 
-// The cache behind `slot`, filled by `fill` as long as it is empty. Made on
-// first use without a lock: the first call comes before threads compete.
+// The value of `place`, filled by `fill` as long as it is empty. Nothing in
+// an application makes sure that the first call comes before its threads
+// compete, so the making, registering and filling happen once, under the
+// place's lock; two first calls would otherwise both make and register the
+// value, and one would read it half filled. Once the value is known it no
+// longer changes, and is copied without the lock.
 template <class Fill>
-const Chaine& Cached(Chaine*& slot, int line, Fill fill) {
-    if (slot == nullptr) {
-        slot = new Chaine;
+Chaine Cached(Place& place, int line, Fill fill) {
+    if (place.Known.load(std::memory_order_acquire)) {
+        return *place.Value;
+    }
+    std::lock_guard guard(place.Lock);
+    if (place.Value == nullptr) {
+        place.Value = new Chaine;
         nvk::InitRegistry::Module().Register(
-            EInitInfos(ReleaseCache, &slot, "ChaineFile", nullptr, line));
+            EInitInfos(ReleaseCache, &place, "ChaineFile", nullptr, line));
     }
-    if (slot->IsEmpty()) {
-        fill(*slot);
+    if (place.Value->IsEmpty()) {
+        fill(*place.Value);
+        place.Known.store(!place.Value->IsEmpty(), std::memory_order_release);
     }
-    return *slot;
+    return *place.Value;
 }
 
-Chaine* g_pTempFolder = nullptr;
-Chaine* g_pExePath = nullptr;
-Chaine* g_pExeFolder = nullptr;
+Place g_TempFolder;
+Place g_ExePath;
+Place g_ExeFolder;
 
 // The text of a call that tells the size it needs, then fills: two passes.
 template <class Call>
@@ -82,18 +102,18 @@ Chaine& Chaine::GetModulePath(os::HMODULE module) {
 
 Chaine& Chaine::GetExePath() {
     return Assign(
-        Cached(g_pExePath, kExePathLine, [](Chaine& value) { value.GetModulePath(nullptr); }));
+        Cached(g_ExePath, kExePathLine, [](Chaine& value) { value.GetModulePath(nullptr); }));
 }
 
 Chaine& Chaine::GetExeFolder() {
-    return Assign(Cached(g_pExeFolder, kExeFolderLine, [](Chaine& value) {
+    return Assign(Cached(g_ExeFolder, kExeFolderLine, [](Chaine& value) {
         Chaine path;
         value = path.GetExePath().GetFolder();
     }));
 }
 
 Chaine& Chaine::GetTempFolder() {
-    return Assign(Cached(g_pTempFolder, kTempFolderLine, [](Chaine& value) {
+    return Assign(Cached(g_TempFolder, kTempFolderLine, [](Chaine& value) {
         FillTwoPasses(value,
                       [](os::DWORD size, char* buffer) { return os::GetTempPathA(size, buffer); });
     }));

@@ -4,6 +4,8 @@
 // the tear-down, if nothing has yet.
 #pragma once
 
+#include <mutex>
+
 #include "nvk/context/init_infos.h"
 #include "nvk/core/sorted_map.h"
 #include "nvk/core/tableau.h"
@@ -36,6 +38,10 @@ public:
 private:
     void Visit(int index);
 
+    // Registrations come from the first calls of the values the registry
+    // releases, on whatever thread makes them, so the entries are changed and
+    // walked under this lock. Recursive: a callback may register.
+    std::recursive_mutex m_Lock;
     FSortedMap<EInitObjectID, EInitInfos> m_Entries;
     PTableau<EInitObjectID> m_Order;
     int m_Level = 0;

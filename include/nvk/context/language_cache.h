@@ -1,6 +1,6 @@
 // What a locale says, asked once and kept: one LanguageCache per locale id
-// and module, shared by every ELocale of that id. The critical section is for
-// holders that guard the lazily filled fields; the cache itself takes no lock.
+// and module, shared by every ELocale of that id, on any thread. The critical
+// section guards the lazily filled fields.
 #pragma once
 
 #include <cstdint>

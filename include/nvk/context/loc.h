@@ -3,7 +3,9 @@
 // dates and names follow the thread's locale as it was at start-up.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
+#include <mutex>
 
 #include "nvk/context/locale.h"
 #include "nvk/core/chaine.h"
@@ -28,7 +30,7 @@ public:
     std::uint16_t GetLangID() const { return LangID; }
     std::uint32_t GetThreadLCID() const { return ThreadLocale; }
     ELocale& GetLocale() { return Locale; }
-    // Read again from "cdCountry" while it is empty.
+    // Read again from "cdCountry" while it is empty; any thread may ask.
     const Chaine& GetCountry();
 
     // The languages of a module's framework string block, leaving out the
@@ -41,4 +43,10 @@ public:
     ELocale SystemLocale;
     PTableau<std::uint16_t> ResourceLanguages;
     Chaine Country;
+
+private:
+    // Country is filled at most once, under the lock; once it is known it
+    // no longer changes, and is read without the lock.
+    std::mutex m_CountryLock;
+    std::atomic<bool> m_CountryKnown{false};
 };

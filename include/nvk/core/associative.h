@@ -57,21 +57,22 @@ public:
     virtual int Find(const Key& key, int mode = FindExact) {
         m_Array.MakeUnique();
         const int count = m_Array.Size();
-        if (m_Cursor >= 0 && m_Cursor < count && Compare(key, Element(m_Cursor)) == 0) {
-            return m_Cursor;
+        const int start = m_Cursor;
+        if (start >= 0 && start < count && Compare(key, Element(start)) == 0) {
+            return start;
         }
         for (int i = 0; i < count; ++i) {
             if (Compare(key, Element(i)) == 0) {
-                return m_Cursor = i;
+                return Land(i);
             }
         }
         if (mode == FindOrCreate) {
             return InsertPair(key, count);
         }
         if (mode == FindInsertPos) {
-            return m_Cursor = count - 1;
+            return Land(count - 1);
         }
-        return m_Cursor = -1;
+        return Land(-1);
     }
 
     // The value under `key`, made (default) if the key is new: this is how a
@@ -113,7 +114,14 @@ protected:
     // on it. The pair is built once and copied in.
     int InsertPair(const Key& key, int index) {
         m_Array.InsertAt(index, Pair{key, Value()});
-        return m_Cursor = index;
+        return Land(index);
+    }
+
+    // Leaves the cursor on `index` and answers `index` itself, not the
+    // member read back.
+    int Land(int index) {
+        m_Cursor = index;
+        return index;
     }
 
     PTableau<Pair> m_Array;

@@ -14,28 +14,30 @@ public:
     using typename EAssociative<Pair>::Key;
 
     // Brackets the key with at most two comparisons (the cursor, then the
-    // first or the last element), then bisects inside the bracket.
+    // first or the last element), then bisects inside the bracket. The
+    // answer is the local index the search ended on: the remembered Cursor
+    // is written, never read back, so a search returns what it found.
     int Find(const Key& key, int mode = FindExact) override {
         this->m_Array.MakeUnique();
         const int count = this->m_Array.Size();
-        int& cursor = this->m_Cursor;
         if (count == 0) {
             if (mode == FindOrCreate) {
                 return this->InsertPair(key, 0);
             }
-            return cursor = -1;
+            return this->Land(-1);
         }
+        int start = this->m_Cursor;
         // A cursor behind the end would name spare memory.
-        if (cursor < 0 || cursor >= count) {
-            cursor = (count - 1) >> 1;
+        if (start < 0 || start >= count) {
+            start = (count - 1) >> 1;
         }
         const int last = count - 1;
-        const int atCursor = this->Compare(key, this->Element(cursor));
+        const int atCursor = this->Compare(key, this->Element(start));
         if (atCursor == 0) {
-            return cursor;
+            return this->Land(start);
         }
         if (atCursor < 0) {
-            if (cursor == 0) {
+            if (start == 0) {
                 return BeforeFirst(key, mode);
             }
             const int atFirst = this->Compare(key, this->Element(0));
@@ -43,17 +45,17 @@ public:
                 return BeforeFirst(key, mode);
             }
             if (atFirst == 0) {
-                return cursor = 0;
+                return this->Land(0);
             }
-            return Bisect(key, mode, 0, cursor);
+            return Bisect(key, mode, 0, start);
         }
-        if (cursor != last) {
+        if (start != last) {
             const int atLast = this->Compare(key, this->Element(last));
             if (atLast < 0) {
-                return Bisect(key, mode, cursor, last);
+                return Bisect(key, mode, start, last);
             }
             if (atLast == 0) {
-                return cursor = last;
+                return this->Land(last);
             }
         }
         return BeyondLast(key, mode);
@@ -75,57 +77,54 @@ public:
 
 private:
     int BeforeFirst(const Key& key, int mode) {
-        this->m_Cursor = 0;
         switch (mode) {
             case FindAbove:
             case FindInsertPos:
-                return 0;
+                return this->Land(0);
             case FindOrCreate:
                 return this->InsertPair(key, 0);
             default:
-                return this->m_Cursor = -1;
+                return this->Land(-1);
         }
     }
 
     int BeyondLast(const Key& key, int mode) {
         const int last = this->m_Array.Size() - 1;
-        this->m_Cursor = last;
         switch (mode) {
             case FindBelow:
             case FindInsertPos:
-                return last;
+                return this->Land(last);
             case FindOrCreate:
                 return this->InsertPair(key, last + 1);
             default:
-                return this->m_Cursor = -1;
+                return this->Land(-1);
         }
     }
 
     // The key lies strictly between the elements at `low` and `high`. Only
     // -1 and 1 narrow the bracket; any other result is a hit.
     int Bisect(const Key& key, int mode, int low, int high) {
-        int& cursor = this->m_Cursor;
         while (high - low > 1) {
-            cursor = (high + low) >> 1;
-            const int result = this->Compare(key, this->Element(cursor));
+            const int middle = (high + low) >> 1;
+            const int result = this->Compare(key, this->Element(middle));
             if (result == -1) {
-                high = cursor;
+                high = middle;
             } else if (result == 1) {
-                low = cursor;
+                low = middle;
             } else {
-                return cursor;
+                return this->Land(middle);
             }
         }
         switch (mode) {
             case FindAbove:
             case FindInsertPos:
-                return cursor = high;
+                return this->Land(high);
             case FindBelow:
-                return cursor = low;
+                return this->Land(low);
             case FindOrCreate:
                 return this->InsertPair(key, high);
             default:
-                return cursor = -1;
+                return this->Land(-1);
         }
     }
 };

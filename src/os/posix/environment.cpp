@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 
+#include "os/posix/environment.h"
 #include "os/posix/handle.h"
 
 extern char** environ;
@@ -52,6 +53,18 @@ std::optional<std::string> Lookup(std::string_view name) {
 }
 
 }  // namespace
+
+namespace posix {
+
+std::string EnvironmentValue(const char* name) {
+    std::lock_guard guard(EnvironmentLock());
+    // A program that runs with more privileges than its caller takes no
+    // folder or setting from the caller's environment.
+    const char* value = secure_getenv(name);
+    return value != nullptr ? value : std::string();
+}
+
+}  // namespace posix
 
 DWORD GetEnvironmentVariableA(LPCSTR name, LPSTR buffer, DWORD size) {
     std::optional<std::string> value;

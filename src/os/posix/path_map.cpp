@@ -7,6 +7,7 @@
 #include <fstream>
 #include <sstream>
 
+#include "os/posix/environment.h"
 #include "os/posix/system_drive_map.h"
 #include "os/posix/user_folders.h"
 
@@ -33,9 +34,9 @@ namespace {
 // The per-user directory behind C:, in the XDG data folder of the user's own
 // home; never in a shared folder. Empty (C: unmapped) without a home.
 std::string DefaultDriveC() {
-    const char* data = std::getenv("XDG_DATA_HOME");
-    if (data != nullptr && data[0] == '/') {
-        return std::string(data) + "/nvk/drive_c";
+    const std::string data = posix::EnvironmentValue("XDG_DATA_HOME");
+    if (!data.empty() && data[0] == '/') {
+        return data + "/nvk/drive_c";
     }
     std::string home = posix::HomeFolder();
     return home.empty() ? std::string() : home + "/.local/share/nvk/drive_c";
@@ -53,8 +54,7 @@ std::string MountTable() {
 namespace posix {
 
 DriveMap SystemDriveMap(bool withNetworkMounts) {
-    const char* entries = std::getenv("NVK_DRIVES");
-    DriveMap map = MakeDriveMap(entries != nullptr ? entries : "", DefaultDriveC());
+    DriveMap map = MakeDriveMap(EnvironmentValue("NVK_DRIVES"), DefaultDriveC());
     if (withNetworkMounts) {
         AddNetworkMounts(map, MountTable());
     }

@@ -25,6 +25,7 @@
 #include "os/api/path_map.h"
 #include "os/api/sync.h"
 #include "os/posix/command_line.h"
+#include "os/posix/environment.h"
 #include "os/posix/handle.h"
 #include "os/posix/module_names.h"
 
@@ -222,7 +223,8 @@ std::string FindProgram(const std::string& program, bool search) {
         // run instead of the system's, so neither it nor PATH's empty or
         // relative entries are searched: ".\\prog" names it when meant.
         folders.push_back(Folder(posix::ExecutablePath()));
-        if (const char* path = std::getenv("PATH"); search && path != nullptr) {
+        if (search) {
+            const std::string path = posix::EnvironmentValue("PATH");
             for (std::string_view rest(path); !rest.empty();) {
                 std::size_t colon = rest.find(':');
                 std::string folder(rest.substr(0, colon));

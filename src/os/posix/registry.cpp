@@ -18,6 +18,7 @@
 
 #include "os/api/sync.h"
 #include "os/posix/code_page.h"
+#include "os/posix/environment.h"
 #include "os/posix/handle.h"
 #include "os/posix/registry_file.h"
 
@@ -87,16 +88,16 @@ bool Resolve(HKEY key, KeyRef& ref) {
 }
 
 std::string RegistryFolder() {
-    const char* folder = std::getenv("NVK_REGISTRY_DIR");
-    if (folder != nullptr && folder[0] == '/') {
+    std::string folder = posix::EnvironmentValue("NVK_REGISTRY_DIR");
+    if (!folder.empty() && folder[0] == '/') {
         return folder;
     }
-    const char* config = std::getenv("XDG_CONFIG_HOME");
-    if (config != nullptr && config[0] == '/') {
-        return std::string(config) + "/nvk/registry";
+    std::string config = posix::EnvironmentValue("XDG_CONFIG_HOME");
+    if (!config.empty() && config[0] == '/') {
+        return config + "/nvk/registry";
     }
-    const char* home = std::getenv("HOME");
-    return std::string(home != nullptr && home[0] == '/' ? home : "/tmp") + "/.config/nvk/registry";
+    std::string home = posix::EnvironmentValue("HOME");
+    return (!home.empty() && home[0] == '/' ? home : "/tmp") + "/.config/nvk/registry";
 }
 
 // The parsed file of one root, read again whenever the file changed: a writer

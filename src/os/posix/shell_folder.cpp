@@ -9,6 +9,7 @@
 #include <string>
 
 #include "os/api/path_map.h"
+#include "os/posix/environment.h"
 #include "os/posix/fs_support.h"
 #include "os/posix/handle.h"
 
@@ -54,8 +55,8 @@ constexpr SpecialFolder kFolders[] = {
 };
 
 std::string Home() {
-    const char* home = std::getenv("HOME");
-    if (home != nullptr && home[0] == '/') {
+    std::string home = posix::EnvironmentValue("HOME");
+    if (!home.empty() && home[0] == '/') {
         return home;
     }
     const passwd* entry = getpwuid(geteuid());
@@ -64,8 +65,8 @@ std::string Home() {
 
 // An absolute native directory from a variable, or empty.
 std::string AbsoluteFromEnvironment(const char* name) {
-    const char* value = std::getenv(name);
-    return value != nullptr && value[0] == '/' ? value : "";
+    std::string value = posix::EnvironmentValue(name);
+    return !value.empty() && value[0] == '/' ? value : "";
 }
 
 std::string ConfigHome() {

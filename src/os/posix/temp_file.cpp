@@ -1,7 +1,5 @@
 #include "os/api/temp_file.h"
 
-#include <stdlib.h>
-
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -11,6 +9,7 @@
 #include "os/api/file_attributes.h"
 #include "os/api/path_map.h"
 #include "os/api/sync.h"
+#include "os/posix/environment.h"
 #include "os/posix/fs_support.h"
 #include "os/posix/full_path.h"
 #include "os/posix/handle.h"
@@ -29,19 +28,18 @@ namespace {
 // when there is none to trust.
 std::string TempFolder() {
     for (const char* name : {"TMP", "TEMP"}) {
-        const char* value = secure_getenv(name);
-        if (value != nullptr && value[0] != '\0') {
+        std::string value = posix::EnvironmentValue(name);
+        if (!value.empty()) {
             return posix::SystemFullPath(value);
         }
     }
-    std::string native;
-    if (const char* runtime = secure_getenv("XDG_RUNTIME_DIR");
-        runtime != nullptr && runtime[0] == '/') {
-        native = runtime;
-    } else if (std::string home = posix::HomeFolder(); !home.empty()) {
-        const char* cache = secure_getenv("XDG_CACHE_HOME");
-        native = (cache != nullptr && cache[0] == '/' ? std::string(cache) : home + "/.cache") +
-                 "/nvk/temp";
+    std::string native = posix::EnvironmentValue("XDG_RUNTIME_DIR");
+    if (native.empty() || native[0] != '/') {
+        const std::string home = posix::HomeFolder();
+        const std::string cache = posix::EnvironmentValue("XDG_CACHE_HOME");
+        native = home.empty()
+                     ? std::string()
+                     : (!cache.empty() && cache[0] == '/' ? cache : home + "/.cache") + "/nvk/temp";
     }
     if (!posix::PrivateFolder(native, posix::Others::NoAccess)) {
         return {};

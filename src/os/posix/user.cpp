@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "os/posix/environment.h"
 #include "os/posix/handle.h"
 
 namespace nvk::os {
@@ -25,7 +26,7 @@ std::string UserName() {
         return found->pw_name;
     }
     for (const char* variable : {"USER", "LOGNAME"}) {
-        if (const char* value = std::getenv(variable); value != nullptr && value[0] != '\0') {
+        if (std::string value = posix::EnvironmentValue(variable); !value.empty()) {
             return value;
         }
     }

@@ -8,12 +8,13 @@
 #include <cstdlib>
 #include <vector>
 
+#include "os/posix/environment.h"
 #include "os/posix/handle.h"
 
 namespace nvk::os::posix {
 
 std::string HomeFolder() {
-    if (const char* home = secure_getenv("HOME"); home != nullptr && home[0] == '/') {
+    if (std::string home = EnvironmentValue("HOME"); !home.empty() && home[0] == '/') {
         return home;
     }
     std::vector<char> scratch(4096);
