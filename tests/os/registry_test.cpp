@@ -155,7 +155,6 @@ TEST_F(RegistryTest, FilesWrittenByHandAreReadAndImported) {
         "es\"\r\n"
         "\"Multi\"=hex(7):61,00,00,00,62,00,00,\\\r\n"
         "  00,00,00\r\n"
-        "\"broken line\r\n"
         "@=\"\xE9t\xE9\"\r\n";
     std::ofstream(folder_ / "HKEY_LOCAL_MACHINE.reg", std::ios::binary)
         << posix::Utf16FileBytes(machine);
@@ -197,13 +196,119 @@ TEST_F(RegistryTest, FilesWrittenByHandAreReadAndImported) {
     EXPECT_EQ(RegOpenKeyExA(HKEY_CURRENT_USER, "Software\\Old", 0, KEY_READ, &key),
               ERROR_FILE_NOT_FOUND);
     EXPECT_EQ(RegImportText("[HKEY_CURRENT_USER\\x]\n"), ERROR_BAD_FORMAT);
-    EXPECT_EQ(RegImportText("REGEDIT4\n[HKEY_NOWHERE\\x]\n"), ERROR_BADKEY);
+    EXPECT_EQ(RegImportText("REGEDIT4\n[HKEY_NOWHERE\\x]\n\"a\"=\"b\"\n"), ERROR_SUCCESS);
 
     std::string text;
     ASSERT_EQ(RegExportText(HKEY_CURRENT_USER, "software\\new", text), ERROR_SUCCESS);
     EXPECT_EQ(text,
               "Windows Registry Editor Version 5.00\r\n\r\n"
               "[HKEY_CURRENT_USER\\Software\\New]\r\n\"Path\"=\"x\"\r\n\r\n");
+}
+
+TEST_F(RegistryTest, CallsAnswerAsTheSystemDocuments) {
+    HKEY key = nullptr;
+    ASSERT_EQ(RegCreateKeyExA(HKEY_CURRENT_USER, "Software\\A\\B", 0, nullptr, 0, KEY_ALL_ACCESS,
+                              nullptr, &key, nullptr),
+              ERROR_SUCCESS);
+    // A null subkey deletes nothing; an empty one is the handle's own key.
+    EXPECT_EQ(RegDeleteKeyA(key, nullptr), ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(SetText(key, "v", "x"), ERROR_SUCCESS);
+    EXPECT_EQ(RegDeleteKeyA(key, ""), ERROR_SUCCESS);
+    EXPECT_EQ(Get(key, "v"), "#1018");
+
+    // A handle designates its key: the key made again under its name is
+    // another one.
+    HKEY again = nullptr;
+    ASSERT_EQ(RegCreateKeyExA(HKEY_CURRENT_USER, "Software\\A\\B", 0, nullptr, 0, KEY_ALL_ACCESS,
+                              nullptr, &again, nullptr),
+              ERROR_SUCCESS);
+    EXPECT_EQ(SetText(key, "v", "x"), ERROR_KEY_DELETED);
+    EXPECT_EQ(Get(again, "v"), "#2");
+    HKEY child = nullptr;
+    EXPECT_EQ(RegCreateKeyExA(key, "C", 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &child, nullptr),
+              ERROR_KEY_DELETED);
+    EXPECT_EQ(RegOpenKeyExA(key, "", 0, KEY_READ, &child), ERROR_KEY_DELETED);
+    RegCloseKey(key);
+
+    // Text stored with its terminating zero; a query adds one where there
+    // is room after a text that has none.
+    for (DWORD type : {REG_SZ, REG_EXPAND_SZ, REG_MULTI_SZ}) {
+        EXPECT_EQ(RegSetValueExA(again, "t", 0, type, reinterpret_cast<const BYTE*>("abc"), 3),
+                  ERROR_SUCCESS);
+        EXPECT_EQ(Get(again, "t"), std::string("abc\0", 4));
+    }
+    EXPECT_EQ(RegSetValueExA(again, "e", 0, REG_SZ, reinterpret_cast<const BYTE*>(""), 0),
+              ERROR_SUCCESS);
+    char buffer[16] = "xxxxxxxxxx";
+    DWORD type = 0;
+    DWORD size = 4;
+    EXPECT_EQ(RegQueryValueExA(again, "e", nullptr, &type, reinterpret_cast<LPBYTE>(buffer), &size),
+              ERROR_SUCCESS);
+    EXPECT_EQ(size, 0u);
+    EXPECT_EQ(buffer[0], '\0');
+
+    // A missing value sets the size to 0; type and size may be one variable.
+    size = 99;
+    EXPECT_EQ(RegQueryValueExA(again, "missing", nullptr, nullptr, nullptr, &size),
+              ERROR_FILE_NOT_FOUND);
+    EXPECT_EQ(size, 0u);
+    DWORD both = sizeof buffer;
+    EXPECT_EQ(RegQueryValueExA(again, "t", nullptr, &both, reinterpret_cast<LPBYTE>(buffer), &both),
+              ERROR_SUCCESS);
+    EXPECT_EQ(both, 4u);
+
+    // Enumeration that does not fit: the type and the data's size come back,
+    // the name and its length stay as they were.
+    EXPECT_EQ(SetText(again, "Test", "foobar"), ERROR_SUCCESS);
+    auto enumerate = [&](DWORD nameSize, DWORD dataSize) {
+        std::string name = "xxxxxxxxxx";
+        std::string data = "xxxxxxxxxx";
+        type = 1234;
+        LSTATUS status = RegEnumValueA(again, 2, name.data(), &nameSize, nullptr, &type,
+                                       reinterpret_cast<LPBYTE>(data.data()), &dataSize);
+        return std::to_string(status) + " " + name.c_str() + " " + std::to_string(nameSize) + " " +
+               data.c_str() + " " + std::to_string(dataSize) + " " + std::to_string(type);
+    };
+    EXPECT_EQ(enumerate(20, 2), "234 xxxxxxxxxx 20 xxxxxxxxxx 7 1");
+    EXPECT_EQ(enumerate(4, 20), "234 xxxxxxxxxx 4 xxxxxxxxxx 7 1");
+    EXPECT_EQ(enumerate(5, 20), "0 Test 4 foobar 7 1");
+
+    // Names: limits, a leading backslash, the root itself.
+    std::string longest(255, 'k');
+    EXPECT_EQ(RegCreateKeyExA(again, longest.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr,
+                              &child, nullptr),
+              ERROR_SUCCESS);
+    RegCloseKey(child);
+    for (const std::string& bad : {longest + "k", std::string("a\nb")}) {
+        EXPECT_EQ(RegCreateKeyExA(again, bad.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr,
+                                  &child, nullptr),
+                  ERROR_INVALID_PARAMETER);
+    }
+    EXPECT_EQ(SetText(again, std::string(16383, 'v').c_str(), "x"), ERROR_SUCCESS);
+    EXPECT_EQ(SetText(again, std::string(16384, 'v').c_str(), "x"), ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(RegCreateKeyExA(HKEY_CURRENT_USER, "\\Software\\A", 0, nullptr, 0, KEY_ALL_ACCESS,
+                              nullptr, &child, nullptr),
+              ERROR_BAD_PATHNAME);
+    EXPECT_EQ(RegOpenKeyExA(HKEY_CURRENT_USER, "\\Software", 0, KEY_READ, &child),
+              ERROR_BAD_PATHNAME);
+    for (const char* none : {static_cast<const char*>(nullptr), ""}) {
+        child = nullptr;
+        EXPECT_EQ(RegOpenKeyExA(HKEY_CURRENT_USER, none, 0, KEY_READ, &child), ERROR_SUCCESS);
+        EXPECT_EQ(child, HKEY_CURRENT_USER);
+    }
+    auto* const untouched = reinterpret_cast<HKEY>(0x1234);
+    child = untouched;
+    EXPECT_EQ(RegOpenKeyExA(reinterpret_cast<HKEY>(0x7777), "x", 0, KEY_READ, &child),
+              ERROR_INVALID_HANDLE);
+    EXPECT_EQ(child, untouched);
+    RegCloseKey(again);
+
+    // Making a subkey asks nothing of the parent handle's access.
+    ASSERT_EQ(RegOpenKeyExA(HKEY_CURRENT_USER, "Software\\A", 0, KEY_READ, &key), ERROR_SUCCESS);
+    EXPECT_EQ(RegCreateKeyExA(key, "New", 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &child, nullptr),
+              ERROR_SUCCESS);
+    RegCloseKey(child);
+    RegCloseKey(key);
 }
 
 TEST_F(RegistryTest, WritersInSeveralProcessesLoseNothing) {

@@ -59,7 +59,15 @@ bool ParseKey(const std::string& text, os::HKEY& root, std::string& subKey) {
 }
 
 int Failed(const std::string& what, os::LSTATUS status) {
-    std::cerr << "nvk: " << what << " (error " << status << ")\n";
+    std::cerr << "nvk: " << what << " (error " << status;
+    if (status == static_cast<os::LSTATUS>(os::ERROR_BADDB)) {
+        std::cerr << ": the root's registry file holds a part that does not read; repair or "
+                     "remove it";
+    } else if (status == static_cast<os::LSTATUS>(os::ERROR_ACCESS_DENIED)) {
+        std::cerr << ": access denied; the registry folder must belong to the user and be closed "
+                     "to others' writes";
+    }
+    std::cerr << ")\n";
     return status == static_cast<os::LSTATUS>(os::ERROR_FILE_NOT_FOUND) ? kNegative : kFailure;
 }
 
@@ -173,6 +181,12 @@ int Delete(const Args& args) {
     return status == os::ERROR_SUCCESS ? kOk : Failed("can't delete " + args[0], status);
 }
 
+// An export that did not reach its output (a full disk) is a failure.
+int Written() {
+    std::cout.flush();
+    return std::cout ? kOk : Fail("can't write the export");
+}
+
 int Export(const Args& args) {
     if (!Expect(args, 0, 1, kCommands[3])) {
         return kFailure;
@@ -189,13 +203,16 @@ int Export(const Args& args) {
             return Failed("no key " + args[0], status);
         }
         std::cout << text;
-        return kOk;
+        return Written();
     }
     // Every root that holds something, under one header.
     bool first = true;
     for (const Root& root : kRoots) {
         std::string text;
-        os::RegExportText(root.key, "", text);
+        if (os::LSTATUS status = os::RegExportText(root.key, "", text);
+            status != os::ERROR_SUCCESS) {
+            return Failed(std::string("can't read ") + root.name, status);
+        }
         std::size_t body = text.find("\r\n\r\n") + 4;
         if (text.size() <= body + std::string_view(root.name).size() + 6) {
             continue;  // the root's section alone, empty
@@ -206,7 +223,7 @@ int Export(const Args& args) {
     if (first) {
         std::cout << "Windows Registry Editor Version 5.00\r\n\r\n";
     }
-    return kOk;
+    return Written();
 }
 
 int Import(const Args& args) {

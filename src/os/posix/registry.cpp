@@ -7,20 +7,20 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <functional>
 #include <map>
 #include <mutex>
-#include <sstream>
 
 #include "os/api/sync.h"
 #include "os/posix/code_page.h"
 #include "os/posix/environment.h"
 #include "os/posix/handle.h"
 #include "os/posix/registry_file.h"
+#include "os/posix/user_folders.h"
 
 namespace nvk::os {
 
@@ -33,49 +33,44 @@ using posix::RegistryValue;
 struct Root {
     HKEY key;
     const char* name;
-    const char* shortName;
 };
 
 const Root kRoots[] = {
-    {HKEY_CLASSES_ROOT, "HKEY_CLASSES_ROOT", "HKCR"},
-    {HKEY_CURRENT_USER, "HKEY_CURRENT_USER", "HKCU"},
-    {HKEY_LOCAL_MACHINE, "HKEY_LOCAL_MACHINE", "HKLM"},
-    {HKEY_USERS, "HKEY_USERS", "HKU"},
-    {HKEY_CURRENT_CONFIG, "HKEY_CURRENT_CONFIG", "HKCC"},
+    {HKEY_CLASSES_ROOT, "HKEY_CLASSES_ROOT"},     {HKEY_CURRENT_USER, "HKEY_CURRENT_USER"},
+    {HKEY_LOCAL_MACHINE, "HKEY_LOCAL_MACHINE"},   {HKEY_USERS, "HKEY_USERS"},
+    {HKEY_CURRENT_CONFIG, "HKEY_CURRENT_CONFIG"},
 };
 
 const Root* RootByName(std::string_view name) {
-    NoCaseLess less;
-    auto same = [&](std::string_view a, std::string_view b) { return !less(a, b) && !less(b, a); };
+    name = posix::RegistryRootName(name);
     for (const Root& root : kRoots) {
-        if (same(name, root.name) || same(name, root.shortName)) {
+        if (name == root.name) {
             return &root;
         }
     }
     return nullptr;
 }
 
-// An open key: its root, the names below it, and the access it was opened
-// with. The key itself lives in the root's file and may go meanwhile.
-class OpenKey final : public posix::KernelObject {
-public:
-    OpenKey(const Root* root, std::vector<std::string> path, REGSAM access)
-        : root(root), path(std::move(path)), access(access) {}
-    const Root* root;
-    std::vector<std::string> path;
-    REGSAM access;
-};
-
+// An open key: its root, the names below it, the key's serial number (0 for
+// the root, which is never deleted), and the access it was opened with. The
+// key itself lives in the root's file and may go meanwhile.
 struct KeyRef {
     const Root* root = nullptr;
     std::vector<std::string> path;
+    std::uint64_t serial = 0;
     REGSAM access = KEY_ALL_ACCESS;
+};
+
+class OpenKey final : public posix::KernelObject {
+public:
+    explicit OpenKey(KeyRef ref) : ref(std::move(ref)) {}
+    KeyRef ref;
 };
 
 bool Resolve(HKEY key, KeyRef& ref) {
     for (const Root& root : kRoots) {
         if (root.key == key) {
-            ref = {&root, {}, KEY_ALL_ACCESS};
+            ref = {&root, {}, 0, KEY_ALL_ACCESS};
             return true;
         }
     }
@@ -83,21 +78,75 @@ bool Resolve(HKEY key, KeyRef& ref) {
     if (open == nullptr) {
         return false;
     }
-    ref = {open->root, open->path, open->access};
+    ref = open->ref;
     return true;
 }
 
+// The names of a subkey path, or the error that refuses it: a leading "\",
+// a name over the limit, or a line break, which the registry's text form
+// can't hold (the system's documentation asks for printable characters).
+LSTATUS SubkeyNames(LPCSTR subKey, std::vector<std::string>& names) {
+    std::string_view path = subKey != nullptr ? subKey : "";
+    if (path.starts_with('\\')) {
+        return ERROR_BAD_PATHNAME;
+    }
+    names = posix::SplitKeyPath(path);
+    for (const std::string& name : names) {
+        if (name.size() > posix::kMaxKeyNameLength ||
+            name.find_first_of("\r\n") != std::string::npos) {
+            return ERROR_INVALID_PARAMETER;
+        }
+    }
+    return ERROR_SUCCESS;
+}
+
+// An absolute folder from the environment, or empty. The one place that
+// reads the environment.
+std::string FolderVariable(const char* name) {
+    std::string value = posix::EnvironmentValue(name);
+    return !value.empty() && value[0] == '/' ? value : "";
+}
+
+// The folder of the root files: NVK_REGISTRY_DIR, else in the user's
+// configuration folder, found from the password database when HOME is unset
+// (services, empty environments), never in a folder that all users share.
 std::string RegistryFolder() {
-    std::string folder = posix::EnvironmentValue("NVK_REGISTRY_DIR");
-    if (!folder.empty() && folder[0] == '/') {
+    std::string folder = FolderVariable("NVK_REGISTRY_DIR");
+    if (!folder.empty()) {
         return folder;
     }
-    std::string config = posix::EnvironmentValue("XDG_CONFIG_HOME");
-    if (!config.empty() && config[0] == '/') {
-        return config + "/nvk/registry";
+    std::string config = FolderVariable("XDG_CONFIG_HOME");
+    if (config.empty()) {
+        const std::string home = posix::HomeFolder();
+        if (home.empty()) {
+            return {};
+        }
+        config = home + "/.config";
     }
-    std::string home = posix::EnvironmentValue("HOME");
-    return (!home.empty() && home[0] == '/' ? home : "/tmp") + "/.config/nvk/registry";
+    return config + "/nvk/registry";
+}
+
+// Whether the folder is the user's alone: another user who owns it, or may
+// write in it, could choose the values read or plant links where files are
+// written. A folder that is missing is made with mode 0700 when `make`.
+LSTATUS CheckFolder(const std::string& folder, bool make, bool& exists) {
+    if (folder.empty()) {
+        return ERROR_PATH_NOT_FOUND;
+    }
+    if (make) {
+        std::error_code ignored;
+        std::filesystem::create_directories(std::filesystem::path(folder).parent_path(), ignored);
+        mkdir(folder.c_str(), 0700);
+    }
+    struct stat info;
+    exists = stat(folder.c_str(), &info) == 0;
+    if (!exists) {
+        return make ? ERROR_PATH_NOT_FOUND : ERROR_SUCCESS;
+    }
+    if (!S_ISDIR(info.st_mode) || info.st_uid != geteuid() || (info.st_mode & 022) != 0) {
+        return ERROR_ACCESS_DENIED;
+    }
+    return ERROR_SUCCESS;
 }
 
 // The parsed file of one root, read again whenever the file changed: a writer
@@ -116,6 +165,9 @@ struct Hive {
     };
     Stamp stamp;
     bool loaded = false;
+    // The file holds what the tree lacks: a part that did not read, or
+    // another root's sections. Writing the tree would lose it.
+    bool damaged = false;
     RegistryKey tree;
 };
 
@@ -129,42 +181,97 @@ Store& TheStore() {
     return *store;
 }
 
-Hive::Stamp StampOf(const std::string& path) {
-    Hive::Stamp stamp;
+Hive::Stamp StampOf(const struct stat& info) {
+    return {info.st_dev, info.st_ino, info.st_mtim, info.st_size};
+}
+
+// Keys found again after a reload are the keys the handles know, by name:
+// a key deleted and made again by another process between two reloads
+// can't be told from the one before.
+void KeepSerials(const RegistryKey& before, RegistryKey& after) {
+    for (auto& [name, key] : after.subkeys) {
+        auto found = before.subkeys.find(name);
+        if (found != before.subkeys.end()) {
+            key->serial = found->second->serial;
+            KeepSerials(*found->second, *key);
+        }
+    }
+}
+
+// The file's bytes and its stamp, read from one descriptor so that they
+// agree; empty for a missing file.
+std::string ReadFile(const std::string& path, Hive::Stamp& stamp) {
+    stamp = {};
+    int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
     struct stat info;
-    if (stat(path.c_str(), &info) == 0) {
-        stamp = {info.st_dev, info.st_ino, info.st_mtim, info.st_size};
+    std::string bytes;
+    if (file < 0 || fstat(file, &info) != 0) {
+        if (file >= 0) {
+            close(file);
+        }
+        return bytes;
     }
-    return stamp;
+    stamp = StampOf(info);
+    char buffer[65536];
+    for (ssize_t got; (got = read(file, buffer, sizeof buffer)) != 0;) {
+        if (got > 0) {
+            bytes.append(buffer, static_cast<std::size_t>(got));
+        } else if (errno != EINTR) {
+            break;
+        }
+    }
+    close(file);
+    return bytes;
 }
 
-Hive& Load(Store& store, const Root& root, std::string& path) {
-    path = RegistryFolder() + "/" + root.name + ".reg";
-    Hive& hive = store.hives[path];
-    Hive::Stamp stamp = StampOf(path);
-    if (hive.loaded && stamp == hive.stamp) {
-        return hive;
+// The root's hive as its file holds it now.
+LSTATUS Load(Store& store, const Root& root, bool make, Hive*& hive, std::string& path) {
+    std::string folder = RegistryFolder();
+    bool exists = false;
+    if (LSTATUS status = CheckFolder(folder, make, exists); status != ERROR_SUCCESS) {
+        return status;
     }
-    hive.tree = {};
-    hive.stamp = stamp;
-    hive.loaded = true;
-    std::ifstream in(path, std::ios::binary);
-    std::ostringstream bytes;
-    bytes << in.rdbuf();
-    auto sections = posix::ParseRegistryText(posix::AnsiFromFileBytes(bytes.str()));
+    path = folder + "/" + root.name + ".reg";
+    hive = &store.hives[path];
+    struct stat info;
+    if (hive->loaded && stat(path.c_str(), &info) == 0 && StampOf(info) == hive->stamp) {
+        return ERROR_SUCCESS;
+    }
+    Hive::Stamp stamp;
+    std::string bytes = exists ? ReadFile(path, stamp) : std::string();
+    RegistryKey tree;
+    bool whole = true;
+    auto sections = posix::ParseRegistryText(posix::AnsiFromFileBytes(bytes), &whole);
     if (sections) {
-        posix::ApplySections(*sections, root.name, hive.tree);
+        posix::ApplySections(*sections, root.name, tree);
+        whole = whole && std::all_of(sections->begin(), sections->end(),
+                                     [&](const posix::RegistrySection& section) {
+                                         return section.root == root.name;
+                                     });
     }
-    return hive;
+    KeepSerials(hive->tree, tree);
+    hive->tree = std::move(tree);
+    hive->stamp = stamp;
+    hive->loaded = true;
+    hive->damaged = !whole;
+    return ERROR_SUCCESS;
 }
 
-// The key `count` names down `path`; `named`, when given, receives the names
-// as the keys were made, whatever the case asked for.
-RegistryKey* Find(RegistryKey& tree, const std::vector<std::string>& path, std::size_t count,
-                  std::vector<std::string>* named = nullptr) {
+// The key a reference designates, or null when it is gone.
+RegistryKey* Designated(RegistryKey& tree, const KeyRef& ref) {
     RegistryKey* key = &tree;
-    for (std::size_t i = 0; key != nullptr && i < count; ++i) {
-        auto found = key->subkeys.find(path[i]);
+    for (std::size_t i = 0; key != nullptr && i < ref.path.size(); ++i) {
+        key = key->FindSubkey(ref.path[i]);
+    }
+    return key != nullptr && (ref.serial == 0 || key->serial == ref.serial) ? key : nullptr;
+}
+
+// The key `names` below `key`; `named`, when given, receives the names as
+// the keys were made, whatever the case asked for.
+RegistryKey* Below(RegistryKey* key, const std::vector<std::string>& names,
+                   std::vector<std::string>* named = nullptr) {
+    for (std::size_t i = 0; key != nullptr && i < names.size(); ++i) {
+        auto found = key->subkeys.find(names[i]);
         key = found != key->subkeys.end() ? found->second.get() : nullptr;
         if (key != nullptr && named != nullptr) {
             named->push_back(found->first);
@@ -173,100 +280,119 @@ RegistryKey* Find(RegistryKey& tree, const std::vector<std::string>& path, std::
     return key;
 }
 
-RegistryKey* Find(RegistryKey& tree, const std::vector<std::string>& path) {
-    return Find(tree, path, path.size());
-}
-
 using Action = std::function<LSTATUS(RegistryKey& tree)>;
 
 LSTATUS Read(const Root& root, const Action& action) {
     Store& store = TheStore();
     std::lock_guard guard(store.lock);
+    Hive* hive = nullptr;
     std::string path;
-    return action(Load(store, root, path).tree);
+    LSTATUS status = Load(store, root, false, hive, path);
+    return status == ERROR_SUCCESS ? action(hive->tree) : status;
+}
+
+bool WriteAll(int file, const std::string& bytes) {
+    for (std::size_t done = 0; done < bytes.size();) {
+        ssize_t put = write(file, bytes.data() + done, bytes.size() - done);
+        if (put < 0 && errno != EINTR) {
+            return false;
+        }
+        done += static_cast<std::size_t>(std::max<ssize_t>(put, 0));
+    }
+    return true;
+}
+
+// Writes `bytes` as the file at `path`: a new file beside it, made
+// exclusively with mode 0600 and given the mode and owner of the file it
+// replaces, then renamed over it, so that readers never see half a file.
+bool ReplaceFile(const std::string& folder, const std::string& path, const std::string& bytes) {
+    std::string temporary = folder + "/.registry.XXXXXX";
+    int out = mkostemp(temporary.data(), O_CLOEXEC);
+    if (out < 0) {
+        return false;
+    }
+    struct stat old;
+    bool ok = true;
+    if (stat(path.c_str(), &old) == 0) {
+        ok = fchmod(out, old.st_mode & 0777) == 0;
+        struct stat made;
+        if (ok && fstat(out, &made) == 0 &&
+            (made.st_uid != old.st_uid || made.st_gid != old.st_gid)) {
+            ok = fchown(out, old.st_uid, old.st_gid) == 0;
+        }
+    }
+    ok = ok && WriteAll(out, bytes);
+    ok = close(out) == 0 && ok && rename(temporary.c_str(), path.c_str()) == 0;
+    if (!ok) {
+        unlink(temporary.c_str());
+    }
+    return ok;
 }
 
 // A change under the root's lock file: read the latest file, change, and
-// write a new file in its place, so that readers never see half a file.
-// `changed` tells whether there is anything to write.
+// write the file anew. `changed` tells whether there is anything to write.
+// A root whose file did not read whole is not written: that would drop
+// what could not be read. Its changes are refused with ERROR_BADDB until
+// the file is repaired (or removed), as the system refuses a damaged hive.
 LSTATUS Change(const Root& root, const std::function<LSTATUS(RegistryKey&, bool&)>& action) {
     Store& store = TheStore();
     std::lock_guard guard(store.lock);
     std::string folder = RegistryFolder();
-    std::error_code ignored;
-    std::filesystem::create_directories(folder, ignored);
+    bool exists = false;
+    if (LSTATUS status = CheckFolder(folder, true, exists); status != ERROR_SUCCESS) {
+        return status;
+    }
     std::string lockPath = folder + "/" + root.name + ".lock";
-    int lock = open(lockPath.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
+    int lock = open(lockPath.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
     if (lock < 0 || flock(lock, LOCK_EX) != 0) {
         if (lock >= 0) {
             close(lock);
         }
         return static_cast<LSTATUS>(ERROR_CANTWRITE);
     }
+    Hive* hive = nullptr;
     std::string path;
-    Hive& hive = Load(store, root, path);
+    LSTATUS status = Load(store, root, true, hive, path);
+    if (status == ERROR_SUCCESS && hive->damaged) {
+        status = static_cast<LSTATUS>(ERROR_BADDB);
+    }
     bool changed = false;
-    LSTATUS status = action(hive.tree, changed);
+    if (status == ERROR_SUCCESS) {
+        status = action(hive->tree, changed);
+    }
     if (changed) {
-        std::string bytes =
-            posix::Utf16FileBytes(posix::FormatRegistryText(root.name, {}, hive.tree));
-        std::string temporary = path + "." + std::to_string(getpid()) + ".new";
-        int out = open(temporary.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
-        bool ok = out >= 0;
-        for (std::size_t done = 0; ok && done < bytes.size();) {
-            ssize_t put = write(out, bytes.data() + done, bytes.size() - done);
-            ok = put > 0 || (put < 0 && errno == EINTR);
-            done += static_cast<std::size_t>(std::max<ssize_t>(put, 0));
-        }
-        ok = out >= 0 && close(out) == 0 && ok && rename(temporary.c_str(), path.c_str()) == 0;
-        if (!ok) {
-            unlink(temporary.c_str());
-            hive.loaded = false;  // the tree holds a change the file lacks
-            status = static_cast<LSTATUS>(ERROR_CANTWRITE);
+        struct stat info;
+        if (ReplaceFile(
+                folder, path,
+                posix::Utf16FileBytes(posix::FormatRegistryText(root.name, {}, hive->tree))) &&
+            stat(path.c_str(), &info) == 0) {
+            hive->stamp = StampOf(info);
         } else {
-            hive.stamp = StampOf(path);
+            hive->loaded = false;  // the tree holds a change the file lacks
+            status = static_cast<LSTATUS>(ERROR_CANTWRITE);
         }
     }
     close(lock);
     return status;
 }
 
-// Copies `bytes` to a caller's buffer of `*size` bytes, as the query calls do.
-LSTATUS CopyData(const std::string& bytes, LPBYTE data, LPDWORD size) {
-    auto needed = static_cast<DWORD>(bytes.size());
-    if (data == nullptr) {
-        if (size != nullptr) {
-            *size = needed;
-        }
-        return ERROR_SUCCESS;
-    }
-    if (size == nullptr) {
-        return ERROR_INVALID_PARAMETER;
-    }
-    if (*size < needed) {
-        *size = needed;
-        return ERROR_MORE_DATA;
-    }
-    std::memcpy(data, bytes.data(), needed);
-    *size = needed;
-    return ERROR_SUCCESS;
+bool IsText(DWORD type) {
+    return type == REG_SZ || type == REG_EXPAND_SZ || type == REG_MULTI_SZ;
 }
 
-// Copies a name to a buffer of `*size` characters; `*size` receives its length.
-LSTATUS CopyName(const std::string& name, LPSTR buffer, LPDWORD size) {
-    if (buffer == nullptr || size == nullptr) {
-        return ERROR_INVALID_PARAMETER;
+// Copies a value's data to a caller's buffer of `capacity` bytes, as the
+// query calls do; a text that lacks its terminating zero gets one after it
+// where the buffer has room, so that a caller never reads past its end.
+void CopyData(const RegistryValue& value, LPBYTE data, DWORD capacity) {
+    std::memcpy(data, value.data.data(), value.data.size());
+    if (IsText(value.type) && capacity > value.data.size() &&
+        (value.data.empty() || value.data.back() != '\0')) {
+        data[value.data.size()] = 0;
     }
-    if (*size <= name.size()) {
-        return ERROR_MORE_DATA;
-    }
-    std::memcpy(buffer, name.c_str(), name.size() + 1);
-    *size = static_cast<DWORD>(name.size());
-    return ERROR_SUCCESS;
 }
 
 HKEY NewHandle(const KeyRef& ref) {
-    return static_cast<HKEY>(posix::RegisterHandle(new OpenKey(ref.root, ref.path, ref.access)));
+    return static_cast<HKEY>(posix::RegisterHandle(new OpenKey(ref)));
 }
 
 bool Allowed(const KeyRef& ref, REGSAM needed) {
@@ -280,21 +406,29 @@ LSTATUS RegOpenKeyExA(HKEY key, LPCSTR subKey, DWORD /*options*/, REGSAM desired
     if (result == nullptr) {
         return ERROR_INVALID_PARAMETER;
     }
-    *result = nullptr;
     if (!Resolve(key, ref)) {
         return ERROR_INVALID_HANDLE;
     }
-    std::size_t base = ref.path.size();
-    for (std::string& name : posix::SplitKeyPath(subKey != nullptr ? subKey : "")) {
-        ref.path.push_back(std::move(name));
+    *result = nullptr;
+    std::vector<std::string> names;
+    if (LSTATUS status = SubkeyNames(subKey, names); status != ERROR_SUCCESS) {
+        return status;
+    }
+    if (names.empty() && ref.path.empty()) {
+        *result = key;  // a root key gives itself
+        return ERROR_SUCCESS;
     }
     return Read(*ref.root, [&](RegistryKey& tree) -> LSTATUS {
-        if (Find(tree, ref.path, base) == nullptr) {
+        RegistryKey* base = Designated(tree, ref);
+        if (base == nullptr) {
             return ERROR_KEY_DELETED;
         }
-        if (Find(tree, ref.path) == nullptr) {
+        RegistryKey* found = Below(base, names);
+        if (found == nullptr) {
             return ERROR_FILE_NOT_FOUND;
         }
+        ref.path.insert(ref.path.end(), names.begin(), names.end());
+        ref.serial = found->serial;
         ref.access = desired;
         *result = NewHandle(ref);
         return ERROR_SUCCESS;
@@ -308,16 +442,18 @@ LSTATUS RegCreateKeyExA(HKEY key, LPCSTR subKey, DWORD /*reserved*/, LPSTR /*key
     if (result == nullptr) {
         return ERROR_INVALID_PARAMETER;
     }
-    *result = nullptr;
     if (!Resolve(key, ref)) {
         return ERROR_INVALID_HANDLE;
     }
-    std::vector<std::string> names = posix::SplitKeyPath(subKey != nullptr ? subKey : "");
-    if (!names.empty() && !Allowed(ref, KEY_CREATE_SUB_KEY)) {
-        return ERROR_ACCESS_DENIED;
+    *result = nullptr;
+    std::vector<std::string> names;
+    if (LSTATUS status = SubkeyNames(subKey, names); status != ERROR_SUCCESS) {
+        return status;
     }
+    // Making a subkey asks nothing of the parent handle's access: the
+    // system checks the parent key's own security instead.
     return Change(*ref.root, [&](RegistryKey& tree, bool& changed) -> LSTATUS {
-        RegistryKey* node = Find(tree, ref.path);
+        RegistryKey* node = Designated(tree, ref);
         if (node == nullptr) {
             return ERROR_KEY_DELETED;
         }
@@ -330,6 +466,7 @@ LSTATUS RegCreateKeyExA(HKEY key, LPCSTR subKey, DWORD /*reserved*/, LPSTR /*key
         if (disposition != nullptr) {
             *disposition = changed ? REG_CREATED_NEW_KEY : REG_OPENED_EXISTING_KEY;
         }
+        ref.serial = ref.path.empty() ? 0 : node->serial;
         ref.access = desired;
         *result = NewHandle(ref);
         return ERROR_SUCCESS;
@@ -342,22 +479,42 @@ LSTATUS RegQueryValueExA(HKEY key, LPCSTR valueName, LPDWORD /*reserved*/, LPDWO
     if (!Resolve(key, ref)) {
         return ERROR_INVALID_HANDLE;
     }
+    if (data != nullptr && dataSize == nullptr) {
+        return ERROR_INVALID_PARAMETER;
+    }
     if (!Allowed(ref, KEY_QUERY_VALUE)) {
         return ERROR_ACCESS_DENIED;
     }
+    // Read before anything is written: `type` and `dataSize` may be one
+    // variable.
+    DWORD capacity = dataSize != nullptr ? *dataSize : 0;
     return Read(*ref.root, [&](RegistryKey& tree) -> LSTATUS {
-        RegistryKey* node = Find(tree, ref.path);
+        RegistryKey* node = Designated(tree, ref);
         if (node == nullptr) {
             return ERROR_KEY_DELETED;
         }
         const RegistryValue* value = node->FindValue(valueName != nullptr ? valueName : "");
         if (value == nullptr) {
+            if (dataSize != nullptr) {
+                *dataSize = 0;
+            }
             return ERROR_FILE_NOT_FOUND;
         }
         if (type != nullptr) {
             *type = value->type;
         }
-        return CopyData(value->data, data, dataSize);
+        auto needed = static_cast<DWORD>(value->data.size());
+        if (dataSize != nullptr) {
+            *dataSize = needed;
+        }
+        if (data == nullptr) {
+            return ERROR_SUCCESS;
+        }
+        if (capacity < needed) {
+            return ERROR_MORE_DATA;
+        }
+        CopyData(*value, data, capacity);
+        return ERROR_SUCCESS;
     });
 }
 
@@ -367,19 +524,23 @@ LSTATUS RegSetValueExA(HKEY key, LPCSTR valueName, DWORD /*reserved*/, DWORD typ
     if (!Resolve(key, ref)) {
         return ERROR_INVALID_HANDLE;
     }
-    if (data == nullptr && dataSize != 0) {
+    std::string name = valueName != nullptr ? valueName : "";
+    if ((data == nullptr && dataSize != 0) || name.size() > posix::kMaxValueNameLength) {
         return ERROR_INVALID_PARAMETER;
     }
     if (!Allowed(ref, KEY_SET_VALUE)) {
         return ERROR_ACCESS_DENIED;
     }
     std::string bytes(reinterpret_cast<const char*>(data), data != nullptr ? dataSize : 0);
+    // A text given without its terminating zero is stored with one.
+    if (IsText(type) && !bytes.empty() && bytes.back() != '\0') {
+        bytes += '\0';
+    }
     return Change(*ref.root, [&](RegistryKey& tree, bool& changed) -> LSTATUS {
-        RegistryKey* node = Find(tree, ref.path);
+        RegistryKey* node = Designated(tree, ref);
         if (node == nullptr) {
             return ERROR_KEY_DELETED;
         }
-        std::string name = valueName != nullptr ? valueName : "";
         RegistryValue* value = node->FindValue(name);
         if (value == nullptr) {
             node->values.push_back({name, type, bytes});
@@ -399,27 +560,34 @@ LSTATUS RegEnumKeyExA(HKEY key, DWORD index, LPSTR name, LPDWORD nameSize, LPDWO
     if (!Resolve(key, ref)) {
         return ERROR_INVALID_HANDLE;
     }
+    if (name == nullptr || nameSize == nullptr) {
+        return ERROR_INVALID_PARAMETER;
+    }
     if (!Allowed(ref, KEY_ENUMERATE_SUB_KEYS)) {
         return ERROR_ACCESS_DENIED;
     }
     return Read(*ref.root, [&](RegistryKey& tree) -> LSTATUS {
-        RegistryKey* node = Find(tree, ref.path);
+        RegistryKey* node = Designated(tree, ref);
         if (node == nullptr) {
             return ERROR_KEY_DELETED;
         }
         if (index >= node->subkeys.size()) {
             return ERROR_NO_MORE_ITEMS;
         }
-        LSTATUS status = CopyName(std::next(node->subkeys.begin(), index)->first, name, nameSize);
-        if (status == ERROR_SUCCESS && keyClass != nullptr && classSize != nullptr &&
-            *classSize > 0) {
+        const std::string& found = std::next(node->subkeys.begin(), index)->first;
+        if (*nameSize <= found.size()) {
+            return ERROR_MORE_DATA;
+        }
+        std::memcpy(name, found.c_str(), found.size() + 1);
+        *nameSize = static_cast<DWORD>(found.size());
+        if (keyClass != nullptr && classSize != nullptr && *classSize > 0) {
             keyClass[0] = '\0';
             *classSize = 0;
         }
         if (lastWriteTime != nullptr) {
             *lastWriteTime = {};
         }
-        return status;
+        return ERROR_SUCCESS;
     });
 }
 
@@ -429,11 +597,16 @@ LSTATUS RegEnumValueA(HKEY key, DWORD index, LPSTR valueName, LPDWORD valueNameS
     if (!Resolve(key, ref)) {
         return ERROR_INVALID_HANDLE;
     }
+    if (valueName == nullptr || valueNameSize == nullptr ||
+        (data != nullptr && dataSize == nullptr)) {
+        return ERROR_INVALID_PARAMETER;
+    }
     if (!Allowed(ref, KEY_QUERY_VALUE)) {
         return ERROR_ACCESS_DENIED;
     }
+    DWORD capacity = dataSize != nullptr ? *dataSize : 0;
     return Read(*ref.root, [&](RegistryKey& tree) -> LSTATUS {
-        RegistryKey* node = Find(tree, ref.path);
+        RegistryKey* node = Designated(tree, ref);
         if (node == nullptr) {
             return ERROR_KEY_DELETED;
         }
@@ -441,14 +614,24 @@ LSTATUS RegEnumValueA(HKEY key, DWORD index, LPSTR valueName, LPDWORD valueNameS
             return ERROR_NO_MORE_ITEMS;
         }
         const RegistryValue& value = node->values[index];
-        LSTATUS status = CopyName(value.name, valueName, valueNameSize);
-        if (status != ERROR_SUCCESS) {
-            return status;
-        }
+        // The type and the size of the data are told even when the name or
+        // the data does not fit; then neither the name nor its length moves.
         if (type != nullptr) {
             *type = value.type;
         }
-        return CopyData(value.data, data, dataSize);
+        if (dataSize != nullptr) {
+            *dataSize = static_cast<DWORD>(value.data.size());
+        }
+        if (*valueNameSize <= value.name.size() ||
+            (data != nullptr && capacity < value.data.size())) {
+            return ERROR_MORE_DATA;
+        }
+        std::memcpy(valueName, value.name.c_str(), value.name.size() + 1);
+        *valueNameSize = static_cast<DWORD>(value.name.size());
+        if (data != nullptr) {
+            CopyData(value, data, capacity);
+        }
+        return ERROR_SUCCESS;
     });
 }
 
@@ -457,18 +640,29 @@ LSTATUS RegDeleteKeyA(HKEY key, LPCSTR subKey) {
     if (!Resolve(key, ref)) {
         return ERROR_INVALID_HANDLE;
     }
-    for (std::string& name : posix::SplitKeyPath(subKey != nullptr ? subKey : "")) {
-        ref.path.push_back(std::move(name));
+    if (subKey == nullptr) {
+        return ERROR_INVALID_PARAMETER;
     }
-    if (ref.path.empty()) {
+    std::vector<std::string> names;
+    if (LSTATUS status = SubkeyNames(subKey, names); status != ERROR_SUCCESS) {
+        return status;
+    }
+    if (ref.path.empty() && names.empty()) {
         return ERROR_ACCESS_DENIED;  // a root key stays
     }
     return Change(*ref.root, [&](RegistryKey& tree, bool& changed) -> LSTATUS {
-        RegistryKey* parent = Find(tree, ref.path, ref.path.size() - 1);
+        RegistryKey* base = Designated(tree, ref);
+        if (base == nullptr) {
+            return ERROR_KEY_DELETED;
+        }
+        // "" deletes the handle's own key.
+        std::vector<std::string> path = ref.path;
+        path.insert(path.end(), names.begin(), names.end());
+        RegistryKey* parent = Below(&tree, {path.begin(), path.end() - 1});
         if (parent == nullptr) {
             return ERROR_FILE_NOT_FOUND;
         }
-        auto found = parent->subkeys.find(ref.path.back());
+        auto found = parent->subkeys.find(path.back());
         if (found == parent->subkeys.end()) {
             return ERROR_FILE_NOT_FOUND;
         }
@@ -490,7 +684,7 @@ LSTATUS RegDeleteValueA(HKEY key, LPCSTR valueName) {
         return ERROR_ACCESS_DENIED;
     }
     return Change(*ref.root, [&](RegistryKey& tree, bool& changed) -> LSTATUS {
-        RegistryKey* node = Find(tree, ref.path);
+        RegistryKey* node = Designated(tree, ref);
         if (node == nullptr) {
             return ERROR_KEY_DELETED;
         }
@@ -519,12 +713,18 @@ LSTATUS RegExportText(HKEY key, LPCSTR subKey, std::string& text) {
     if (!Resolve(key, ref)) {
         return ERROR_INVALID_HANDLE;
     }
-    for (std::string& name : posix::SplitKeyPath(subKey != nullptr ? subKey : "")) {
-        ref.path.push_back(std::move(name));
+    std::vector<std::string> names;
+    if (LSTATUS status = SubkeyNames(subKey, names); status != ERROR_SUCCESS) {
+        return status;
     }
     return Read(*ref.root, [&](RegistryKey& tree) -> LSTATUS {
+        RegistryKey* base = Designated(tree, ref);
+        if (base == nullptr) {
+            return ERROR_KEY_DELETED;
+        }
         std::vector<std::string> named;
-        RegistryKey* node = Find(tree, ref.path, ref.path.size(), &named);
+        Below(&tree, ref.path, &named);
+        RegistryKey* node = Below(base, names, &named);
         if (node == nullptr) {
             return ERROR_FILE_NOT_FOUND;
         }
@@ -533,18 +733,16 @@ LSTATUS RegExportText(HKEY key, LPCSTR subKey, std::string& text) {
     });
 }
 
+// Sections of unknown roots were skipped by the parser, as the editors skip
+// them, so the rest of the text still comes in.
 LSTATUS RegImportText(std::string_view bytes) {
     auto sections = posix::ParseRegistryText(posix::AnsiFromFileBytes(bytes));
     if (!sections) {
         return ERROR_BAD_FORMAT;
     }
     std::vector<const Root*> roots;
-    for (posix::RegistrySection& section : *sections) {
+    for (const posix::RegistrySection& section : *sections) {
         const Root* root = RootByName(section.root);
-        if (root == nullptr) {
-            return ERROR_BADKEY;
-        }
-        section.root = root->name;
         if (std::find(roots.begin(), roots.end(), root) == roots.end()) {
             roots.push_back(root);
         }

@@ -1,7 +1,9 @@
 #include "os/posix/registry_file.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cctype>
+#include <cstdint>
 #include <cstdio>
 
 #include "os/posix/code_page.h"
@@ -18,42 +20,26 @@ constexpr DWORD kBinary = 3;
 constexpr DWORD kDword = 4;
 constexpr DWORD kMultiString = 7;
 
-bool IsTextType(DWORD type) {
-    return type == kString || type == kExpandString || type == kMultiString;
+bool IsBlank(char c) {
+    return c == ' ' || c == '\t';
 }
 
 std::string_view TrimLeft(std::string_view text) {
-    while (!text.empty() && (text.front() == ' ' || text.front() == '\t')) {
+    while (!text.empty() && IsBlank(text.front())) {
         text.remove_prefix(1);
     }
     return text;
 }
 
 std::string_view TrimRight(std::string_view text) {
-    while (!text.empty() && (text.back() == ' ' || text.back() == '\t' || text.back() == '\r')) {
+    while (!text.empty() && IsBlank(text.back())) {
         text.remove_suffix(1);
     }
     return text;
 }
 
-// A quoted text at the start of `text`, which moves past it; "\x" stands for
-// x, so that "\\" and "\"" are a backslash and a quote.
-std::optional<std::string> TakeQuoted(std::string_view& text) {
-    if (text.empty() || text.front() != '"') {
-        return std::nullopt;
-    }
-    std::string out;
-    for (std::size_t i = 1; i < text.size(); ++i) {
-        if (text[i] == '\\' && i + 1 < text.size()) {
-            out += text[++i];
-        } else if (text[i] == '"') {
-            text.remove_prefix(i + 1);
-            return out;
-        } else {
-            out += text[i];
-        }
-    }
-    return std::nullopt;
+bool IsTextType(DWORD type) {
+    return type == kString || type == kExpandString || type == kMultiString;
 }
 
 int HexDigit(char c) {
@@ -64,45 +50,93 @@ int HexDigit(char c) {
     return c >= 'a' && c <= 'f' ? c - 'a' + 10 : -1;
 }
 
-// "01,ff, 2a" as bytes; blanks and backslashes of joined lines are skipped.
-std::optional<std::string> ParseHexBytes(std::string_view text) {
-    std::string bytes;
-    int value = 0;
-    int digits = 0;
-    for (char c : text) {
-        if (c == ',' || c == ' ' || c == '\t' || c == '\\') {
-            if (digits > 0) {
-                bytes += static_cast<char>(value);
-            }
-            if (c == ',' && digits == 0) {
-                return std::nullopt;
-            }
-            value = 0;
-            digits = 0;
-            continue;
-        }
-        int digit = HexDigit(c);
-        if (digit < 0 || ++digits > 2) {
-            return std::nullopt;
-        }
-        value = value * 16 + digit;
+// The hexadecimal number at the start of `text`, which moves past its digits;
+// nothing when there is no digit or the number passes `limit`.
+std::optional<DWORD> TakeHex(std::string_view& text, DWORD limit) {
+    std::size_t digits = 0;
+    std::uint64_t number = 0;
+    for (; digits < text.size() && HexDigit(text[digits]) >= 0; ++digits) {
+        number = std::min<std::uint64_t>(number * 16 + HexDigit(text[digits]), limit + 1ull);
     }
-    if (digits > 0) {
-        bytes += static_cast<char>(value);
+    text.remove_prefix(digits);
+    if (digits == 0 || number > limit) {
+        return std::nullopt;
     }
-    return bytes;
+    return static_cast<DWORD>(number);
 }
 
-// Parses the data after "=": false if it can't be read.
-bool ParseData(std::string_view text, bool unicode, RegistrySection::Entry& entry) {
+// Whether nothing but a comment is left.
+bool AtEnd(std::string_view text) {
     text = TrimLeft(text);
-    if (text == "-") {
-        entry.deleteValue = true;
-        return true;
+    return text.empty() || text.front() == ';';
+}
+
+// A quoted text at the start of `text`, which moves past its closing quote.
+// "\\", "\"", "\n" and "\r" are escapes, any other "\x" stands for x; "\0"
+// is refused, as the registry editors refuse it.
+std::optional<std::string> TakeQuoted(std::string_view& text) {
+    if (text.empty() || text.front() != '"') {
+        return std::nullopt;
     }
-    if (!text.empty() && text.front() == '"') {
+    std::string out;
+    for (std::size_t i = 1; i < text.size(); ++i) {
+        if (text[i] == '"') {
+            text.remove_prefix(i + 1);
+            return out;
+        }
+        if (text[i] != '\\') {
+            out += text[i];
+        } else if (++i == text.size() || text[i] == '0') {
+            return std::nullopt;
+        } else {
+            out += text[i] == 'n' ? '\n' : text[i] == 'r' ? '\r' : text[i];
+        }
+    }
+    return std::nullopt;
+}
+
+enum class HexLine { Bad, Done, GoesOn };
+
+// Adds the bytes of "01,ff, 2a" to `bytes`. A line that ends in "," and "\"
+// goes on in the next one; a comment may follow the data or the "\".
+HexLine TakeHexBytes(std::string_view text, std::string& bytes) {
+    while (true) {
+        text = TrimLeft(text);
+        if (text.empty() || text.front() == ';') {
+            return HexLine::Done;
+        }
+        if (text.front() == '\\') {
+            return AtEnd(text.substr(1)) ? HexLine::GoesOn : HexLine::Bad;
+        }
+        std::optional<DWORD> byte = TakeHex(text, 0xFF);
+        if (!byte) {
+            return HexLine::Bad;
+        }
+        bytes += static_cast<char>(*byte);
+        if (!text.starts_with(',')) {
+            return AtEnd(text) ? HexLine::Done : HexLine::Bad;
+        }
+        text.remove_prefix(1);
+    }
+}
+
+// What a value line gives: `text` is what follows its name, and `next` the
+// lines after it, which hexadecimal data may go on over. False if it can't be
+// read.
+bool ParseData(std::string_view text, bool unicode, const std::vector<std::string_view>& lines,
+               std::size_t& next, RegistrySection::Entry& entry) {
+    text = TrimLeft(text);
+    if (!text.starts_with('=')) {
+        return false;
+    }
+    text = TrimLeft(text.substr(1));
+    if (text.starts_with('-')) {
+        entry.deleteValue = true;
+        return AtEnd(text.substr(1));
+    }
+    if (text.starts_with('"')) {
         std::optional<std::string> quoted = TakeQuoted(text);
-        if (!quoted || !TrimLeft(text).empty()) {
+        if (!quoted || !AtEnd(text)) {
             return false;
         }
         entry.value.type = kString;
@@ -110,63 +144,108 @@ bool ParseData(std::string_view text, bool unicode, RegistrySection::Entry& entr
         return true;
     }
     if (text.starts_with("dword:")) {
-        text.remove_prefix(6);
-        if (text.empty() || text.size() > 8) {
+        text = TrimLeft(text.substr(6));
+        std::string_view digits = text;
+        std::optional<DWORD> number = TakeHex(text, 0xFFFFFFFF);
+        if (!number || digits.size() - text.size() > 8 || !AtEnd(text)) {
             return false;
-        }
-        DWORD number = 0;
-        for (char c : text) {
-            int digit = HexDigit(c);
-            if (digit < 0) {
-                return false;
-            }
-            number = number * 16 + static_cast<DWORD>(digit);
         }
         entry.value.type = kDword;
-        entry.value.data.assign(reinterpret_cast<const char*>(&number), 4);
+        entry.value.data.assign(reinterpret_cast<const char*>(&*number), 4);
         return true;
     }
-    if (!text.starts_with("hex")) {
-        return false;
-    }
-    text.remove_prefix(3);
     DWORD type = kBinary;
-    if (text.starts_with("(")) {
-        std::size_t close = text.find(')');
-        if (close == std::string_view::npos || close == 1 || close > 9) {
+    if (text.starts_with("hex(")) {
+        text.remove_prefix(4);
+        std::optional<DWORD> number = TakeHex(text, 0xFFFFFFFF);
+        if (!number || !text.starts_with("):")) {
             return false;
         }
-        type = 0;
-        for (char c : text.substr(1, close - 1)) {
-            int digit = HexDigit(c);
-            if (digit < 0) {
-                return false;
-            }
-            type = type * 16 + static_cast<DWORD>(digit);
+        type = *number;
+        text.remove_prefix(2);
+    } else if (text.starts_with("hex:")) {
+        text.remove_prefix(4);
+    } else {
+        return false;
+    }
+    std::string bytes;
+    for (HexLine state = TakeHexBytes(text, bytes); state != HexLine::Done;) {
+        if (state == HexLine::Bad) {
+            return false;
         }
-        text.remove_prefix(close + 1);
-    }
-    if (!text.starts_with(":")) {
-        return false;
-    }
-    std::optional<std::string> bytes = ParseHexBytes(text.substr(1));
-    if (!bytes) {
-        return false;
+        // Blank and comment lines inside the data are passed over; the data
+        // goes on on the first other line, which must begin with a digit.
+        while (next < lines.size() && AtEnd(lines[next])) {
+            ++next;
+        }
+        if (next == lines.size()) {
+            break;
+        }
+        std::string_view line = TrimLeft(lines[next++]);
+        state = HexDigit(line.front()) < 0 ? HexLine::Bad : TakeHexBytes(line, bytes);
     }
     entry.value.type = type;
     if (unicode && IsTextType(type)) {
         // The editor's Unicode files give text types as UTF-16LE.
         std::string text8;
-        for (std::size_t i = 0; i + 1 < bytes->size(); i += 2) {
-            text8 += AnsiFromWide(
-                static_cast<char16_t>(static_cast<unsigned char>((*bytes)[i]) |
-                                      static_cast<unsigned char>((*bytes)[i + 1]) << 8));
+        for (std::size_t i = 0; i + 1 < bytes.size(); i += 2) {
+            text8 +=
+                AnsiFromWide(static_cast<char16_t>(static_cast<unsigned char>(bytes[i]) |
+                                                   static_cast<unsigned char>(bytes[i + 1]) << 8));
         }
-        entry.value.data = std::move(text8);
-    } else {
-        entry.value.data = std::move(*bytes);
+        bytes = std::move(text8);
     }
+    // Text given in hexadecimal gets the terminating zero it lacks, as the
+    // registry editors give it.
+    if (IsTextType(type) && !bytes.empty() && bytes.back() != '\0') {
+        bytes += '\0';
+    }
+    entry.value.data = std::move(bytes);
     return true;
+}
+
+// The lines of a text: they end in "\r\n", "\n" or "\r" alone, and at a zero
+// character, as the editors read them; blanks at their ends don't count.
+std::vector<std::string_view> SplitLines(std::string_view text) {
+    std::vector<std::string_view> lines;
+    while (!text.empty()) {
+        std::size_t end = text.find_first_of("\r\n");
+        std::string_view line = text.substr(0, end);
+        line = TrimRight(line.substr(0, line.find('\0')));
+        lines.push_back(line);
+        if (end == std::string_view::npos) {
+            break;
+        }
+        text.remove_prefix(end + (text.substr(end).starts_with("\r\n") ? 2 : 1));
+    }
+    return lines;
+}
+
+// The section that "[...]" opens, its brackets taken off: nothing when the
+// root is unknown or a name is over the limit.
+std::optional<RegistrySection> SectionOf(std::string_view inside) {
+    RegistrySection section;
+    section.deleteKey = inside.starts_with('-');
+    if (section.deleteKey) {
+        inside.remove_prefix(1);
+    }
+    std::size_t cut = inside.find('\\');
+    std::string_view root = RegistryRootName(inside.substr(0, cut));
+    std::string_view below = cut == std::string_view::npos ? "" : inside.substr(cut + 1);
+    if (root.empty() || below.starts_with('\\')) {
+        return std::nullopt;
+    }
+    section.root = root;
+    section.path = SplitKeyPath(below);
+    for (const std::string& name : section.path) {
+        if (name.size() > kMaxKeyNameLength) {
+            return std::nullopt;
+        }
+    }
+    if (section.deleteKey && section.path.empty()) {
+        return std::nullopt;  // a root key stays
+    }
+    return section;
 }
 
 std::string Quote(std::string_view text) {
@@ -175,7 +254,7 @@ std::string Quote(std::string_view text) {
         if (c == '\\' || c == '"') {
             out += '\\';
         }
-        out += c;
+        out += c == '\n' ? "\\n" : c == '\r' ? "\\r" : std::string(1, c);
     }
     return out + '"';
 }
@@ -252,6 +331,11 @@ void FormatKey(std::string& out, const std::string& name, const RegistryKey& key
 
 }  // namespace
 
+std::uint64_t NewKeySerial() {
+    static std::atomic<std::uint64_t> last{0};
+    return ++last;
+}
+
 bool NoCaseLess::operator()(std::string_view a, std::string_view b) const {
     return std::lexicographical_compare(a.begin(), a.end(), b.begin(), b.end(), [](char x, char y) {
         return std::tolower(static_cast<unsigned char>(x)) <
@@ -292,61 +376,61 @@ std::vector<std::string> SplitKeyPath(std::string_view path) {
     return names;
 }
 
-std::optional<std::vector<RegistrySection>> ParseRegistryText(std::string_view text) {
-    std::vector<std::string> lines;
-    std::string joined;
-    while (!text.empty()) {
-        std::size_t end = text.find('\n');
-        std::string_view line = TrimRight(text.substr(0, end));
-        text = end == std::string_view::npos ? std::string_view{} : text.substr(end + 1);
-        // Long hexadecimal data goes on over lines that end in "\".
-        bool goesOn = line.ends_with('\\') && !TrimLeft(line).starts_with('[');
-        joined += joined.empty() ? line : TrimLeft(line);
-        if (!goesOn) {
-            lines.push_back(std::move(joined));
-            joined.clear();
+std::string_view RegistryRootName(std::string_view name) {
+    static constexpr std::string_view kRoots[][2] = {
+        {"HKEY_CLASSES_ROOT", "HKCR"},   {"HKEY_CURRENT_USER", "HKCU"},
+        {"HKEY_LOCAL_MACHINE", "HKLM"},  {"HKEY_USERS", "HKU"},
+        {"HKEY_CURRENT_CONFIG", "HKCC"},
+    };
+    NoCaseLess less;
+    auto same = [&](std::string_view a, std::string_view b) { return !less(a, b) && !less(b, a); };
+    for (const auto& root : kRoots) {
+        if (same(name, root[0]) || same(name, root[1])) {
+            return root[0];
         }
     }
-    if (!joined.empty()) {
-        lines.push_back(std::move(joined));
-    }
-    auto first = std::find_if(lines.begin(), lines.end(),
-                              [](const std::string& line) { return !TrimLeft(line).empty(); });
-    if (first == lines.end()) {
-        return std::nullopt;
-    }
-    std::string_view header = TrimLeft(*first);
+    return {};
+}
+
+std::optional<std::vector<RegistrySection>> ParseRegistryText(std::string_view text, bool* whole) {
+    std::vector<std::string_view> lines = SplitLines(text);
+    // The header is the first line; blanks may stand before it, but no line.
+    std::string_view header = lines.empty() ? std::string_view{} : TrimLeft(lines.front());
     if (header.starts_with("\xEF\xBB\xBF")) {
         header.remove_prefix(3);
     }
     bool unicode = header == kHeader;
     if (!unicode && header != kOldHeader) {
+        if (whole != nullptr) {
+            *whole = text.find_first_not_of(" \t\r\n") == std::string_view::npos;
+        }
         return std::nullopt;
     }
+    bool skipped = false;
     std::vector<RegistrySection> sections;
-    for (auto it = first + 1; it != lines.end(); ++it) {
-        std::string_view line = TrimLeft(*it);
+    // The section that values go to; none before the first, after a deletion
+    // and in a section that can't be opened, whose values are passed over.
+    bool open = false;
+    for (std::size_t next = 1; next < lines.size();) {
+        std::string_view line = TrimLeft(lines[next++]);
         if (line.empty() || line.front() == ';') {
             continue;
         }
         if (line.front() == '[') {
+            // A line that doesn't make a section leaves the current one open.
             std::size_t close = line.rfind(']');
-            if (close == std::string_view::npos) {
-                continue;
-            }
             std::string_view inside = line.substr(1, close - 1);
-            RegistrySection section;
-            section.deleteKey = inside.starts_with('-');
-            std::vector<std::string> names = SplitKeyPath(inside.substr(section.deleteKey ? 1 : 0));
-            if (names.empty()) {
+            if (close == std::string_view::npos ||
+                (!inside.empty() && (IsBlank(inside.front()) || inside.front() == '['))) {
+                skipped = true;
                 continue;
             }
-            section.root = names.front();
-            section.path.assign(names.begin() + 1, names.end());
-            sections.push_back(std::move(section));
-            continue;
-        }
-        if (sections.empty() || sections.back().deleteKey) {
+            std::optional<RegistrySection> section = SectionOf(inside);
+            open = section && !section->deleteKey;
+            skipped = skipped || !section;
+            if (section) {
+                sections.push_back(std::move(*section));
+            }
             continue;
         }
         RegistrySection::Entry entry;
@@ -355,12 +439,19 @@ std::optional<std::vector<RegistrySection>> ParseRegistryText(std::string_view t
         } else if (std::optional<std::string> name = TakeQuoted(line)) {
             entry.value.name = std::move(*name);
         } else {
+            skipped = true;
             continue;
         }
-        line = TrimLeft(line);
-        if (line.starts_with('=') && ParseData(line.substr(1), unicode, entry)) {
+        bool read = ParseData(line, unicode, lines, next, entry) &&
+                    entry.value.name.size() <= kMaxValueNameLength;
+        if (read && open) {
             sections.back().entries.push_back(std::move(entry));
+        } else {
+            skipped = true;
         }
+    }
+    if (whole != nullptr) {
+        *whole = !skipped;
     }
     return sections;
 }

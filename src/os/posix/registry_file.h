@@ -6,6 +6,7 @@
 // text; the caller reads and writes the files.
 #pragma once
 
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <optional>
@@ -30,7 +31,13 @@ struct RegistryValue {
     std::string data;  // the bytes the ANSI calls see
 };
 
+// A number no key had before.
+std::uint64_t NewKeySerial();
+
 struct RegistryKey {
+    // Which key this is: one made anew under the name of a deleted key is
+    // another key, which the handles of the first don't reach.
+    std::uint64_t serial = NewKeySerial();
     std::vector<RegistryValue> values;  // in the order they were made
     std::map<std::string, std::unique_ptr<RegistryKey>, NoCaseLess> subkeys;
 
@@ -53,9 +60,21 @@ struct RegistrySection {
     std::vector<Entry> entries;
 };
 
+// The longest names the registry holds.
+inline constexpr std::size_t kMaxKeyNameLength = 255;
+inline constexpr std::size_t kMaxValueNameLength = 16383;
+
+// The full name of a root key given by its full or short name, case aside
+// ("hkcu" gives "HKEY_CURRENT_USER"), or empty for a name that is none.
+std::string_view RegistryRootName(std::string_view name);
+
 // The sections of a text, or nothing when its first line is not one of the
-// two headers. Lines that can't be read are skipped, as the editor does.
-std::optional<std::vector<RegistrySection>> ParseRegistryText(std::string_view text);
+// two headers. What can't be read is skipped, as the registry editors skip
+// it: a line, a value, or a section whose root is unknown, with its values;
+// `whole`, when given, receives false if anything was skipped (or, without a
+// header, if the text holds more than blanks).
+std::optional<std::vector<RegistrySection>> ParseRegistryText(std::string_view text,
+                                                              bool* whole = nullptr);
 
 // Applies the sections of one root to its tree.
 void ApplySections(const std::vector<RegistrySection>& sections, std::string_view root,
