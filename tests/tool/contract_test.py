@@ -118,6 +118,11 @@ class Contract(unittest.TestCase):
         self.assertEqual(run("password", "scramble", "x" * 31, "k").returncode, 0)
         self.assertFailure(run("time", "make", "2415385", "0", "0", "0"), "31/12/1900")
         self.assertFailure(run("time", "make", "2466556", "0", "0", "0"), "2038")
+        with open("/dev/full", "w") as full:
+            failed = subprocess.run([NVK, "iban", "check", "FR7630006000011234567890189"],
+                                    stdout=full, stderr=subprocess.PIPE, text=True)
+        self.assertEqual(failed.returncode, 2)
+        self.assertEqual(len(failed.stderr.splitlines()), 1)
         unknown = run("locale", "item", "1036", "9999")
         self.assertEqual(unknown.returncode, 1)
         self.assertEqual(len(unknown.stderr.splitlines()), 1)

@@ -106,7 +106,13 @@ int main(int argc, char** argv) {
                     return nvk::tool::kOk;
                 }
                 nvk::tool::SetCurrentArea(area.name);
-                return command.run(rest);
+                const int status = command.run(rest);
+                // An answer that could not be written (a full disk, a closed
+                // pipe) is a failure, whatever the command found.
+                if (status != nvk::tool::kFailure && !std::cout.flush()) {
+                    return nvk::tool::Fail("cannot write to standard output");
+                }
+                return status;
             }
         }
         return nvk::tool::Fail("unknown command '" + args[1] + "' in area '" + args[0] +
