@@ -387,12 +387,12 @@ private:
                 m_Free.pop_back();
                 std::vector<char>& image = m_Images[at];
                 Store<std::uint32_t>(image, 0, static_cast<std::uint32_t>(image.size()));
-                std::memcpy(image.data() + 4, payload.data(), payload.size());
+                std::copy(payload.begin(), payload.end(), image.begin() + 4);
             } else {
                 at = m_End;
                 std::vector<char> image(4 + std::max<std::size_t>(payload.size(), 8), 0);
                 Store<std::uint32_t>(image, 0, static_cast<std::uint32_t>(image.size()));
-                std::memcpy(image.data() + 4, payload.data(), payload.size());
+                std::copy(payload.begin(), payload.end(), image.begin() + 4);
                 m_End += static_cast<std::uint32_t>(image.size());
                 m_Images[at] = image;
             }
