@@ -51,7 +51,8 @@ public:
     void VideBuf();
     EBaseFile* getFile() const { return m_File; }
     // The payload size of a record: the record size of a fixed-length file;
-    // in a variable-length file, all bits set for a deleted record.
+    // in a variable-length file, all bits set for a deleted record or a
+    // position with no record.
     unsigned long GetTaille(unsigned long position);
     void Seek(unsigned long position);
 
