@@ -52,9 +52,15 @@ void Run(EDataFile& records, bool fixed, const std::uint8_t* ops, std::size_t co
                 }
                 break;
             }
-            case 2:
-                records.Update(payload.data(), payload.size());
+            case 2: {
+                // Update writes the record's whole stored size from the buffer.
+                const unsigned long size = fixed ? 0 : records.GetTaille(records.Courant());
+                if (size <= records.getFile()->Taille()) {
+                    std::vector<char> buffer(size + 1, static_cast<char>(arg));
+                    records.Update(buffer.data(), arg);
+                }
                 break;
+            }
             case 3:
                 records.Delete();
                 break;

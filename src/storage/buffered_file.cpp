@@ -30,8 +30,13 @@ EBufferedFile::~EBufferedFile() {
 }
 
 void EBufferedFile::ReleaseBuffer() {
-    delete[] m_Buffer;
+    m_Window.reset();
     m_Buffer = nullptr;
+}
+
+void EBufferedFile::AllocateBuffer() {
+    m_Window = std::make_shared<char[]>(m_BufferSize);
+    m_Buffer = m_Window.get();
 }
 
 void EBufferedFile::SeekReal(std::uint32_t offset) {
@@ -51,9 +56,13 @@ int EBufferedFile::Open(const char* name, int mode, int share) {
 
 void EBufferedFile::Close() {
     Flush();
-    Set(kBufferDirty | kAppendOnly, false);
+    // The window goes with the file: a closed object holds no content, so
+    // that Taille answers 0 and a later transfer loads a window afresh
+    // instead of using the one released here.
+    Set(kBufferDirty | kAppendOnly | kBufferLoaded, false);
     Set(kAtEnd, true);
     m_BlockOffset = m_InnerOffset = m_BaseOffset = 0;
+    m_Valid = 0;
     ReleaseBuffer();
     EBaseFile::Close();
 }
@@ -105,21 +114,27 @@ unsigned long EBufferedFile::Seek(long offset, unsigned long whence) {
 
 void EBufferedFile::InitBuffer(unsigned long offset) {
     ReleaseBuffer();
-    m_Buffer = new char[m_BufferSize]();
+    AllocateBuffer();
     Set(kFailed, false);
     RealOffsetToInternal(offset);
     m_Valid = 0;
 }
 
-// The window's share of the file is taken in unsigned arithmetic: a window
-// past the end asks for a whole window, and the read fails.
 bool EBufferedFile::ReadBuffer() {
     if (m_Buffer == nullptr) {
         InitBuffer(m_BlockOffset + m_InnerOffset);
     }
     SeekReal(m_BaseOffset + m_BlockOffset);
-    const std::uint32_t held = static_cast<std::uint32_t>(Taille()) - m_BaseOffset - m_BlockOffset;
-    m_Valid = std::min(held, m_BufferSize);
+    // A window that starts past the end holds nothing. Taken in unsigned
+    // arithmetic its share would be a whole window of bytes never read, which
+    // a later write of the window would put in the file.
+    const std::uint64_t start = std::uint64_t{m_BaseOffset} + m_BlockOffset;
+    const std::uint64_t size = Taille();
+    m_Valid = static_cast<std::uint32_t>(
+        std::min<std::uint64_t>(size > start ? size - start : 0, m_BufferSize));
+    // The rest of the window is cleared, so that a write that counts more
+    // bytes than it wrote puts zeros out, not another block's bytes.
+    std::memset(m_Buffer + m_Valid, 0, m_BufferSize - m_Valid);
     Set(kBufferLoaded, true);
     Set(kFailed, EBaseFile::Read(m_Buffer, m_Valid) == 0);
     return !Has(kFailed);
@@ -162,6 +177,11 @@ int EBufferedFile::Read(void* buffer, unsigned long size) {
 }
 
 int EBufferedFile::Write(void* buffer, unsigned long size) {
+    // A closed object writes nothing, as a closed file: a window filled now
+    // would count in Taille with no file behind it.
+    if (!IsOpen()) {
+        return 0;
+    }
     const auto* in = static_cast<const char*>(buffer);
     unsigned long remaining = size;
     while (remaining != 0) {
@@ -204,7 +224,7 @@ void EBufferedFile::SetBufferSize(unsigned long size) {
     const std::uint64_t rounded =
         (std::uint64_t{size} + kBufferGrain - 1) / kBufferGrain * kBufferGrain;
     m_BufferSize = static_cast<std::uint32_t>(std::max<std::uint64_t>(rounded, kBufferGrain));
-    m_Buffer = new char[m_BufferSize]();
+    AllocateBuffer();
     Set(kBufferLoaded, false);
     m_Valid = 0;
 }
@@ -259,7 +279,9 @@ Chaine EBufferedFile::ReadLine(const Chaine& separator) {
             Seek(static_cast<long>(start + pos + sepLength), 0);
             return Chaine(result.data(), static_cast<int>(result.size()));
         }
-        // On to the next window, which is read and not written.
+        // On to the next window. A window changed by Write goes out first:
+        // the next load reads over it.
+        WriteBuffer();
         m_BlockOffset += m_Valid;
         m_InnerOffset = 0;
         Set(kBufferLoaded, false);

@@ -14,8 +14,8 @@ using nvk::data_format::kHeaderSize;
 
 namespace {
 
-// A record size beyond this is taken for damage rather than allocated.
-constexpr std::uint32_t kMaxRecordSize = 16u << 20;
+// The part of a variable record's payload that the deleted mark covers.
+constexpr std::uint32_t kMinPayload = sizeof(DeletedMark) - 4;
 // The record buffer always has room for the first word and the deleted mark,
 // so that tiny records are tested without reading past it.
 constexpr std::uint32_t kMinBuffer = sizeof(DeletedMark);
@@ -46,6 +46,17 @@ void EDataFile::VideBuf() {
     if (m_Buffer != nullptr) {
         std::memset(m_Buffer, 0, std::max(RecordSize(), kMinBuffer));
     }
+}
+
+bool EDataFile::OnRecord() const {
+    const std::uint64_t size = FileSize();
+    if (Fixed()) {
+        const std::uint64_t offset =
+            kHeaderSize + static_cast<std::uint64_t>(m_Courant - 1) * RecordSize();
+        return m_Courant >= 1 && offset + RecordSize() <= size && m_Position == offset;
+    }
+    return m_Courant >= kHeaderSize && m_Courant + std::uint64_t{4} <= size &&
+           m_Position == m_Courant;
 }
 
 void EDataFile::SeekAbsolute(std::uint32_t offset) {
@@ -84,7 +95,10 @@ void EDataFile::Release() {
 }
 
 int EDataFile::Create(const char* name, unsigned long recordSize) {
-    if (m_File != nullptr || recordSize > kMaxRecordSize) {
+    // Fixed records shorter than the deleted mark could not be deleted without
+    // the mark running into the next record, so such files are not made.
+    if (m_File != nullptr || recordSize > kMaxRecordSize ||
+        (recordSize != 0 && recordSize < kMinRecordSize)) {
         return 0;
     }
     if (name != nullptr) {
@@ -116,6 +130,10 @@ void* EDataFile::Open(const char* name) {
         m_File = new EBaseFile;
         m_File->Open(name, EBaseFile::kRead | EBaseFile::kWrite, 1);
         const std::uint64_t size = m_File->Taille();
+        // An empty file, and one too short to hold the header, whose short
+        // read would leave the rest of the header zero: a two-byte file with
+        // the magic number would pass for a variable-length file, and its
+        // records would be written over its header.
         if (size < kHeaderSize) {
             Release();
             return nullptr;
@@ -155,15 +173,23 @@ void EDataFile::Seek(unsigned long position) {
     if (position == 0 || m_File == nullptr) {
         return;
     }
-    m_Courant = static_cast<std::uint32_t>(position);
+    // A position whose record would lie past the records, or in the header,
+    // is named but not reached: the file stays where it was, and OnRecord
+    // tells Read, Update and Delete that no record is there. Taken in 32 bits,
+    // a large record number's offset wraps onto the header, and past the end a
+    // write would add a record that the count leaves out.
+    m_Courant = static_cast<std::uint32_t>(std::min<unsigned long>(position, 0xFFFFFFFF));
     if (Fixed()) {
-        const std::int64_t offset =
-            static_cast<std::int64_t>(m_Courant - 1) * RecordSize() + kHeaderSize;
-        const std::int64_t delta = offset - m_Position;
+        const std::uint64_t offset =
+            kHeaderSize + static_cast<std::uint64_t>(m_Courant - 1) * RecordSize();
+        if (offset + RecordSize() > FileSize()) {
+            return;
+        }
+        const std::int64_t delta = static_cast<std::int64_t>(offset) - m_Position;
         if (delta != 0) {
             m_Position = static_cast<std::uint32_t>(m_File->Seek(static_cast<long>(delta), 1));
         }
-    } else {
+    } else if (m_Courant >= kHeaderSize && m_Courant + std::uint64_t{4} <= FileSize()) {
         SeekAbsolute(m_Courant);
     }
 }
@@ -176,6 +202,9 @@ unsigned long EDataFile::GetTaille(unsigned long position) {
         return RecordSize();
     }
     Seek(position);
+    if (!OnRecord()) {
+        return ~0UL;  // no record here, as for a deleted one
+    }
     std::uint32_t length = 0;
     m_File->Read(&length, sizeof length);
     SeekBack(sizeof length);
@@ -191,12 +220,18 @@ void EDataFile::Read(unsigned long position, void* buffer) {
     }
     Seek(position);
     if (Fixed()) {
-        const std::uint32_t start = m_Position;
-        if (m_File->Read(m_Buffer, RecordSize())) {
-            SeekBack(RecordSize());
-        } else {
-            SeekAbsolute(start);
+        // A number with no record gives an empty buffer, as at the end of a
+        // walk, rather than the record read before.
+        if (!OnRecord()) {
+            VideBuf();
+            return;
         }
+        const std::uint32_t start = m_Position;
+        m_File->Read(m_Buffer, RecordSize());
+        SeekAbsolute(start);
+        return;
+    }
+    if (!OnRecord()) {
         return;
     }
     std::uint32_t length = 0;
@@ -208,8 +243,10 @@ void EDataFile::Read(unsigned long position, void* buffer) {
     SeekAbsolute(m_Courant);
 }
 
-void EDataFile::Update(void* buffer, unsigned long size) {
-    if (m_File == nullptr) {
+// Both modes write the record's whole stored size, whatever `size` says: a
+// record cannot change length.
+void EDataFile::Update(void* buffer, unsigned long /*size*/) {
+    if (m_File == nullptr || !OnRecord()) {
         return;
     }
     if (Fixed()) {
@@ -218,14 +255,13 @@ void EDataFile::Update(void* buffer, unsigned long size) {
         m_File->Flush();
         return;
     }
-    // A record keeps its stored length: longer data is cut to it, and shorter
-    // data leaves the rest of the record as it was. A record that does not lie
-    // inside the file is left alone rather than letting the write grow it.
+    // A record that does not lie inside the file is left alone rather than
+    // letting the write grow it.
     std::uint32_t length = 0;
     m_File->Read(&length, sizeof length);
     if (length >= 4 && length != kDeleted &&
         static_cast<std::uint64_t>(m_Courant) + length <= FileSize()) {
-        m_File->Write(buffer, std::min<unsigned long>(size, length - 4));
+        m_File->Write(buffer, length - 4);
     }
     SeekAbsolute(m_Courant);
     m_File->Flush();
@@ -256,6 +292,24 @@ bool EDataFile::TakeFreeHead(std::uint32_t& link, std::uint32_t& length) {
     return true;
 }
 
+void EDataFile::AppendVariable(void* buffer, std::uint32_t payload) {
+    SeekAbsolute(static_cast<std::uint32_t>(m_File->Seek(0, 2)));
+    m_Courant = m_Position;
+    // A payload shorter than the part of the record that the deleted mark
+    // covers is stored padded with zeros to it, so that the record can be
+    // deleted without the mark running into the next record. It then reads
+    // back padded, as a record placed in a larger hole reads back the hole's
+    // size; the format stays as it is, and other readers see a plain record.
+    const std::uint32_t padding = payload < kMinPayload ? kMinPayload - payload : 0;
+    std::uint32_t stored = payload + padding + 4;
+    m_File->Write(&stored, sizeof stored);
+    m_File->Write(buffer, payload);
+    if (padding != 0) {
+        char zeros[kMinPayload] = {};
+        m_File->Write(zeros, padding);
+    }
+}
+
 void EDataFile::Insere(void* buffer, unsigned long size) {
     if (m_File == nullptr) {
         return;
@@ -273,26 +327,17 @@ void EDataFile::Insere(void* buffer, unsigned long size) {
             m_File->Write(&length, sizeof length);
             m_File->Write(buffer, payload);
         } else {
-            SeekAbsolute(static_cast<std::uint32_t>(m_File->Seek(0, 2)));
-            m_Courant = m_Position;
-            std::uint32_t stored = payload + 4;
-            m_File->Write(&stored, sizeof stored);
-            m_File->Write(buffer, payload);
+            AppendVariable(buffer, payload);
         }
         ++m_Header->RecordCount;
-    } else {
+    } else if (Fixed()) {
         m_Position = static_cast<std::uint32_t>(m_File->Seek(0, 2));
-        if (Fixed()) {
-            m_File->Write(m_Buffer, RecordSize());
-            ++m_Header->RecordCount;
-            m_Courant = m_Header->RecordCount;
-        } else {
-            std::uint32_t stored = payload + 4;
-            m_File->Write(&stored, sizeof stored);
-            m_File->Write(buffer, payload);
-            ++m_Header->RecordCount;
-            m_Courant = m_Position;
-        }
+        m_File->Write(m_Buffer, RecordSize());
+        ++m_Header->RecordCount;
+        m_Courant = m_Header->RecordCount;
+    } else {
+        AppendVariable(buffer, payload);
+        ++m_Header->RecordCount;
     }
     WriteHeader();
     SeekAbsolute(m_Position);
@@ -302,13 +347,25 @@ void EDataFile::Delete() {
     if (m_File == nullptr) {
         return;
     }
-    // The record's first word: a record that is already deleted, or that lies
-    // past the end, is left alone, since marking it would tie the free list
-    // into a cycle or grow the file.
+    // Only a live record is deleted. With no record at the position (past
+    // the end, or a file with no record at all) the mark would grow the file;
+    // with none counted the count would wrap; a record already deleted would
+    // tie the free list into a cycle.
+    if (!OnRecord() || m_Header->RecordCount == 0) {
+        return;
+    }
     std::uint32_t first = 0;
-    const bool present = m_File->Read(&first, sizeof first) == 1;
+    m_File->Read(&first, sizeof first);
     SeekAbsolute(m_Position);
-    if (!present || first == kDeleted || m_Courant == 0 || m_Header->RecordCount == 0) {
+    if (first == kDeleted) {
+        return;
+    }
+    // A record shorter than the mark, in a file made elsewhere, is left
+    // alone: marking it would write over the next record.
+    const bool holdsMark =
+        Fixed() ? RecordSize() >= sizeof(DeletedMark)
+                : first >= sizeof(DeletedMark) && m_Courant + std::uint64_t{first} <= FileSize();
+    if (!holdsMark) {
         return;
     }
     DeletedMark mark{kDeleted, m_Header->FreeHead, Fixed() ? 0 : first};

@@ -1,5 +1,6 @@
 #include "nvk/storage/memory_file.h"
 
+#include <algorithm>
 #include <cstring>
 #include <limits>
 
@@ -33,7 +34,11 @@ void EMemoryFile::Close() {
     m_Handle = os::INVALID_HANDLE_VALUE;
 }
 
+// A reopened file starts empty: the length and position of the closed one
+// would lie over the fresh block, and reads would run past it.
 int EMemoryFile::Open(const char*, int, int) {
+    m_Taille = 0;
+    m_Position = 0;
     m_Capacity = kInitialCapacity;
     char* block = Allocate(kInitialCapacity);
     m_Handle = block != nullptr ? static_cast<os::HANDLE>(block) : os::INVALID_HANDLE_VALUE;
@@ -78,43 +83,58 @@ unsigned long EMemoryFile::Seek(long offset, unsigned long whence) {
     return static_cast<unsigned long>(m_Position);
 }
 
+// The block grows to hold the new length, so that reads inside it stay inside
+// the block; the bytes it adds are zeros, as a file extended by its end. A
+// length the block can't grow to is cut to the block.
 void EMemoryFile::SetTaille(unsigned long size) {
-    if (IsOpen()) {
-        m_Taille = static_cast<std::int32_t>(size);
+    if (!IsOpen()) {
+        return;
     }
+    std::int64_t wanted = static_cast<std::int64_t>(std::min<unsigned long>(size, 0x7FFFFFFF));
+    if (!Reserve(wanted + 1)) {
+        wanted = m_Capacity;
+    }
+    if (wanted > m_Taille) {
+        std::memset(Block() + m_Taille, 0, static_cast<std::size_t>(wanted - m_Taille));
+    }
+    m_Taille = static_cast<std::int32_t>(wanted);
 }
 
 unsigned long EMemoryFile::Taille() const {
     return IsOpen() ? static_cast<unsigned long>(m_Taille) : 0;
 }
 
-// One spare byte is always kept past the data; the block doubles when it runs
-// short and never shrinks.
+// The block doubles until it holds `needed` bytes, and never shrinks; on
+// failure it stays as it was.
+bool EMemoryFile::Reserve(std::int64_t needed) {
+    if (needed <= m_Capacity) {
+        return true;
+    }
+    std::int64_t capacity = m_Capacity;
+    while (capacity < needed) {
+        capacity *= 2;
+    }
+    if (capacity > std::numeric_limits<std::int32_t>::max()) {
+        return false;
+    }
+    char* block = Allocate(capacity);
+    if (block == nullptr) {
+        return false;
+    }
+    std::memcpy(block, Block(), static_cast<std::size_t>(m_Taille));
+    os::VirtualFree(m_Handle, 0, os::MEM_RELEASE);
+    m_Handle = block;
+    m_Capacity = static_cast<std::int32_t>(capacity);
+    return true;
+}
+
+// One spare byte is always kept past the data.
 int EMemoryFile::Write(void* buffer, unsigned long size) {
     if (!IsOpen()) {
         return 0;
     }
-    const std::int64_t needed = static_cast<std::int64_t>(size) + 1 + m_Position;
-    if (needed > m_Capacity) {
-        std::int64_t capacity = m_Capacity;
-        while (capacity < needed) {
-            capacity *= 2;
-        }
-        if (capacity > std::numeric_limits<std::int32_t>::max()) {
-            return 0;
-        }
-        char* block = Allocate(capacity);
-        if (block == nullptr) {
-            return 0;
-        }
-        // A length set beyond the block by SetTaille has no bytes behind it.
-        const std::int32_t kept = m_Taille < m_Capacity ? m_Taille : m_Capacity;
-        if (kept > 0) {
-            std::memcpy(block, Block(), static_cast<std::size_t>(kept));
-        }
-        os::VirtualFree(m_Handle, 0, os::MEM_RELEASE);
-        m_Handle = block;
-        m_Capacity = static_cast<std::int32_t>(capacity);
+    if (!Reserve(static_cast<std::int64_t>(size) + 1 + m_Position)) {
+        return 0;
     }
     if (size != 0) {
         std::memcpy(Block() + m_Position, buffer, size);

@@ -89,5 +89,72 @@ TEST(BufferedFile, NeverOpenedReadsNothing) {
     EXPECT_STREQ("", file.ReadLine(Chaine("\r\n")).c_str());
 }
 
+// A line read on into the next window writes the window it leaves, and a
+// window past the end holds nothing to write.
+TEST(BufferedFile, LineReadsKeepWritesAndAddNoBytes) {
+    TempPath path("changed.txt");
+    WriteText(path.c_str(), std::string(5000, 'a') + "\n");
+    EBufferedFile file;
+    ASSERT_EQ(1, file.Open(path.c_str(), 3, 1));
+    file.SetBufferSize(4096);
+    file.Seek(3100, 0);
+    ASSERT_EQ(1, file.Write(const_cast<char*>("XY"), 2));
+    EXPECT_EQ(5000 - 3102, file.ReadLine(Chaine("\r\n")).Length());
+    file.Close();
+    std::string written = Text(ReadAll(path.c_str()));
+    EXPECT_EQ(5001u, written.size());
+    EXPECT_EQ("XY", written.substr(3100, 2));
+
+    TempPath other("lines.txt");
+    ASSERT_EQ(1, file.Open(other.c_str(), 19, 0));
+    const Chaine crlf("\r\n");
+    file.WriteLine(Chaine("abc"), crlf);
+    file.WriteLine(Chaine("def"), crlf);
+    file.Seek(0, 0);
+    EXPECT_STREQ("abc", file.ReadLine(crlf).c_str());
+    EXPECT_STREQ("def", file.ReadLine(crlf).c_str());
+    EXPECT_STREQ("", file.ReadLine(crlf).c_str());
+    file.Close();
+    EXPECT_EQ("abc\r\ndef\r\n", Text(ReadAll(other.c_str())));
+}
+
+// Copies of an object that holds a window share it, and the last one frees it.
+TEST(BufferedFile, CopiesOfAClosedObjectShareItsWindow) {
+    EBufferedFile a;
+    a.SetBufferSize(8192);
+    {
+        EBufferedFile b(a);
+        EBufferedFile c;
+        c = a;
+    }
+    EBufferedFile d(a);
+    a.SetBufferSize(4096);
+    TempPath path("copy.txt");
+    WriteText(path.c_str(), "line\r\n");
+    ASSERT_EQ(1, d.Open(path.c_str(), 3, 1));
+    EXPECT_STREQ("line", d.ReadLine(Chaine("\r\n")).c_str());
+}
+
+// After Close the object answers as a closed file, whatever it held.
+TEST(BufferedFile, ClosedObjectHoldsNothing) {
+    TempPath path("closed.txt");
+    EBufferedFile file;
+    ASSERT_EQ(1, file.Open(path.c_str(), 19, 0));
+    file.WriteLine(Chaine("hello"), Chaine("\r\n"));
+    file.Close();
+    EXPECT_EQ(0u, file.Taille());
+    EXPECT_EQ(0u, file.Seek(0, 0));
+    char buffer[4] = {};
+    EXPECT_EQ(0, file.Read(buffer, 2));
+    EXPECT_STREQ("", file.ReadLine(Chaine("\r\n")).c_str());
+    file.Seek(0, 0);
+    EXPECT_EQ(0, file.Write(const_cast<char*>("x"), 1));
+    EXPECT_EQ(0u, file.Taille());
+    ASSERT_EQ(1, file.Open(path.c_str(), 3, 1));
+    EXPECT_STREQ("hello", file.ReadLine(Chaine("\r\n")).c_str());
+    file.Close();
+    EXPECT_EQ("hello\r\n", Text(ReadAll(path.c_str())));
+}
+
 }  // namespace
 }  // namespace nvk::test

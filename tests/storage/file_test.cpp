@@ -23,11 +23,39 @@ TEST(MemoryFile, SeeksStayInsideAndReadsAreAllOrNothing) {
     EXPECT_EQ(4u, file.GetPosition());
     EXPECT_EQ(1, file.Read(buffer, 6));
     EXPECT_EQ(0, std::memcmp(buffer, "456789", 6));
-    // Reopening keeps the length over fresh memory.
+}
+
+// Reads and writes stay inside the block, whatever the length was made.
+TEST(MemoryFile, LengthNeverPassesTheBlock) {
+    EMemoryFile file;
+    ASSERT_EQ(1, file.Open(nullptr, 3, 0));
+    std::vector<char> big(20 << 20, 'b');
+    ASSERT_EQ(1, file.Write(big.data(), big.size()));
+    // Reopened over a fresh block, the file is empty.
     file.Close();
     EXPECT_EQ(0u, file.Taille());
     ASSERT_EQ(1, file.Open(nullptr, 3, 0));
-    EXPECT_EQ(10u, file.Taille());
+    EXPECT_EQ(0u, file.Taille());
+    EXPECT_EQ(0u, file.Seek(big.size() - 16, 0));
+    char back[16] = {};
+    EXPECT_EQ(0, file.Read(back, 16));
+    // A length above the block grows it, with zeros.
+    char text[] = "abc";
+    ASSERT_EQ(1, file.Write(text, 3));
+    file.SetTaille(64 << 20);
+    EXPECT_EQ(64u << 20, file.Taille());
+    file.Seek(-16, 2);
+    ASSERT_EQ(1, file.Read(back, 16));
+    EXPECT_EQ(std::vector<char>(16, 0), std::vector<char>(back, back + 16));
+    file.SeekToBegin();
+    ASSERT_EQ(1, file.Read(back, 3));
+    EXPECT_EQ(0, std::memcmp(back, "abc", 3));
+    // Cut, then lengthened inside the block: the bytes come back as zeros.
+    file.SetTaille(1);
+    file.SetTaille(3);
+    file.SeekToBegin();
+    ASSERT_EQ(1, file.Read(back, 3));
+    EXPECT_EQ(0, std::memcmp(back, "a\0\0", 3));
 }
 
 TEST(MemoryFile, GrowsByDoublingAndKeepsItsContent) {
@@ -71,128 +99,6 @@ TEST(BaseFile, OpenModesAndShortReads) {
     ASSERT_EQ(1, file.Open(other.c_str(), 16, 0));
     EXPECT_EQ(0, file.Write(text, 1));
     file.Close();
-}
-
-// The record file's layout, in fixed-length and variable-length files.
-class DataFile : public ::testing::Test {
-protected:
-    void OpenFixed(unsigned long size) {
-        ASSERT_EQ(1, m_File.Create(m_Path.c_str(), size));
-        ASSERT_EQ(0, m_File.Create(m_Path.c_str(), size));  // now exists with content
-        ASSERT_NE(nullptr, m_File.Open(m_Path.c_str()));
-    }
-    void InsertFixed(std::uint32_t tag) {
-        std::memset(m_File.Adresse(), 0, 16);
-        std::memcpy(m_File.Adresse(), &tag, 4);
-        m_File.Insere(nullptr, 0);
-    }
-    std::uint32_t Tag() const {
-        std::uint32_t tag;
-        std::memcpy(&tag, m_File.Adresse(), 4);
-        return tag;
-    }
-
-    TempPath m_Path{"records.dat"};
-    EDataFile m_File;
-};
-
-TEST_F(DataFile, FixedRecordsReuseDeletedSlotsLatestFirst) {
-    OpenFixed(16);
-    EXPECT_EQ(0, m_File.First());
-    for (std::uint32_t tag = 1; tag <= 6; ++tag) {
-        InsertFixed(tag * 10);
-        EXPECT_EQ(tag, m_File.Courant());
-    }
-    m_File.Read(5, nullptr);
-    m_File.Delete();
-    m_File.Read(3, nullptr);
-    m_File.Delete();
-    m_File.Delete();  // already deleted: nothing happens
-    EXPECT_EQ(4u, m_File.Nombre());
-    m_File.Close();
-    std::vector<char> bytes = ReadAll(m_Path.c_str());
-    EXPECT_EQ(3u, At<std::uint32_t>(bytes, 12));                // FreeHead
-    EXPECT_EQ(0xFFFFFFFFu, At<std::uint32_t>(bytes, 36 + 32));  // record 3 is marked
-    EXPECT_EQ(5u, At<std::uint32_t>(bytes, 36 + 32 + 4));       // and links to 5
-    ASSERT_NE(nullptr, m_File.Open(m_Path.c_str()));
-    std::vector<std::uint32_t> seen;
-    for (int more = m_File.First(); more; more = m_File.Next()) {
-        seen.push_back(Tag());
-    }
-    EXPECT_EQ((std::vector<std::uint32_t>{10, 20, 40, 60}), seen);
-    EXPECT_EQ(1, m_File.Last());
-    EXPECT_EQ(60u, Tag());
-    EXPECT_EQ(1, m_File.Prev());
-    EXPECT_EQ(40u, Tag());
-    InsertFixed(33);
-    EXPECT_EQ(3u, m_File.Courant());
-    InsertFixed(55);
-    EXPECT_EQ(5u, m_File.Courant());
-    InsertFixed(77);
-    EXPECT_EQ(7u, m_File.Courant());
-    EXPECT_EQ(7u, m_File.Nombre());
-}
-
-TEST_F(DataFile, OpenRefusesDamagedHeaders) {
-    OpenFixed(16);
-    InsertFixed(1);
-    m_File.Close();
-    std::vector<char> bytes = ReadAll(m_Path.c_str());
-    auto refused = [&](std::vector<char> damaged) {
-        WriteAll(m_Path.c_str(), damaged);
-        EDataFile file;
-        return file.Open(m_Path.c_str()) == nullptr;
-    };
-    std::vector<char> magic = bytes;
-    magic[0] = 2;
-    EXPECT_TRUE(refused(magic));
-    std::vector<char> ragged = bytes;
-    ragged.push_back(0);
-    EXPECT_TRUE(refused(ragged));
-    std::vector<char> counted = bytes;
-    Put<std::uint32_t>(counted, 8, 2);
-    EXPECT_TRUE(refused(counted));
-    EXPECT_TRUE(refused({}));
-    // A free head that is not a deleted record is dropped, not followed.
-    std::vector<char> head = bytes;
-    Put<std::uint32_t>(head, 12, 1);
-    EXPECT_FALSE(refused(head));
-    ASSERT_NE(nullptr, m_File.Open(m_Path.c_str()));
-    InsertFixed(2);
-    EXPECT_EQ(2u, m_File.Courant());
-    m_File.Read(1, nullptr);
-    EXPECT_EQ(1u, Tag());
-}
-
-TEST(VariableRecords, HolesAreReusedOnlyWhenLargeEnough) {
-    EDataFile file;
-    ASSERT_EQ(1, file.Create(nullptr, 0));
-    ASSERT_EQ(reinterpret_cast<void*>(~std::uintptr_t{0}), file.Open(nullptr));
-    std::vector<char> payload(100, 'p');
-    file.Insere(payload.data(), 46);  // L = 50
-    const unsigned long hole = file.Courant();
-    file.Insere(payload.data(), 20);
-    const unsigned long second = file.Courant();
-    file.Seek(hole);
-    file.Delete();
-    file.Insere(payload.data(), 100);  // too big: appended
-    EXPECT_GT(file.Courant(), second);
-    std::vector<char> small(40, 's');
-    file.Insere(small.data(), 40);
-    EXPECT_EQ(hole, file.Courant());
-    EXPECT_EQ(46u, file.GetTaille(hole));
-    // An update writes the stored length's worth and no more.
-    std::vector<char> longer(200, 'u');
-    file.Seek(hole);
-    file.Update(longer.data(), 200);
-    std::vector<char> back(46);
-    file.Read(hole, back.data());
-    EXPECT_EQ(std::vector<char>(46, 'u'), back);
-    EXPECT_EQ(0, file.Last());
-    EXPECT_EQ(1, file.First());
-    EXPECT_EQ(1, file.Next());
-    EXPECT_EQ(second, file.Courant());
-    EXPECT_EQ(3u, file.Nombre());
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 // nvk data: record files: create, run operations read from standard input,
 // dump.
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <iostream>
@@ -9,6 +10,7 @@
 
 #include "cli.h"
 #include "hex_bytes.h"
+#include "nvk/core/chaine.h"
 #include "nvk/storage/data_file.h"
 #include "storage/data_format.h"
 
@@ -144,6 +146,21 @@ const Command kCommands[] = {
              size > 0xFFFFFFFF) {
              return nvk::tool::Fail("usage: data create FILE RECORDSIZE");
          }
+         const std::string sizeText = std::to_string(size);
+         if (size > static_cast<long long>(EDataFile::kMaxRecordSize)) {
+             return nvk::tool::Fail("record size " + sizeText + " refused: the largest is " +
+                                    std::to_string(EDataFile::kMaxRecordSize));
+         }
+         if (size != 0 && size < static_cast<long long>(EDataFile::kMinRecordSize)) {
+             return nvk::tool::Fail(
+                 "record size " + sizeText + " refused: a fixed record must hold the " +
+                 std::to_string(EDataFile::kMinRecordSize) + "-byte mark of a deleted record");
+         }
+         const Chaine folder = Chaine(args[0].c_str()).GetFolder();
+         if (!folder.IsEmpty() && !folder.IsFolder()) {
+             return nvk::tool::Fail("cannot create " + args[0] + ": the folder " + folder.c_str() +
+                                    " does not exist");
+         }
          EDataFile records;
          // Create does not tell a file it could not make; the header tells.
          EBaseFile made;
@@ -196,37 +213,51 @@ const Command kCommands[] = {
              !file.Read(&header, sizeof header)) {
              return nvk::tool::Fail("cannot read the header of " + args[0]);
          }
+         if (header.Magic != dfmt::kMagic) {
+             return nvk::tool::Fail(args[0] + " is not a record file");
+         }
          const std::uint64_t size = file.Taille();
          std::cout << "magic 0x" << std::hex << header.Magic << std::dec << ", record size "
                    << header.RecordSize << (header.RecordSize == 0 ? " (variable)" : "")
                    << ", records " << header.RecordCount << ", free list " << header.FreeHead
                    << '\n';
+         const bool fixed = header.RecordSize != 0;
          std::vector<char> record;
          std::uint64_t offset = dfmt::kHeaderSize;
-         for (std::uint32_t n = 1; offset + 4 <= size; ++n) {
+         // A fixed record is whole when its own bytes are there, however
+         // short; a variable one needs its length word.
+         for (std::uint32_t n = 1; offset + (fixed ? header.RecordSize : 4) <= size; ++n) {
              std::uint32_t length = header.RecordSize;
-             if (length == 0) {
+             if (!fixed) {
                  file.Seek(static_cast<long>(offset), 0);
                  file.Read(&length, 4);
              }
+             // The mark is read from the record's own bytes only: a short fixed
+             // record holds part of it, or none, and a variable record's mark
+             // holds its length.
              dfmt::DeletedMark mark{};
+             const std::uint64_t markBytes =
+                 std::min<std::uint64_t>(sizeof mark, fixed ? header.RecordSize : size - offset);
              file.Seek(static_cast<long>(offset), 0);
-             file.Read(&mark, sizeof mark);
-             const bool deleted = mark.Mark == dfmt::kDeleted;
-             if (header.RecordSize == 0 && deleted) {
-                 length = mark.Length;
+             file.Read(&mark, static_cast<unsigned long>(markBytes));
+             const bool deleted = markBytes >= 4 && mark.Mark == dfmt::kDeleted;
+             if (!fixed && deleted) {
+                 length = markBytes == sizeof mark ? mark.Length : 0;
              }
-             std::cout << (header.RecordSize != 0 ? "#" + std::to_string(n)
-                                                  : "@" + std::to_string(offset))
-                       << ": ";
-             if (length < (header.RecordSize != 0 ? 1u : 4u) || offset + length > size) {
+             std::cout << (fixed ? "#" + std::to_string(n) : "@" + std::to_string(offset)) << ": ";
+             if (length < (fixed ? 1u : 4u) || offset + length > size) {
                  std::cout << "damaged length " << length << '\n';
                  break;
              }
              if (deleted) {
-                 std::cout << "deleted, next " << mark.Next << '\n';
+                 // A record too short for the link shows none.
+                 std::cout << "deleted";
+                 if (markBytes >= 8) {
+                     std::cout << ", next " << mark.Next;
+                 }
+                 std::cout << '\n';
              } else {
-                 const std::uint32_t skip = header.RecordSize != 0 ? 0 : 4;
+                 const std::uint32_t skip = fixed ? 0 : 4;
                  record.resize(length - skip);
                  file.Seek(static_cast<long>(offset + skip), 0);
                  file.Read(record.data(), length - skip);

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 
 #include "nvk/core/chaine.h"
 #include "nvk/storage/base_file.h"
@@ -20,7 +21,8 @@ public:
 
     // Never opened: reads nothing and reports failure.
     EBufferedFile();
-    // Copies share the window and the handle: copy closed objects.
+    // Copies share the window and the handle: copy closed objects. The window
+    // is released by the last copy that holds it.
     EBufferedFile(const EBufferedFile&) = default;
     EBufferedFile& operator=(const EBufferedFile&) = default;
 
@@ -63,4 +65,10 @@ private:
     void Set(std::uint32_t flag, bool on) { m_Flags = on ? (m_Flags | flag) : (m_Flags & ~flag); }
     void SeekReal(std::uint32_t offset);
     void ReleaseBuffer();
+    void AllocateBuffer();
+
+    // Owns what m_Buffer points to, shared by copies: a closed object may hold
+    // a window (SetBufferSize makes it before Open), and each copy would
+    // otherwise free it again.
+    std::shared_ptr<char[]> m_Window;
 };

@@ -13,6 +13,15 @@ struct Header;
 
 class EDataFile {
 public:
+    // The largest record size that Create makes and Open accepts: Open takes a
+    // buffer of one record, and a damaged header must not make it ask for
+    // gigabytes.
+    static constexpr unsigned long kMaxRecordSize = 16ul << 20;
+    // The smallest fixed record size that Create makes: a deleted record holds
+    // the 12-byte deleted mark. Files with smaller records open and read, but
+    // their records are not deleted.
+    static constexpr unsigned long kMinRecordSize = 12;
+
     EDataFile() : m_File(nullptr) {}
     // Copies share the file, the buffer and the header: copy closed objects.
     EDataFile(const EDataFile&) = default;
@@ -42,7 +51,8 @@ public:
     void VideBuf();
     EBaseFile* getFile() const { return m_File; }
     // The payload size of a record: the record size of a fixed-length file;
-    // in a variable-length file, all bits set for a deleted record.
+    // in a variable-length file, all bits set for a deleted record or a
+    // position with no record.
     unsigned long GetTaille(unsigned long position);
     void Seek(unsigned long position);
 
@@ -61,8 +71,14 @@ private:
     std::uint32_t RecordSize() const;
     std::uint64_t FileSize() const { return m_File->Taille(); }
     std::uint32_t Slots() const;
+    // Whether the file position stands on a record inside the file: a fixed
+    // record number within the slots, or a variable offset past the header
+    // with its length word inside the file.
+    bool OnRecord() const;
     void SeekAbsolute(std::uint32_t offset);
     void SeekBack(std::uint32_t bytes);
+    // Writes a variable-length record at the end of the file.
+    void AppendVariable(void* buffer, std::uint32_t payload);
     // Reads the mark of the free head; false if the head is not a deleted
     // record inside the file, in which case the list is dropped.
     bool TakeFreeHead(std::uint32_t& link, std::uint32_t& length);

@@ -18,12 +18,12 @@ public:
     void Close() override;
     void Flush() override {}
     void Lock(unsigned long) override {}
-    // Takes a fresh block of 8192 bytes; the arguments are ignored, and the
-    // length and position stay as they were.
+    // Takes a fresh block of 8192 bytes and starts an empty file; the
+    // arguments are ignored.
     int Open(const char* name, int mode, int share) override;
     int Read(void* buffer, unsigned long size) override;
     unsigned long Seek(long offset, unsigned long whence) override;
-    // Sets the logical length only: callers stay within what was written.
+    // Grows the block when the length passes it.
     void SetTaille(unsigned long size) override;
     unsigned long Taille() const override;
     void UnLock(unsigned long) override {}
@@ -39,4 +39,5 @@ protected:
 
 private:
     char* Block() const { return static_cast<char*>(m_Handle); }
+    bool Reserve(std::int64_t needed);
 };
