@@ -246,13 +246,17 @@ CArchive& CArchive::operator>>(double& value) {
 }
 
 CArchive& CArchive::operator>>(CString& text) {
+    // The announced length is believed only as far as the data goes: the
+    // string grows step by step with what is read, so a damaged length ends
+    // in endOfFile, and memory is asked for only for bytes that are there.
     const std::uint32_t length = ReadStringLength();
-    if (length > static_cast<std::uint32_t>(INT_MAX)) {
-        AfxThrowMemoryException();
-    }
     CString loaded;
     for (std::uint32_t done = 0; done < length;) {
         const std::uint32_t step = std::min(length - done, kReadStep);
+        if (done + step > static_cast<std::uint32_t>(INT_MAX)) {
+            // Gigabytes of real data that a CString can't hold.
+            AfxThrowMemoryException();
+        }
         char* to = loaded.GetBufferSetLength(static_cast<int>(done + step)) + done;
         if (Read(to, step) != step) {
             Throw(CArchiveException::endOfFile);

@@ -1,5 +1,7 @@
 #include "nvk/afx/cstring.h"
 
+#include "afx/text_format.h"
+
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
@@ -123,7 +125,7 @@ int CString::Find(char c, int start) const {
         return -1;
     }
     const auto at = m_text.find(c, static_cast<std::size_t>(start));
-    return at == std::string::npos ? -1 : static_cast<int>(at);
+    return at == Text::npos ? -1 : static_cast<int>(at);
 }
 
 int CString::Find(const char* text, int start) const {
@@ -132,12 +134,12 @@ int CString::Find(const char* text, int start) const {
         return -1;
     }
     const auto at = m_text.find(text, static_cast<std::size_t>(start));
-    return at == std::string::npos ? -1 : static_cast<int>(at);
+    return at == Text::npos ? -1 : static_cast<int>(at);
 }
 
 int CString::ReverseFind(char c) const {
     const auto at = m_text.rfind(c);
-    return at == std::string::npos ? -1 : static_cast<int>(at);
+    return at == Text::npos ? -1 : static_cast<int>(at);
 }
 
 void CString::MakeUpper() {
@@ -194,10 +196,10 @@ int CString::Replace(const char* from, const char* to) {
         return 0;
     }
     const std::string_view replacement = View(to);
-    std::string result;
+    Text result;
     int count = 0;
     std::size_t done = 0;
-    for (std::size_t at = m_text.find(old); at != std::string::npos; at = m_text.find(old, done)) {
+    for (std::size_t at = m_text.find(old); at != Text::npos; at = m_text.find(old, done)) {
         result.append(m_text, done, at - done).append(replacement);
         done = at + old.size();
         ++count;
@@ -216,7 +218,9 @@ int CString::Insert(int index, char c) {
 }
 
 int CString::Delete(int index, int count) {
-    if (index >= 0 && index < GetLength() && count > 0) {
+    // The framework takes a negative index as 0.
+    index = std::max(index, 0);
+    if (index < GetLength() && count > 0) {
         m_text.erase(static_cast<std::size_t>(index), static_cast<std::size_t>(count));
     }
     return GetLength();
@@ -230,17 +234,12 @@ void CString::Format(const char* format, ...) {
 }
 
 void CString::FormatV(const char* format, va_list args) {
-    va_list measure;
-    va_copy(measure, args);
-    const int length = std::vsnprintf(nullptr, 0, format, measure);
-    va_end(measure);
-    if (length <= 0) {
+    if (format == nullptr) {
         m_text.clear();
         return;
     }
-    std::string text(static_cast<std::size_t>(length), '\0');
-    std::vsnprintf(text.data(), text.size() + 1, format, args);
-    m_text = std::move(text);
+    const std::string text = nvk::afx::FormatText(format, args);
+    m_text.assign(text.data(), text.size());
 }
 
 char* CString::GetBuffer(int minLength) {

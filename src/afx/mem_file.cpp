@@ -1,12 +1,21 @@
 #include "nvk/afx/mem_file.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 
 #include "nvk/afx/exceptions.h"
 
 IMPLEMENT_DYNAMIC(CMemFile, CFile)
+
+namespace {
+
+// The largest block a process can be asked for; beyond it the growth
+// arithmetic below would wrap and the block come out smaller than the size.
+constexpr std::size_t kLargestSize = PTRDIFF_MAX / 2;
+
+}  // namespace
 
 CMemFile::CMemFile(unsigned growBytes) : m_nGrowBytes(growBytes) {}
 
@@ -51,6 +60,9 @@ void CMemFile::Write(const void* buffer, unsigned count) {
     if (count == 0) {
         return;
     }
+    if (m_nPosition > kLargestSize - count) {
+        AfxThrowMemoryException();
+    }
     const std::size_t end = m_nPosition + count;
     Grow(end);
     if (m_nPosition > m_nFileSize) {
@@ -77,6 +89,9 @@ std::uint64_t CMemFile::Seek(std::int64_t offset, unsigned from) {
 }
 
 void CMemFile::SetLength(std::uint64_t length) {
+    if (length > kLargestSize) {
+        AfxThrowMemoryException();
+    }
     const auto size = static_cast<std::size_t>(length);
     Grow(size);
     if (size > m_nFileSize) {
@@ -105,7 +120,7 @@ void CMemFile::Grow(std::size_t size) {
     if (size <= m_nBufferSize) {
         return;
     }
-    if (m_nGrowBytes == 0) {
+    if (m_nGrowBytes == 0 || size > kLargestSize) {
         AfxThrowMemoryException();
     }
     const std::size_t steps = (size + m_nGrowBytes - 1) / m_nGrowBytes;

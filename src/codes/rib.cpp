@@ -122,7 +122,7 @@ CString CRIB::ExpectedKey(const char* agence, const char* guichet, const char* c
     const long c1 = number(10, 6);
     const long c2 = number(16, 5);
     CString key;
-    key.Format("%02ld", 97 - (89 * a + 15 * g + 76 * c1 + 3 * c2) % 97);
+    key.Format("%02ld", static_cast<int>(97 - (89 * a + 15 * g + 76 * c1 + 3 * c2) % 97));
     return key;
 }
 

@@ -172,11 +172,15 @@ TEST(CArchiveTest, WrongDirectionAndShortDataThrow) {
 }
 
 TEST(CArchiveTest, DamagedLengthEndsAtTheData) {
-    CMemFile file;
-    Fill(file, {0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0x7F, 'a'});
-    CArchive ar(&file, CArchive::load);
-    CString s;
-    EXPECT_EQ(ArchiveCause([&] { ar >> s; }), CArchiveException::endOfFile);
+    // Lengths below and above what a CString can hold, one byte behind each.
+    for (const std::uint8_t top : {0x7F, 0xFF}) {
+        CMemFile file;
+        Fill(file, {0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, top, 'a'});
+        CArchive ar(&file, CArchive::load);
+        CString s("kept");
+        EXPECT_EQ(ArchiveCause([&] { ar >> s; }), CArchiveException::endOfFile) << int{top};
+        EXPECT_EQ(s, "kept");
+    }
 }
 
 TEST(CArchiveTest, FlushGivesBackTheBytesReadAhead) {
@@ -270,6 +274,22 @@ TEST(CMemFileTest, FixedAndGrowableBlocks) {
         ADD_FAILURE() << "seek before the start";
     } catch (CFileException* e) {
         EXPECT_EQ(e->m_cause, CFileException::badSeek);
+        e->Delete();
+    }
+    // A size no process can hold (a -1 by mistake) is refused, file unchanged.
+    for (const std::uint64_t huge : {~0ULL, ~0ULL >> 1}) {
+        try {
+            file.SetLength(huge);
+            ADD_FAILURE() << "grew to " << huge;
+        } catch (CMemoryException* e) {
+            e->Delete();
+        }
+    }
+    file.Seek(static_cast<std::int64_t>(~0ULL >> 1), CFile::begin);
+    try {
+        file.Write("x", 1);
+        ADD_FAILURE() << "wrote at the end of the address space";
+    } catch (CMemoryException* e) {
         e->Delete();
     }
     std::uint8_t* block = file.Detach();

@@ -116,6 +116,23 @@ TEST(CStringTest, FormatHasNoLengthLimit) {
     EXPECT_TRUE(s.IsEmpty());
 }
 
+TEST(CStringTest, FormatsAsChaineDoes) {
+    CString s;
+    s.Format("%I64d|%I64x", 1LL << 40, -1LL);
+    EXPECT_EQ(s, "1099511627776|ffffffffffffffff");
+    s.Format("[%S|%Lf|%ld]", u"\u00e9t\u00e9", 1.5, -1);
+    EXPECT_EQ(s, "[\xE9t\xE9|1.500000|-1]");
+    // A zero character ends the text, as the framework's ReleaseBuffer does.
+    s.Format("ab%cde", 0);
+    EXPECT_EQ(s.GetLength(), 2);
+}
+
+TEST(CStringTest, DeleteTakesANegativeIndexAsZero) {
+    CString s("abcd");
+    EXPECT_EQ(s.Delete(-3, 2), 2);
+    EXPECT_EQ(s, "cd");
+}
+
 TEST(CStringTest, BufferAccess) {
     CString s("abc");
     char* p = s.GetBuffer(10);

@@ -32,6 +32,11 @@ TEST(AfxThrowTest, ExceptionsArriveAsPointersToTheirClass) {
     char text[5];
     EXPECT_TRUE(file->GetErrorMessage(text, sizeof text));
     EXPECT_STREQ(text, "A sh");
+    // The usual two arguments work through every derived class too.
+    const auto* derived = static_cast<CFileException*>(file.get());
+    EXPECT_TRUE(derived->GetErrorMessage(text, sizeof text));
+    EXPECT_TRUE(static_cast<const CArchiveException*>(a)->GetErrorMessage(text, sizeof text));
+    EXPECT_STREQ(text, "The ");
 }
 
 TEST(AfxThrowTest, MemoryExceptionIsSharedAndSurvivesDelete) {

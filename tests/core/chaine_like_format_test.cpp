@@ -82,16 +82,56 @@ TEST(ChaineFormat, PrintsWhatTheLibraryPrints) {
 }
 
 TEST(ChaineFormat, ShortEstimatesStaySafe) {
-    // "E" is unknown to the estimate, which counts only its spelling; the
-    // printed number is longer, and a long text after it is not measured.
+    // The estimate of "E" is its spelling; the printed number is longer, and a
+    // long text follows it.
     const std::string longText(3000, 'w');
     Chaine text;
     text.Format("%E%s", 1e300, longText.c_str());
     EXPECT_EQ(std::string(text), Printed("%E%s", 1e300, longText.c_str()));
     text.Format("%0400E|%.300f", -1.5e-300, 1e300);
     EXPECT_EQ(std::string(text), Printed("%0400E|%.300f", -1.5e-300, 1e300));
-    text.Format("%Lf", static_cast<long double>(2.5));
-    EXPECT_STREQ(text, "2.500000");
+}
+
+TEST(ChaineFormat, SizeModifiersReadThePlatformsArguments) {
+    // "L", "F", "N" and "l" take nothing more: a double, a pointer, a 32-bit
+    // LONG. The C library would read a long double, a conversion "F" or "N",
+    // and a 64-bit long.
+    Chaine text;
+    EXPECT_STREQ(text.Format("[%Lf|%lf|%5.1Lg]", 1.5, 2.5, 3.25), "[1.500000|2.500000|    3]");
+    EXPECT_STREQ(text.Format("[%Fs|%Ns|%-4Fs]", "far", "near", "x"), "[far|near|x   ]");
+    EXPECT_STREQ(text.Format("[%ld|%lu|%lx]", std::int32_t{-1}, std::uint32_t{7}, 255),
+                 "[-1|7|ff]");
+    EXPECT_STREQ(text.Format("[%hd|%I64u]", 65537, ~0ULL), "[1|18446744073709551615]");
+    // What the fuzz finding built: "%...F" is no conversion, "%" ends it, and
+    // the arguments after it still line up.
+    EXPECT_STREQ(text.Format("%-+ #0F%|%*d|%s", 3, 7, "end"), "%|  7|end");
+}
+
+TEST(ChaineFormat, EveryConversionTakesItsOwnArgument) {
+    // Unknown letters print themselves and take nothing; "E" takes a double,
+    // "*" an int; "%n" counts what is printed so far.
+    Chaine text;
+    int count = -1;
+    EXPECT_STREQ(text.Format("%y|%5%|%.1E|%*.*s|%n%c%", 2.0, 4, 2, "abc", &count, 'z'),
+                 "y|%|2.0E+00|  ab|z");
+    EXPECT_EQ(count, 17);
+    EXPECT_STREQ(text.Format("%I32d|%s", "x"), "I32d|x");
+}
+
+TEST(ChaineFormat, WideTextIsTheLibrarysWcharInTheAnsiCodePage) {
+    Chaine text;
+    EXPECT_STREQ(text.Format("[%S]", u"abc"), "[abc]");
+    EXPECT_STREQ(text.Format("[%ls|%5.2S]", u"d\u00e9j\u00e0", u"\u20acuro"),
+                 "[d\xE9j\xE0|   \x80u]");
+    EXPECT_STREQ(text.Format("[%C%lc%c]", u'\u00e9', u'\u20ac', 'x'), "[\xE9\x80x]");
+    // "h" keeps the upper-case letters narrow.
+    EXPECT_STREQ(text.Format("[%hS|%hC]", "narrow", 'n'), "[narrow|n]");
+    EXPECT_STREQ(text.Format("[%S]", static_cast<const char16_t*>(nullptr)),
+                 Printed("[%s]", nullptr).c_str());
+    // A long wide text after a number the estimate doesn't measure.
+    const std::u16string longWide(5000, u'\u00e8');
+    text.Format("%E%S", 1.0, longWide.c_str());
+    EXPECT_EQ(std::string(text), "1.000000E+00" + std::string(5000, '\xE8'));
 }
 
 }  // namespace

@@ -6,11 +6,14 @@
 //     characters, without a terminator.
 // Storing to a loading archive throws CArchiveException* with cause readOnly,
 // loading from a storing one cause writeOnly, and a value cut short by the
-// end of the data cause endOfFile. Errors of the file pass as CFileException*.
+// end of the data cause endOfFile. Errors of the file pass as CFileException*,
+// and exhausted memory as CMemoryException*.
 #pragma once
 
 #include <cstdint>
 #include <vector>
+
+#include "nvk/afx/allocator.h"
 
 class CFile;
 class CString;
@@ -90,7 +93,7 @@ private:
 
     CFile* m_pFile;
     unsigned m_nMode;
-    std::vector<std::uint8_t> m_buffer;
+    std::vector<std::uint8_t, nvk::afx::FrameworkAllocator<std::uint8_t>> m_buffer;
     // Storing: bytes [0, m_nEnd) wait to be written. Loading: bytes
     // [m_nCurrent, m_nEnd) are read ahead and not yet consumed.
     std::size_t m_nCurrent = 0;

@@ -9,6 +9,8 @@
 #include <cstdarg>
 #include <string>
 
+#include "nvk/afx/allocator.h"
+
 class CString {
 public:
     CString() = default;
@@ -75,8 +77,10 @@ public:
     int Insert(int index, char c);
     int Delete(int index, int count = 1);
 
-    // printf-style, whatever the length of the result.
-    void Format(const char* format, ...) __attribute__((format(printf, 2, 3)));
+    // printf-style, whatever the length of the result, in the library's own
+    // dialect ("%I64d", "%S" of WCHAR text, ...): no printf attribute, since
+    // the compiler would check it against the C library's.
+    void Format(const char* format, ...);
     void FormatV(const char* format, va_list args);
 
     // Room for at least `minLength` characters and a terminator, the current
@@ -87,7 +91,11 @@ public:
     void ReleaseBuffer(int newLength = -1);
 
 private:
-    std::string m_text;
+    // Every allocation goes through the framework's allocator, so that
+    // exhausted memory leaves any operation as CMemoryException*.
+    using Text =
+        std::basic_string<char, std::char_traits<char>, nvk::afx::FrameworkAllocator<char>>;
+    Text m_text;
 };
 
 CString operator+(const CString& left, const CString& right);

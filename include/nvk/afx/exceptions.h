@@ -18,7 +18,8 @@ public:
     // Frees the exception if it was made on the heap for one throw.
     void Delete();
     // Copies a short description, zero-terminated, into `text` of `size`
-    // bytes; false when there is nothing to say.
+    // bytes; false when there is nothing to say. A default argument binds by
+    // the static type, so each override repeats it.
     virtual bool GetErrorMessage(char* text, unsigned size, unsigned* helpContext = nullptr) const;
 
 protected:
@@ -33,7 +34,7 @@ class CMemoryException : public CException {
 
 public:
     using CException::CException;
-    bool GetErrorMessage(char* text, unsigned size, unsigned* helpContext) const override;
+    bool GetErrorMessage(char* text, unsigned size, unsigned* helpContext = nullptr) const override;
 };
 
 class CNotSupportedException : public CException {
@@ -41,7 +42,7 @@ class CNotSupportedException : public CException {
 
 public:
     using CException::CException;
-    bool GetErrorMessage(char* text, unsigned size, unsigned* helpContext) const override;
+    bool GetErrorMessage(char* text, unsigned size, unsigned* helpContext = nullptr) const override;
 };
 
 class CArchiveException : public CException {
@@ -60,7 +61,7 @@ public:
     };
 
     explicit CArchiveException(int cause = none, const char* archiveName = nullptr);
-    bool GetErrorMessage(char* text, unsigned size, unsigned* helpContext) const override;
+    bool GetErrorMessage(char* text, unsigned size, unsigned* helpContext = nullptr) const override;
 
     int m_cause;
     CString m_strFileName;
@@ -89,7 +90,7 @@ public:
     };
 
     explicit CFileException(int cause = none, long osError = -1, const char* fileName = nullptr);
-    bool GetErrorMessage(char* text, unsigned size, unsigned* helpContext) const override;
+    bool GetErrorMessage(char* text, unsigned size, unsigned* helpContext = nullptr) const override;
 
     // The cause for a GetLastError code.
     static int OsErrorToException(long osError);
