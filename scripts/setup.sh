@@ -7,6 +7,7 @@ packages=(
     cmake ninja-build g++ clang libclang-rt-14-dev pkg-config clang-format
     libicu-dev libgtest-dev libgmock-dev libbenchmark-dev
     libinih-dev libsqlite3-dev liblmdb-dev
+    tzdata  # the time tests name real zones
 )
 
 sudo=""
