@@ -6,7 +6,9 @@ set -euo pipefail
 packages=(
     cmake ninja-build g++ clang libclang-rt-14-dev pkg-config clang-format
     libicu-dev libgtest-dev libgmock-dev libbenchmark-dev
-    libinih-dev libsqlite3-dev liblmdb-dev python3
+    libinih-dev libsqlite3-dev liblmdb-dev
+    python3  # the tool's contract test
+    tzdata   # the time tests name real zones
 )
 
 sudo=""

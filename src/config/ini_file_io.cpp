@@ -7,7 +7,9 @@
 #include "nvk/config/ini_file.h"
 #include "os/api/error.h"
 #include "os/api/file.h"
+#include "os/api/file_replace.h"
 #include "os/api/sync.h"
+#include "os/api/temp_file.h"
 
 namespace os = nvk::os;
 
@@ -65,26 +67,73 @@ bool EIniFile::Open(const Chaine& fileName, bool readOnly, bool unused) {
     return Open(readOnly, unused);
 }
 
+namespace {
+
+// Reads the whole file into `text`: ERROR_SUCCESS, or why it could not.
+os::DWORD ReadAll(os::HANDLE file, Chaine& text) {
+    const os::DWORD size = os::GetFileSize(file, nullptr);
+    // Text positions are signed 32-bit numbers.
+    if (size >= 0x7FFFFFFF) {
+        return size == os::INVALID_FILE_SIZE ? os::GetLastError() : os::ERROR_NOT_ENOUGH_MEMORY;
+    }
+    text.Empty();
+    if (size == 0) {
+        return os::ERROR_SUCCESS;
+    }
+    os::DWORD got = 0;
+    char* bytes = text.SetLength(static_cast<int>(size));
+    if (os::SetFilePointer(file, 0, nullptr, os::FILE_BEGIN) != 0 ||
+        !os::ReadFile(file, bytes, size, &got, nullptr)) {
+        return os::GetLastError();
+    }
+    return got == size ? os::ERROR_SUCCESS : os::ERROR_HANDLE_EOF;
+}
+
+// The path of the file that a handle has open, links resolved, in the form
+// that the other file calls take.
+Chaine FinalPath(os::HANDLE file) {
+    char path[4 * os::MAX_PATH];
+    const os::DWORD length = os::GetFinalPathNameByHandleA(
+        file, path, sizeof path, os::FILE_NAME_NORMALIZED | os::VOLUME_NAME_DOS);
+    if (length == 0 || length >= sizeof path) {
+        return Chaine();
+    }
+    if (std::strncmp(path, "\\\\?\\UNC\\", 8) == 0) {
+        return Chaine("\\\\") + (path + 8);
+    }
+    return Chaine(std::strncmp(path, "\\\\?\\", 4) == 0 ? path + 4 : path);
+}
+
+}  // namespace
+
 bool EIniFile::Open(bool readOnly, bool /*unused*/) {
     if (m_Opened) {
         return false;
     }
-    // A writer shares nothing, so it excludes every other open; a reader
+    // A writer shares nothing but deletion, so it excludes every other open
+    // while Close may still put a new file in place of this one; a reader
     // shares reading, so it excludes writers only.
     const os::DWORD access = readOnly ? os::GENERIC_READ : os::GENERIC_READ | os::GENERIC_WRITE;
-    const os::DWORD share = readOnly ? os::FILE_SHARE_READ : 0;
+    const os::DWORD share = readOnly ? os::FILE_SHARE_READ : os::FILE_SHARE_DELETE;
     const os::DWORD creation = readOnly ? os::OPEN_EXISTING : os::OPEN_ALWAYS;
     const os::DWORD start = os::GetTickCount();
     os::HANDLE file = os::INVALID_HANDLE_VALUE;
     os::DWORD error = os::ERROR_SUCCESS;
+    Chaine text;
     for (;;) {
         file = os::CreateFileA(m_FileName, access, share, nullptr, creation,
                                os::FILE_ATTRIBUTE_NORMAL, nullptr);
-        if (file != os::INVALID_HANDLE_VALUE) {
+        error = file != os::INVALID_HANDLE_VALUE ? ReadAll(file, text) : os::GetLastError();
+        if (error == os::ERROR_SUCCESS) {
             break;
         }
-        error = os::GetLastError();
-        if (error != os::ERROR_SHARING_VIOLATION) {
+        if (file != os::INVALID_HANDLE_VALUE) {
+            os::CloseHandle(file);
+            file = os::INVALID_HANDLE_VALUE;
+        }
+        // Another program's lock over the bytes refuses the read: it holds
+        // the file as much as an open that shares nothing.
+        if (error != os::ERROR_SHARING_VIOLATION && error != os::ERROR_LOCK_VIOLATION) {
             break;
         }
         os::Sleep(50);
@@ -102,21 +151,6 @@ bool EIniFile::Open(bool readOnly, bool /*unused*/) {
         }
         return false;
     }
-
-    Chaine text;
-    const os::DWORD size = os::GetFileSize(file, nullptr);
-    // Text positions are signed 32-bit numbers.
-    bool read = size < 0x7FFFFFFF;
-    if (read && size > 0) {
-        os::DWORD got = 0;
-        char* bytes = text.SetLength(static_cast<int>(size));
-        read = os::SetFilePointer(file, 0, nullptr, os::FILE_BEGIN) == 0 &&
-               os::ReadFile(file, bytes, size, &got, nullptr) && got == size;
-    }
-    if (!read) {
-        os::CloseHandle(file);
-        return false;
-    }
     ReadInData(text);
     m_Writable = !readOnly;
     if (readOnly) {
@@ -127,14 +161,40 @@ bool EIniFile::Open(bool readOnly, bool /*unused*/) {
     return true;
 }
 
+// Rewriting the file in place (seek to 0, one write, cut at the end) left a
+// writer stopped during the write with a mix of new and old bytes, one
+// stopped before the cut with the new text followed by the tail of the old,
+// and a short write (a full disk, a quota, a file-size limit) cut the file to
+// what was written while the profile call reported success. So the new text
+// is written whole into a temporary file of the file's own folder, flushed,
+// and put in place of the file in one step while this object still holds it:
+// the file always holds either its whole old text or its whole new one. The
+// replacement keeps the file's permissions and, through a link, replaces what
+// the link leads to. Opens that waited meanwhile reach the new file, never the
+// replaced one. On any failure the file keeps its old text and the temporary
+// file goes.
 bool EIniFile::WriteBack() {
+    const Chaine target = FinalPath(m_Handle);
+    char temporary[os::MAX_PATH];
+    if (target.IsEmpty() || os::GetTempFileNameA(target.GetFolder(), "ini", 0, temporary) == 0) {
+        return false;
+    }
     const Chaine text = AsChaine();
     const auto size = static_cast<os::DWORD>(text.Length());
+    os::HANDLE file = os::CreateFileA(temporary, os::GENERIC_WRITE, 0, nullptr,
+                                      os::TRUNCATE_EXISTING, os::FILE_ATTRIBUTE_NORMAL, nullptr);
     os::DWORD written = 0;
-    os::SetFilePointer(m_Handle, 0, nullptr, os::FILE_BEGIN);
-    os::WriteFile(m_Handle, text.c_str(), size, &written, nullptr);
-    os::SetEndOfFile(m_Handle);
-    return written == size;
+    bool done = file != os::INVALID_HANDLE_VALUE &&
+                os::WriteFile(file, text.c_str(), size, &written, nullptr) && written == size &&
+                os::FlushFileBuffers(file);
+    if (file != os::INVALID_HANDLE_VALUE) {
+        done = os::CloseHandle(file) && done;
+    }
+    done = done && os::ReplaceFileA(target, temporary, nullptr, 0, nullptr, nullptr);
+    if (!done) {
+        os::DeleteFileA(temporary);
+    }
+    return done;
 }
 
 bool EIniFile::Close() {

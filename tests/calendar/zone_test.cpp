@@ -118,4 +118,40 @@ TEST(ZurichTime, EastOfGreenwichWithTheClassRule) {
     EXPECT_FALSE(european.IsDST());
 }
 
+// Zones by their real names, whose history once had daylight time or whose
+// rules name the winter time the daylight one: the class follows today's
+// rules.
+TEST(MartiniqueTime, NoDaylightTimeToday) {
+    ExpectZone(4 * 3600, 0);
+    EXPECT_EQ(CBTime(CBDate(14, 7, 2014), 12, 0, 0).HourGMT(), 16u);
+    EXPECT_TRUE(CBTime(CBDate(6, 4, 2014), 2, 30, 0).IsValid());  // first Sunday of April
+    EXPECT_FALSE(CBTime(CBDate(14, 7, 2014), 12, 0, 0).IsDST());
+}
+
+TEST(NoumeaTime, NoDaylightTimeToday) {
+    ExpectZone(-11 * 3600, 0);
+    EXPECT_EQ(CBTime(CBDate(15, 1, 2024), 12, 0, 0).HourGMT(), 1u);
+    EXPECT_EQ(CBTime(kBegin, 2, 30, 0).Seconds(), Count(kBegin, 2, 30, -11 * 3600, false));
+}
+
+TEST(KolkataTime, NoDaylightTimeToday) {
+    ExpectZone(-(5 * 3600 + 1800), 0);
+    const CBTime noon(CBDate(1, 7, 2024), 12, 0, 0);
+    EXPECT_EQ(noon.HourGMT(), 6u);
+    EXPECT_EQ(noon.MinuteGMT(), 30u);
+    EXPECT_EQ(noon.AsString(), "12:00");
+}
+
+TEST(ParisTime, DaylightTimeByTheClassRule) {
+    ExpectZone(-3600, 1);
+    ExpectChanges(-3600);
+}
+
+TEST(DublinTime, GreenwichInWinter) {
+    ExpectZone(0, 1);
+    EXPECT_EQ(CBTime(CBDate(15, 1, 2024), 12, 0, 0).HourGMT(), 12u);
+    EXPECT_EQ(CBTime(CBDate(15, 7, 2024), 12, 0, 0).HourGMT(), 11u);
+    ExpectChanges(0);
+}
+
 }  // namespace

@@ -4,11 +4,14 @@
 #include <chrono>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
+#include <memory>
 #include <sstream>
 #include <string>
 #include <thread>
 
 #include "nvk/config/ini_file.h"
+#include "os/api/error.h"
 #include "os/api/file.h"
 #include "os/api/sync.h"
 
@@ -255,6 +258,56 @@ TEST_F(IniProfile, AccessDeniedFailsAtOnce) {
     EXPECT_LT(MillisecondsSince(start), 50);
     char buffer[4];
     EXPECT_EQ(ini.GetPrivateProfileStringA("S", "k", "", buffer, sizeof buffer, ""), 1u);
+}
+
+TEST_F(IniProfile, AStaleCopyWritesNoOtherFile) {
+    Put("f1.ini", "[S]\r\nk=1\r\n");
+    Put("f2.ini", "[S]\r\nk=2\r\n");
+    auto original = std::make_unique<EIniFile>();
+    ASSERT_TRUE(original->Open(Path("f1.ini"), false));
+    EIniFile copy(*original);
+    (*original)["S"]["k"] = "original";
+    EXPECT_TRUE(original->Close());
+    original.reset();
+    EIniFile third;
+    ASSERT_TRUE(third.Open(Path("f2.ini"), false));
+    third["S"]["k"] = "third";
+    // The copy's handle died with its twin's Close.
+    EXPECT_FALSE(copy.Close());
+    EXPECT_TRUE(third.Close());
+    EXPECT_EQ(Get("f1.ini"), "[S]\r\nk=original\r\n");
+    EXPECT_EQ(Get("f2.ini"), "[S]\r\nk=third\r\n");
+
+    // No handle comes back to life as another file's.
+    namespace os = nvk::os;
+    const os::HANDLE closed = os::CreateFileA(Path("f1.ini"), os::GENERIC_READ, 0, nullptr,
+                                              os::OPEN_EXISTING, 0, nullptr);
+    ASSERT_TRUE(os::CloseHandle(closed));
+    const os::HANDLE next = os::CreateFileA(Path("f1.ini"), os::GENERIC_WRITE, 0, nullptr,
+                                            os::OPEN_EXISTING, 0, nullptr);
+    EXPECT_NE(next, closed);
+    os::DWORD written = 1;
+    EXPECT_FALSE(os::WriteFile(closed, "x", 1, &written, nullptr));
+    EXPECT_EQ(os::GetLastError(), os::ERROR_INVALID_HANDLE);
+    EXPECT_TRUE(os::CloseHandle(next));
+    EXPECT_FALSE(os::CloseHandle(closed));
+}
+
+TEST_F(IniProfile, AWriteKeepsPermissionsAndFollowsLinks) {
+    Put("real.ini", "[S]\r\nk=1\r\n");
+    const fs::perms mode = fs::perms::owner_read | fs::perms::owner_write | fs::perms::group_read;
+    fs::permissions(m_Folder / "real.ini", mode);
+    fs::create_directory(m_Folder / "links");
+    fs::create_symlink(m_Folder / "real.ini", m_Folder / "links" / "link.ini");
+    EIniFile ini;
+    EXPECT_EQ(ini.WritePrivateProfileStringA("S", "k", "2", Path("links/link.ini")), 1u);
+    EXPECT_TRUE(fs::is_symlink(m_Folder / "links" / "link.ini"));
+    EXPECT_EQ(Get("real.ini"), "[S]\r\nk=2\r\n");
+    EXPECT_EQ(fs::status(m_Folder / "real.ini").permissions(), mode);
+    // Nothing is left beside the file.
+    EXPECT_EQ(std::distance(fs::directory_iterator(m_Folder), fs::directory_iterator()), 2);
+    EXPECT_EQ(std::distance(fs::directory_iterator(m_Folder / "links"), fs::directory_iterator()),
+              1);
 }
 
 }  // namespace

@@ -2,12 +2,18 @@
 //   ini_load_child writer FILE COUNT START   adds 1 to the counter COUNT times
 //   ini_load_child reader FILE TARGET START  reads until the counter is TARGET
 // Both begin at the tick count START, so that they all start together.
-// Exit status 0 on success; otherwise the number of the check that failed.
+//   ini_load_child stop FILE STEP 0          adds 1 to the counter and drops
+//                                            section Extra, and ends at once
+//                                            at the STEP-th file-changing
+//                                            call of the OS layer (0: never)
+// Exit status 0 on success; otherwise the number of the check that failed;
+// kStopped for a process stopped on purpose.
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
 #include "nvk/config/ini_file.h"
+#include "os/api/call_hook.h"
 #include "os/api/sync.h"
 
 namespace {
@@ -49,6 +55,34 @@ int Write(const Chaine& file, long count) {
         }
     }
     return 0;
+}
+
+constexpr int kStopped = 70;
+long g_stopAt = 0;
+
+// Ends the process as a kill would: no destructor, no flush, no Close.
+void StopAtStep(const char* /*call*/) {
+    if (--g_stopAt == 0) {
+        std::_Exit(kStopped);
+    }
+}
+
+int Stop(const Chaine& file, long step) {
+    EIniFile ini;
+    if (!ini.Open(file, false)) {
+        return 30;
+    }
+    const long counter = Counter(ini);
+    if (counter < 0) {
+        return 31;
+    }
+    char digits[24];
+    std::snprintf(digits, sizeof digits, "%ld", counter + 1);
+    ini["Load"]["Counter"] = digits;
+    ini.RemoveSection("Extra");
+    g_stopAt = step;
+    nvk::os::SetCallHook(step > 0 ? StopAtStep : nullptr);
+    return ini.Close() ? 0 : 32;
 }
 
 int Read(const Chaine& file, long target) {
@@ -94,6 +128,9 @@ int main(int argc, char** argv) {
     }
     if (std::strcmp(argv[1], "reader") == 0) {
         return Read(file, number);
+    }
+    if (std::strcmp(argv[1], "stop") == 0) {
+        return Stop(file, number);
     }
     return 2;
 }

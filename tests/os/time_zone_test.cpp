@@ -40,6 +40,31 @@ TEST(TimeZoneTest, TzsetReadsTheZoneAndFixesIt) {
     EXPECT_EQ(zone.daylight, 0);
 }
 
+TEST(TimeZoneTest, TodaysRulesDecideTheDaylightTime) {
+    test::ScopedEnv restore("TZ", nullptr);
+    // Zones that had daylight time once, or that call winter time the
+    // daylight one, answer by the rules of today.
+    const struct {
+        const char* zone;
+        long west;
+        int daylight;
+    } zones[] = {
+        {"America/Martinique", 4 * 3600, 0},
+        {"Asia/Kolkata", -19800, 0},
+        {"Pacific/Noumea", -11 * 3600, 0},
+        {"Europe/Paris", -3600, 1},
+        {"Europe/Dublin", 0, 1},
+        {"Australia/Sydney", -10 * 3600, 1},
+    };
+    for (const auto& expected : zones) {
+        ASSERT_TRUE(SetEnvironmentVariableA("TZ", expected.zone));
+        _tzset();
+        const ZoneData zone = Read();
+        EXPECT_EQ(zone.west, expected.west) << expected.zone;
+        EXPECT_EQ(zone.daylight != 0, expected.daylight != 0) << expected.zone;
+    }
+}
+
 TEST(TimeZoneTest, LocalClockFollowsTheZone) {
     test::ScopedEnv zone("TZ", "JST-9");
     _tzset();

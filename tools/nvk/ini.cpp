@@ -7,9 +7,13 @@
 
 #include "cli.h"
 #include "nvk/config/ini_file.h"
+#include "os/api/error.h"
+#include "os/api/file_attributes.h"
 
 namespace nvk::tool {
 namespace {
+
+namespace os = nvk::os;
 
 int Get(const Args& args);
 int Set(const Args& args);
@@ -22,9 +26,13 @@ const Command kCommands[] = {
      "prints a value without its surrounding quotes; 1 when it is missing and there is no default",
      Get},
     {"set", "FILE SECTION KEY VALUE [--timeout MS]",
-     "writes a value; an empty VALUE removes the key, an empty KEY the section", Set},
+     "writes a value; an empty VALUE removes the key, an empty KEY the section; 2 when the file "
+     "could not be written, which then keeps its old text",
+     Set},
     {"incr", "FILE SECTION KEY [--timeout MS]",
-     "adds 1 to an integer while holding the file, and prints the new value", Incr},
+     "adds 1 to an integer while holding the file, and prints the new value; 2 when the file "
+     "could not be written",
+     Incr},
     {"sections", "FILE [--timeout MS]", "prints the section names in order", Sections},
     {"dump", "FILE [--timeout MS]", "prints the file as it is written back", Dump},
 };
@@ -49,8 +57,53 @@ bool Prepare(Args& args, std::size_t count, const Command& command) {
     return TakeTimeOut(args) && Expect(args, count, count, command);
 }
 
+// Says why a file did not open, from the last error of the open.
 int CannotOpen(const std::string& file) {
-    return Fail("cannot open " + file + ": held by another party past the time-out, or refused");
+    const os::DWORD error = os::GetLastError();
+    const os::DWORD attributes = os::GetFileAttributesA(file.c_str());
+    if (attributes != os::INVALID_FILE_ATTRIBUTES &&
+        (attributes & os::FILE_ATTRIBUTE_DIRECTORY) != 0) {
+        return Fail("cannot open " + file + ": it is a folder");
+    }
+    switch (error) {
+        case os::ERROR_SHARING_VIOLATION:
+        case os::ERROR_LOCK_VIOLATION:
+            return Fail("cannot open " + file + ": held by another party past the time-out");
+        case os::ERROR_PATH_NOT_FOUND:
+            return Fail("cannot open " + file + ": its folder does not exist");
+        case os::ERROR_ACCESS_DENIED:
+            return Fail("cannot open " + file + ": access denied");
+        default:
+            return Fail("cannot open " + file + ": error " + std::to_string(error));
+    }
+}
+
+int CannotWrite(const std::string& file) {
+    return Fail("could not write " + file + " back; it keeps its old text");
+}
+
+// Text that the file would read back otherwise is refused: a line end cuts
+// a line in two, an "=" in a name moves the rest into the value, and a name
+// that begins with a blank, ';' or '[' reads as another name, a comment or
+// a section.
+bool Writable(const std::string& section, const std::string& key, const std::string& value) {
+    if (section.find_first_of("\r\n") != std::string::npos) {
+        Fail("a section name may not hold a line end");
+        return false;
+    }
+    if (key.find_first_of("=\r\n") != std::string::npos) {
+        Fail("a key name may not hold \"=\" or a line end");
+        return false;
+    }
+    if (!key.empty() && (key[0] == ' ' || key[0] == ';' || key[0] == '[')) {
+        Fail("a key name may not begin with a blank, \";\" or \"[\"");
+        return false;
+    }
+    if (value.find_first_of("\r\n") != std::string::npos) {
+        Fail("a value may not hold a line end");
+        return false;
+    }
+    return true;
 }
 
 int Get(const Args& given) {
@@ -69,6 +122,7 @@ int Get(const Args& given) {
     const Chaine key(args[2].c_str());
     const EIniFile& view = ini;
     if (!view[section].Exist(key) && !hasDefault) {
+        std::cerr << "nvk: no key " << args[2] << " in section " << args[1] << '\n';
         return kNegative;
     }
     const std::size_t size =
@@ -84,20 +138,22 @@ int Get(const Args& given) {
 
 int Set(const Args& given) {
     Args args = given;
-    if (!Prepare(args, 4, kCommands[1])) {
+    if (!Prepare(args, 4, kCommands[1]) || !Writable(args[1], args[2], args[3])) {
         return kFailure;
     }
+    // Opened here rather than by the profile call, which reports success
+    // whatever its Close does.
     EIniFile ini;
-    if (ini.WritePrivateProfileStringA(args[1].c_str(), args[2].c_str(), args[3].c_str(),
-                                       args[0].c_str()) == 0) {
+    if (!ini.Open(args[0].c_str(), false)) {
         return CannotOpen(args[0]);
     }
-    return kOk;
+    ini.WritePrivateProfileStringA(args[1].c_str(), args[2].c_str(), args[3].c_str(), "");
+    return ini.Close() ? kOk : CannotWrite(args[0]);
 }
 
 int Incr(const Args& given) {
     Args args = given;
-    if (!Prepare(args, 3, kCommands[2])) {
+    if (!Prepare(args, 3, kCommands[2]) || !Writable(args[1], args[2], "")) {
         return kFailure;
     }
     EIniFile ini;
@@ -109,7 +165,7 @@ int Incr(const Args& given) {
     const std::string value = std::to_string(ini.GetPrivateProfileIntA(section, key, 0, "") + 1LL);
     ini.WritePrivateProfileStringA(section, key, value.c_str(), "");
     if (!ini.Close()) {
-        return Fail("could not write " + args[0] + " back");
+        return CannotWrite(args[0]);
     }
     std::cout << value << '\n';
     return kOk;

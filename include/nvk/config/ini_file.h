@@ -5,7 +5,9 @@
 // The file is opened with the operating system's share modes as the lock: an
 // object open for writing keeps its handle, and so the file, from Open to
 // Close; a read-only open holds the file only while it reads. Other parties
-// retry every 50 ms up to the process-wide time-out.
+// retry every 50 ms up to the process-wide time-out. Close puts a whole new
+// file in place of the old one in one step, so the file never holds part of
+// a text.
 //
 // The profile calls work on an open object as they find it, or open and
 // close the file around themselves when the object is closed.
@@ -78,7 +80,9 @@ public:
     EIniFile() = default;
     explicit EIniFile(const Chaine& fileName) : m_FileName(fileName) {}
     // A copy shares the contents and takes the handle and flags as they are:
-    // the copy and the original then stand for the same open.
+    // the copy and the original then stand for the same open. Once one of
+    // them closes, the other's handle is no longer valid and its Close
+    // writes nothing and returns false.
     EIniFile(const EIniFile&) = default;
     EIniFile& operator=(const EIniFile&) = default;
     // A file open for writing is saved here.

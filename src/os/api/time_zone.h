@@ -14,10 +14,11 @@ void GetSystemTime(SYSTEMTIME* time);
 // unset). The two getters answer for the zone of the last call; before any
 // call they answer for the zone in force when they are first asked.
 void _tzset();
-// Seconds west of Greenwich of the zone's standard time: a zone one hour east
-// gives -3600. Returns 0.
+// Seconds west of Greenwich of the zone's standard time, the earlier clock of
+// its rules of this year: a zone one hour east gives -3600. Returns 0.
 int _get_timezone(long* seconds);
-// Non-zero if the zone has a daylight time at all. Returns 0.
+// Non-zero if the zone's rules of this year have a daylight time at all,
+// whatever its history. Returns 0.
 int _get_daylight(int* hours);
 
 // Seconds since 1 January 1970, Greenwich time, cut to 32 bits; also stored at

@@ -12,7 +12,6 @@
 #include <vector>
 
 #include "os/api/path_map.h"
-#include "os/posix/file_handle.h"
 #include "os/posix/fs_support.h"
 #include "os/posix/handle.h"
 #include "os/posix/names.h"
@@ -60,6 +59,7 @@ public:
     }
 
     int fd() const { return fd_; }
+    int Descriptor() const override { return fd_; }
     bool CanRead() const { return (access_ & kReadAccess) != 0; }
     bool CanWrite() const { return (access_ & kWriteAccess) != 0; }
     bool writable() const { return writable_; }
@@ -173,14 +173,12 @@ bool LockedElsewhere(File& file, DWORD count) {
 
 }  // namespace
 
-int posix::DescriptorOf(HANDLE handle) {
-    File* file = FileOf(handle);
-    return file != nullptr ? file->fd() : -1;
-}
+namespace {
 
-HANDLE CreateFileA(LPCSTR fileName, DWORD desiredAccess, DWORD shareMode,
-                   LPSECURITY_ATTRIBUTES /*attributes*/, DWORD creationDisposition,
-                   DWORD flagsAndAttributes, HANDLE /*templateFile*/) {
+// One attempt of CreateFileA; `again` is set when the name reached another
+// file by the time the share modes were taken.
+HANDLE OpenFile(LPCSTR fileName, DWORD desiredAccess, DWORD shareMode, DWORD creationDisposition,
+                DWORD flagsAndAttributes, bool& again) {
     bool read = (desiredAccess & kReadAccess) != 0;
     bool write = (desiredAccess & kWriteAccess) != 0;
     bool remove = (desiredAccess & kDeleteAccess) != 0;
@@ -275,12 +273,25 @@ HANDLE CreateFileA(LPCSTR fileName, DWORD desiredAccess, DWORD shareMode,
     const bool shareRead = read || (desiredAccess & GENERIC_EXECUTE) != 0;
     if (shareRead || write || remove) {
         posix::ShareGate gate(fd);
-        DWORD shared = posix::AcquireShare(
-            fd, {shareRead, write, remove, (shareMode & FILE_SHARE_READ) != 0,
-                 (shareMode & FILE_SHARE_WRITE) != 0, (shareMode & FILE_SHARE_DELETE) != 0});
+        DWORD shared = gate.Busy()
+                           ? ERROR_SHARING_VIOLATION
+                           : posix::AcquireShare(
+                                 fd, {shareRead, write, remove, (shareMode & FILE_SHARE_READ) != 0,
+                                      (shareMode & FILE_SHARE_WRITE) != 0,
+                                      (shareMode & FILE_SHARE_DELETE) != 0});
         if (shared != ERROR_SUCCESS) {
             return fail(shared);
         }
+    }
+    // A whole file put in place under the name while this open waited for
+    // its share modes (as an INI writer saves) leaves this descriptor on the
+    // file that was replaced: open the name again, so that no open works on
+    // a file that its name no longer reaches.
+    struct stat named;
+    if (stat(path.c_str(), &named) != 0 || named.st_ino != info.st_ino ||
+        named.st_dev != info.st_dev) {
+        again = true;
+        return fail(ERROR_SHARING_VIOLATION);
     }
     bool truncate =
         creationDisposition == CREATE_ALWAYS || creationDisposition == TRUNCATE_EXISTING;
@@ -292,6 +303,23 @@ HANDLE CreateFileA(LPCSTR fileName, DWORD desiredAccess, DWORD shareMode,
         new File(fd, desiredAccess, writable, deleteOnClose ? path : std::string()));
     bool reported = creationDisposition == OPEN_ALWAYS || creationDisposition == CREATE_ALWAYS;
     SetErrorCode(existed && reported ? ERROR_ALREADY_EXISTS : ERROR_SUCCESS);
+    return handle;
+}
+
+}  // namespace
+
+HANDLE CreateFileA(LPCSTR fileName, DWORD desiredAccess, DWORD shareMode,
+                   LPSECURITY_ATTRIBUTES /*attributes*/, DWORD creationDisposition,
+                   DWORD flagsAndAttributes, HANDLE /*templateFile*/) {
+    posix::OnCall("CreateFileA");
+    HANDLE handle = INVALID_HANDLE_VALUE;
+    bool again = true;
+    // Each round follows a replacement that another party made meanwhile.
+    for (int round = 0; round < 64 && again; ++round) {
+        again = false;
+        handle = OpenFile(fileName, desiredAccess, shareMode, creationDisposition,
+                          flagsAndAttributes, again);
+    }
     return handle;
 }
 
@@ -353,6 +381,7 @@ BOOL ReadFile(HANDLE handle, LPVOID buffer, DWORD toRead, LPDWORD read, LPVOID /
 
 BOOL WriteFile(HANDLE handle, LPCVOID buffer, DWORD toWrite, LPDWORD written,
                LPVOID /*overlapped*/) {
+    posix::OnCall("WriteFile");
     File* file = StartTransfer(handle, buffer, toWrite, written, true);
     if (file == nullptr) {
         return FALSE;
@@ -434,6 +463,7 @@ DWORD GetFileSize(HANDLE handle, LPDWORD sizeHigh) {
 }
 
 BOOL SetEndOfFile(HANDLE handle) {
+    posix::OnCall("SetEndOfFile");
     File* file = FileOf(handle);
     if (file == nullptr) {
         return FALSE;
@@ -451,6 +481,7 @@ BOOL SetEndOfFile(HANDLE handle) {
 }
 
 BOOL FlushFileBuffers(HANDLE handle) {
+    posix::OnCall("FlushFileBuffers");
     File* file = FileOf(handle);
     if (file == nullptr) {
         return FALSE;
@@ -505,19 +536,7 @@ bool MayRemove(std::string& path, struct stat& info) {
     if (!S_ISREG(info.st_mode)) {
         return true;
     }
-    int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK);
-    if (fd < 0) {
-        fd = open(path.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK);
-    }
-    if (fd < 0) {
-        return true;  // unreadable and unwritable: nobody can hold it open against us
-    }
-    bool refused = false;
-    {
-        posix::ShareGate gate(fd);
-        refused = posix::DeletionRefused(fd);
-    }
-    close(fd);
+    bool refused = posix::DeletionRefused(path.c_str());
     if (refused) {
         SetErrorCode(ERROR_SHARING_VIOLATION);
     }

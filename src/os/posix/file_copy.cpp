@@ -11,7 +11,6 @@
 #include "os/api/file.h"
 #include "os/api/path_map.h"
 #include "os/api/sync.h"
-#include "os/posix/file_handle.h"
 #include "os/posix/fs_support.h"
 #include "os/posix/handle.h"
 #include "os/posix/names.h"

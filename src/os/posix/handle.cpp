@@ -1,8 +1,9 @@
 #include "os/posix/handle.h"
 
 #include <cerrno>
+#include <cstdint>
 #include <mutex>
-#include <unordered_set>
+#include <unordered_map>
 
 #include "os/api/error.h"
 #include "os/api/sync.h"
@@ -13,10 +14,20 @@ namespace {
 
 thread_local DWORD t_lastError = ERROR_SUCCESS;
 
+// A handle is a number of its own, never the object's address, and numbers
+// are never given twice in a process: a handle kept after its close (by a
+// shallow copy of an object that held it) then fails with
+// ERROR_INVALID_HANDLE instead of reaching whatever object was made next at
+// the same address. Numbers are multiples of 4, as Windows gives them.
 struct HandleTable {
     std::mutex lock;
-    std::unordered_set<posix::KernelObject*> live;
+    std::uintptr_t last = 0;
+    std::unordered_map<std::uintptr_t, posix::KernelObject*> live;
 };
+
+std::uintptr_t NumberOf(HANDLE handle) {
+    return reinterpret_cast<std::uintptr_t>(handle);
+}
 
 // Never destroyed: handles may be closed by static destructors of any module.
 HandleTable& Table() {
@@ -34,18 +45,22 @@ void SetLastError(DWORD code) {
 }
 
 BOOL CloseHandle(HANDLE handle) {
-    auto* object = static_cast<posix::KernelObject*>(handle);
+    posix::OnCall("CloseHandle");
+    posix::KernelObject* object = nullptr;
     {
         HandleTable& table = Table();
         std::lock_guard guard(table.lock);
-        if (table.live.erase(object) == 0) {
+        auto found = table.live.find(NumberOf(handle));
+        if (found == table.live.end()) {
             SetLastError(ERROR_INVALID_HANDLE);
             return FALSE;
         }
+        object = found->second;
+        table.live.erase(found);
     }
     if (!object->Close()) {
         std::lock_guard guard(Table().lock);
-        Table().live.insert(object);
+        Table().live.emplace(NumberOf(handle), object);
         return FALSE;
     }
     delete object;
@@ -61,15 +76,25 @@ void SetErrorCode(DWORD code) {
 HANDLE RegisterHandle(KernelObject* object) {
     HandleTable& table = Table();
     std::lock_guard guard(table.lock);
-    table.live.insert(object);
-    return object;
+    table.last += 4;
+    table.live.emplace(table.last, object);
+    return reinterpret_cast<HANDLE>(table.last);
 }
 
 KernelObject* LookupHandle(HANDLE handle) {
-    auto* object = static_cast<KernelObject*>(handle);
     HandleTable& table = Table();
     std::lock_guard guard(table.lock);
-    return table.live.contains(object) ? object : nullptr;
+    auto found = table.live.find(NumberOf(handle));
+    return found != table.live.end() ? found->second : nullptr;
+}
+
+int DescriptorOf(HANDLE handle) {
+    const KernelObject* object = LookupHandle(handle);
+    const int fd = object != nullptr ? object->Descriptor() : -1;
+    if (fd < 0) {
+        SetErrorCode(ERROR_INVALID_HANDLE);
+    }
+    return fd;
 }
 
 DWORD ErrorFromErrno(int error) {

@@ -4,6 +4,9 @@
 #include <sys/file.h>
 #include <sys/vfs.h>
 
+#include <time.h>
+#include <unistd.h>
+
 #include <cerrno>
 #include <utility>
 
@@ -48,9 +51,25 @@ bool OnNetworkFileSystem(int fd) {
     return type == kNfs || type == kCifs || type == kSmb2 || type == kSmb;
 }
 
-ShareGate::ShareGate(int fd) : fd_(fd), held_(!OnNetworkFileSystem(fd)) {
-    while (held_ && flock(fd_, LOCK_EX) != 0) {
-        held_ = errno == EINTR;
+ShareGate::ShareGate(int fd) : fd_(fd) {
+    if (OnNetworkFileSystem(fd)) {
+        return;
+    }
+    constexpr int kTries = 20;  // one millisecond apart
+    for (int tries = 0; !held_;) {
+        held_ = flock(fd_, LOCK_EX | LOCK_NB) == 0;
+        if (held_ || errno == EINTR) {
+            continue;
+        }
+        if (errno != EWOULDBLOCK) {
+            return;  // no flock() here: go without
+        }
+        if (++tries == kTries) {
+            busy_ = true;
+            return;
+        }
+        const timespec pause{0, 1000000};
+        nanosleep(&pause, nullptr);
     }
 }
 
@@ -86,8 +105,21 @@ DWORD AcquireShare(int fd, const ShareRequest& request) {
     return ERROR_SUCCESS;
 }
 
-bool DeletionRefused(int fd) {
-    return HeldElsewhere(fd, kDeniesDelete);
+bool DeletionRefused(const char* path) {
+    int fd = open(path, O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK);
+    if (fd < 0) {
+        fd = open(path, O_WRONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK);
+    }
+    if (fd < 0) {
+        return false;  // unreadable and unwritable: nobody can hold it open against us
+    }
+    bool refused = false;
+    {
+        ShareGate gate(fd);
+        refused = gate.Busy() || HeldElsewhere(fd, kDeniesDelete);
+    }
+    close(fd);
+    return refused;
 }
 
 }  // namespace nvk::os::posix

@@ -12,6 +12,12 @@
 // byte-range locks, which the markers would block, and go without. The kernel
 // drops the markers with the descriptor, so an open that ends, however it
 // ends, leaves nothing behind.
+//
+// No lock here ever waits without a bound. Another program may hold a flock()
+// of the file for as long as it likes (backup and synchronisation tools do):
+// the gate is tried without waiting, again for a few milliseconds (the gate of
+// another open is held for a few system calls only), and then the open counts
+// as refused by another party, which callers retry as they see fit.
 #pragma once
 
 #include <cstdint>
@@ -40,9 +46,14 @@ public:
     ShareGate(const ShareGate&) = delete;
     ShareGate& operator=(const ShareGate&) = delete;
 
+    // Another party held the gate past the short wait: the file counts as
+    // held elsewhere (ERROR_SHARING_VIOLATION).
+    bool Busy() const { return busy_; }
+
 private:
     int fd_;
-    bool held_;
+    bool held_ = false;
+    bool busy_ = false;
 };
 
 // Under the gate: takes the request's markers on `fd` and returns
@@ -51,7 +62,8 @@ private:
 // write-only) or a file system without locks checks the others only.
 DWORD AcquireShare(int fd, const ShareRequest& request);
 
-// Under the gate: whether some open of the file refuses its deletion.
-bool DeletionRefused(int fd);
+// Whether some open of the file at `path`, a regular file, refuses its
+// deletion (or holds the gate past the short wait).
+bool DeletionRefused(const char* path);
 
 }  // namespace nvk::os::posix

@@ -2,6 +2,7 @@
 
 #include <time.h>
 
+#include <algorithm>
 #include <chrono>
 
 namespace nvk::os {
@@ -13,9 +14,32 @@ struct Zone {
     int daylight;
 };
 
+// The C library's `daylight` tells whether the zone ever had daylight time in
+// its history (so Martinique, Kolkata or Tokyo would keep it), and its
+// `timezone` is the offset of the zone's latest "standard" time, which the
+// rules of Europe/Dublin name the summer one. Both are taken instead from
+// the zone's rules of this year: the offsets in the middle of January and of
+// July. Standard time is the earlier clock of the two, and a zone whose two
+// offsets agree has no daylight time.
 Zone ReadZone() {
     tzset();
-    return {::timezone, ::daylight};
+    const time_t now = time(nullptr);
+    struct tm today {};
+    gmtime_r(&now, &today);
+    auto offsetIn = [&](int month) {
+        struct tm moment {};
+        moment.tm_year = today.tm_year;
+        moment.tm_mon = month;
+        moment.tm_mday = 15;
+        moment.tm_hour = 12;
+        const time_t when = timegm(&moment);
+        struct tm local {};
+        localtime_r(&when, &local);
+        return local.tm_gmtoff;
+    };
+    const long january = offsetIn(0);
+    const long july = offsetIn(6);
+    return {-std::min(january, july), january != july ? 1 : 0};
 }
 
 // The C library may read the environment again on its own (localtime does),
