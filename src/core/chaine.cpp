@@ -60,7 +60,16 @@ private:
 // runs after every static value's destructor, however the others are ordered.
 namespace {
 struct BlockStorageFirst {
-    BlockStorageFirst() { BlockStorage(); }
+    BlockStorageFirst() {
+        // No exception may leave a static initialiser: the process would end
+        // before main. A storage that can't be had now is asked for again by
+        // the first allocation, which reports it.
+        try {
+            BlockStorage();
+        } catch (CException* e) {
+            e->Delete();
+        }
+    }
 };
 __attribute__((init_priority(101))) const BlockStorageFirst g_BlockStorageFirst;
 }  // namespace

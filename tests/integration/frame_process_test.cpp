@@ -1,6 +1,6 @@
 // The frame seen from outside a process: a module unloaded on one thread
-// leaves the process lock free for the others. A child that hangs is ended by
-// the time-out.
+// leaves the process lock free for the others, and a process under an
+// address-space limit starts. A child that hangs is ended by the time-out.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -42,6 +42,14 @@ std::string Child(const char* mode) {
 TEST(FrameProcess, AModuleUnloadedOnOneThreadLeavesTheProcessLockToTheOthers) {
     EXPECT_EQ(ExitStatus(Child("unload-worker")), 0);
     EXPECT_EQ(ExitStatus(Child("unload-main")), 0);
+}
+
+TEST(FrameProcess, StartsUnderASmallAddressSpace) {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    GTEST_SKIP() << "sanitizers reserve their own shadow memory";
+#else
+    EXPECT_EQ(ExitStatus("/bin/sh -c \"ulimit -v 1000000 && exec " NVK_FRAME_CHILD " start\""), 0);
+#endif
 }
 
 }  // namespace
