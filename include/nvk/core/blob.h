@@ -66,7 +66,10 @@ struct BlobValue {
     // The text of the data, terminator added; empty without data.
     operator Chaine() const;  // NOLINT(google-explicit-constructor): text converts both ways
 
-    // Stores a copy of `n` bytes, keeping the type bits.
+    static constexpr int kMaxLength = 0xFFFFFF;  // what the header's 24 bits hold
+
+    // Stores a copy of `n` bytes, keeping the type bits. More than kMaxLength
+    // bytes throw CNotSupportedException and change nothing.
     void SetBytes(const void* data, int n);
     const void* GetData() const { return Blob.GetData(); }
 
