@@ -37,7 +37,9 @@ public:
 
     // Sizes the data to `n` bytes. The block stays while `n` fits and fills
     // at least half of it; otherwise a new block replaces it and the old
-    // data are not kept. 0 (or less) releases.
+    // data are not kept. 0 (or less) releases. A shared block that stays is
+    // separated into a block sized for `n`, not for its old length: a copy
+    // at the old length would leave the grown bytes outside the block.
     void SetSize(int n);
     // Drops this reference; the data pointer is null afterwards.
     void Release();
