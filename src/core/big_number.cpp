@@ -21,6 +21,8 @@ std::int32_t EBigNumber::Modulo(std::uint32_t divisor) const {
     for (int i = Limbs.Size() - 1; i >= 0; --i) {
         r = (r * 1000000000u + Limbs[i]) % divisor;
     }
-    const auto value = static_cast<std::int32_t>(r);
-    return Negative ? -value : value;
+    // In 64 bits: a remainder by a divisor above 2^31 may not fit the result,
+    // and its negation would overflow.
+    const auto value = static_cast<std::int64_t>(r);
+    return static_cast<std::int32_t>(Negative ? -value : value);
 }

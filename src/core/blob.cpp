@@ -170,7 +170,12 @@ BlobValue::operator Chaine() const {
 }
 
 void BlobValue::SetBytes(const void* data, int n) {
-    n = std::clamp(n, 0, 0xFFFFFF);
+    // The header's 24 bits can't say a longer length: such a value is refused
+    // rather than cut, and the value stays as it was.
+    if (n > kMaxLength) {
+        AfxThrowNotSupportedException();
+    }
+    n = std::max(n, 0);
     // Bytes of our own block must outlive its replacement.
     CSBlob keep;
     const auto* own = static_cast<const unsigned char*>(Blob.GetData());

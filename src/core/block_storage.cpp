@@ -16,9 +16,6 @@ namespace {
 using namespace nvk::os;
 
 constexpr std::uint32_t kHeader = sizeof(ChaineBuffer);
-constexpr std::uint32_t kNoBlock = 0xFFFFFFFF;  // the end of the free list
-// Address space the pages of one storage may take: what a 32-bit link reaches.
-constexpr std::uint64_t kRegionSize = std::uint64_t{1} << 32;
 
 void* Commit(void* address, std::uint64_t size, DWORD type) {
     void* memory = VirtualAlloc(address, size, type, PAGE_READWRITE);
@@ -32,14 +29,22 @@ void Release(void* memory) {
     VirtualFree(memory, 0, MEM_RELEASE);
 }
 
-std::uint32_t NextOf(const ChaineBuffer* block) {
-    std::uint32_t next;
-    std::memcpy(&next, block->Text(), sizeof next);
-    return next;
+// A free block's link to the next free block is a whole pointer: its low word
+// in the header's Size word, which nothing reads while the block is free, and
+// its high word in the first four payload bytes, which every block has. So
+// pages may lie anywhere, and each is taken from the system as it is needed.
+ChaineBuffer* NextOf(const ChaineBuffer* block) {
+    std::uint32_t high;
+    std::memcpy(&high, block->Text(), sizeof high);
+    const std::uint64_t link = (std::uint64_t{high} << 32) | block->Size;
+    return reinterpret_cast<ChaineBuffer*>(static_cast<std::uintptr_t>(link));
 }
 
-void SetNext(ChaineBuffer* block, std::uint32_t next) {
-    std::memcpy(block->Text(), &next, sizeof next);
+void SetNext(ChaineBuffer* block, ChaineBuffer* next) {
+    const std::uint64_t link = reinterpret_cast<std::uintptr_t>(next);
+    const auto high = static_cast<std::uint32_t>(link >> 32);
+    block->Size = static_cast<std::uint32_t>(link);
+    std::memcpy(block->Text(), &high, sizeof high);
 }
 
 void FreePages(PageRecord* page) {
@@ -47,7 +52,7 @@ void FreePages(PageRecord* page) {
         return;
     }
     FreePages(page->Next);  // the tail first
-    VirtualFree(page->Blocks, page->Stride * static_cast<SIZE_T>(page->BlockCount), MEM_DECOMMIT);
+    Release(page->Blocks);
     Release(page);
 }
 
@@ -73,9 +78,7 @@ FBlockStorage* FBlockStorage::Create(std::uint32_t blockSize, std::uint32_t bloc
         // A block holds at least its free-list link, and its size stays even.
         storage->m_BlockSize = blockSize < 4 ? 4 : blockSize + (blockSize & 1u);
         storage->m_BlocksPerPage = blocksPerPage < 1 ? 1 : blocksPerPage;
-        storage->m_Region =
-            static_cast<char*>(Commit(nullptr, kRegionSize, MEM_RESERVE | MEM_TOP_DOWN));
-        storage->m_FirstPage = storage->BuildPage(kNoBlock);
+        storage->m_FirstPage = storage->BuildPage(nullptr);
         storage->m_FreeHead = storage->m_FirstPage->Blocks;
     } catch (...) {
         Destroy(storage);
@@ -86,45 +89,28 @@ FBlockStorage* FBlockStorage::Create(std::uint32_t blockSize, std::uint32_t bloc
 
 void FBlockStorage::Destroy(FBlockStorage* storage) {
     FreePages(storage->m_FirstPage);
-    if (storage->m_Region != nullptr) {
-        Release(storage->m_Region);
-    }
     storage->~FBlockStorage();
     Release(storage);
 }
 
-ChaineBuffer* FBlockStorage::BlockAt(std::uint32_t offset) const {
-    return offset == kNoBlock ? nullptr : reinterpret_cast<ChaineBuffer*>(m_Region + offset);
-}
-
-std::uint32_t FBlockStorage::OffsetOf(const ChaineBuffer* block) const {
-    return block == nullptr
-               ? kNoBlock
-               : static_cast<std::uint32_t>(reinterpret_cast<const char*>(block) - m_Region);
-}
-
 // A page of `m_BlocksPerPage` free blocks whose last links to `last`.
-PageRecord* FBlockStorage::BuildPage(std::uint32_t last) {
+PageRecord* FBlockStorage::BuildPage(ChaineBuffer* last) {
     // Rounded up to four bytes, so that every header's interlocked count stays
     // aligned; with an even block size that is a multiple of four (the
     // default 64 among them) it is exactly BlockSize + 12.
     const std::uint32_t stride = (m_BlockSize + kHeader + 3u) & ~3u;
     const std::uint64_t bytes = std::uint64_t{stride} * m_BlocksPerPage;
-    if (m_RegionUsed + bytes > kRegionSize - 1) {
-        AfxThrowMemoryException();
-    }
     auto* page =
         static_cast<PageRecord*>(Commit(nullptr, sizeof(PageRecord), MEM_COMMIT | MEM_RESERVE));
     try {
-        auto* blocks =
-            static_cast<char*>(Commit(m_Region + m_RegionUsed, bytes, MEM_COMMIT | MEM_TOP_DOWN));
-        const auto first = static_cast<std::uint32_t>(m_RegionUsed);
-        m_RegionUsed += (bytes + 4095) / 4096 * 4096;
+        auto* blocks = static_cast<char*>(Commit(nullptr, bytes, MEM_COMMIT | MEM_TOP_DOWN));
         for (std::uint32_t i = 0; i < m_BlocksPerPage; ++i) {
             auto* block = reinterpret_cast<ChaineBuffer*>(blocks + std::uint64_t{stride} * i);
             block->RefCount = 0;
             block->Capacity = m_BlockSize;
-            SetNext(block, i + 1 < m_BlocksPerPage ? first + stride * (i + 1) : last);
+            SetNext(block, i + 1 < m_BlocksPerPage ? reinterpret_cast<ChaineBuffer*>(
+                                                         blocks + std::uint64_t{stride} * (i + 1))
+                                                   : last);
         }
         *page = PageRecord{reinterpret_cast<ChaineBuffer*>(blocks), m_BlockSize, stride,
                            m_BlocksPerPage, nullptr};
@@ -140,7 +126,7 @@ void FBlockStorage::AddPage() {
     while (last->Next != nullptr) {
         last = last->Next;
     }
-    PageRecord* page = BuildPage(OffsetOf(m_FreeHead));
+    PageRecord* page = BuildPage(m_FreeHead);
     last->Next = page;
     m_FreeHead = page->Blocks;
 }
@@ -152,14 +138,14 @@ ChaineBuffer* FBlockStorage::PoolAlloc(std::uint32_t size) {
         guard.unlock();
         return HeapAlloc(size);
     }
-    m_FreeHead = BlockAt(NextOf(block));
+    m_FreeHead = NextOf(block);
     if (m_FreeHead == nullptr) {
         // The list is never left empty between calls, even when the new page
         // can't be had.
         try {
             AddPage();
         } catch (...) {
-            SetNext(block, kNoBlock);
+            SetNext(block, nullptr);
             m_FreeHead = block;
             throw;
         }
@@ -184,6 +170,6 @@ void FBlockStorage::PoolFree(ChaineBuffer* block) {
     }
     std::lock_guard guard(m_Lock);
     block->RefCount = 0;
-    SetNext(block, OffsetOf(m_FreeHead));
+    SetNext(block, m_FreeHead);
     m_FreeHead = block;
 }

@@ -2,27 +2,47 @@
 
 #include <algorithm>
 #include <cstring>
+#include <new>
 
 #include "nvk/afx/cstring.h"
 #include "nvk/afx/exceptions.h"
 #include "nvk/context/string_load.h"
 #include "nvk/core/block_storage.h"
+#include "nvk/core/process_singleton.h"
+#include "os/api/memory.h"
 
 using nvk::ReleaseBuffer;
 
 namespace {
 
-// The module's empty buffer, in initialised data. The image's count of 1 is
-// never given up, so the block is never released.
-struct EmptyBlock {
-    ChaineBuffer header;
-    char text[4];
+// The empty buffer of the process, one for every copy of the frame. An empty
+// value may outlive the module that made it (kept in the process dictionary or
+// the path service, say), so the buffer can't lie in a module's image, as a
+// buffer of each module's own would: it comes from the system and is never
+// given back, so it lives as long as the process. Its first count is never
+// given up, so the count can't reach 0.
+struct EmptyChaineKind {
+    using Object = ChaineBuffer;
+    static constexpr const char* Key = "EmptyChaine";
+    static Object* Make() {
+        using namespace nvk::os;
+        void* memory = VirtualAlloc(nullptr, sizeof(ChaineBuffer) + 4, MEM_COMMIT | MEM_RESERVE,
+                                    PAGE_READWRITE);
+        if (memory == nullptr) {
+            AfxThrowMemoryException();
+        }
+        // Committed memory reads as zeros: the text is its terminator.
+        return new (memory) ChaineBuffer{1, 1, 1};
+    }
+    // Never freed: values of any module, loaded or gone, may still hold it. A
+    // later holder finds the table empty and makes another.
+    static void Destroy(Object*) {}
 };
-constinit EmptyBlock g_EmptyChaine = {{1, 1, 1}, {0, 0, 0, 0}};
 
 ChaineBuffer* EmptyBuffer() {
-    nvk::AddReference(&g_EmptyChaine.header);
-    return &g_EmptyChaine.header;
+    ChaineBuffer* empty = nvk::ProcessSingleton<EmptyChaineKind>::Get();
+    nvk::AddReference(empty);
+    return empty;
 }
 
 bool IsResourceId(const char* text) {
@@ -60,7 +80,16 @@ private:
 // runs after every static value's destructor, however the others are ordered.
 namespace {
 struct BlockStorageFirst {
-    BlockStorageFirst() { BlockStorage(); }
+    BlockStorageFirst() {
+        // No exception may leave a static initialiser: the process would end
+        // before main. A storage that can't be had now is asked for again by
+        // the first allocation, which reports it.
+        try {
+            BlockStorage();
+        } catch (CException* e) {
+            e->Delete();
+        }
+    }
 };
 __attribute__((init_priority(101))) const BlockStorageFirst g_BlockStorageFirst;
 }  // namespace

@@ -67,9 +67,13 @@ ChaineBuffer* DiscardBuffer(ChaineBuffer* buffer, std::uint32_t n) {
         buffer->Size = n;
         return buffer;
     }
-    const std::uint32_t request = GrowthRequest(buffer->Capacity, n);
+    // The new block comes before the old reference goes, unlike the growth
+    // rule's release-then-allocate: when the allocation throws, the caller
+    // still holds the block it gave, and a later release can't free a block
+    // that another value shares.
+    ChaineBuffer* fresh = Allocate(GrowthRequest(buffer->Capacity, n), n);
     ReleaseBuffer(buffer);
-    return Allocate(request, n);
+    return fresh;
 }
 
 ChaineBuffer* GrowBuffer(ChaineBuffer* buffer, std::uint32_t n) {

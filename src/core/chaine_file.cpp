@@ -1,10 +1,17 @@
 // The string logic of file names: splitting, joining, normalising and making
 // valid names. Nothing here asks the file system.
 #include <cstring>
+#include <string>
+#include <string_view>
+#include <vector>
 
 #include "nvk/core/chaine.h"
 
 namespace {
+
+// The string rules work on views of the text, so that normalising a long path
+// copies nothing per component.
+using Text = std::string_view;
 
 bool IsSeparator(char c) {
     return c == '\\' || c == '/';
@@ -15,8 +22,8 @@ bool EndsComponent(char c) {
 }
 
 // The last "\", "/" or ":", or -1.
-int LastBreak(const Chaine& path) {
-    for (int i = path.Length() - 1; i >= 0; --i) {
+int LastBreak(Text path) {
+    for (int i = static_cast<int>(path.size()) - 1; i >= 0; --i) {
         if (EndsComponent(path[i])) {
             return i;
         }
@@ -24,60 +31,150 @@ int LastBreak(const Chaine& path) {
     return -1;
 }
 
-bool IsDot(const Chaine& name) {
+bool IsDot(Text name) {
     return name == ".";
 }
 
-bool IsDotDot(const Chaine& name) {
+bool IsDotDot(Text name) {
     return name == "..";
+}
+
+// Where SplitRoot cuts a path.
+enum class RootKind {
+    None,       // no root: a relative path, or "\\server" alone
+    Prefix,     // the first `length` characters
+    Whole,      // "\\server\share": the whole path, with a "\" added
+    Separator,  // one leading separator: the root "\"
+};
+struct Root {
+    RootKind kind;
+    int length;
+};
+
+Root FindRoot(Text path) {
+    const int length = static_cast<int>(path.size());
+    if (length == 0) {
+        return {RootKind::None, 0};
+    }
+    if (length >= 2 && IsSeparator(path[0]) && path[1] == path[0]) {
+        int server = 2;
+        while (server < length && !IsSeparator(path[server])) {
+            ++server;
+        }
+        if (server == length) {
+            return {RootKind::None, 0};
+        }
+        int share = server + 1;
+        while (share < length && !IsSeparator(path[share])) {
+            ++share;
+        }
+        return share == length ? Root{RootKind::Whole, length} : Root{RootKind::Prefix, share + 1};
+    }
+    if (IsSeparator(path[0])) {
+        return {RootKind::Separator, 1};
+    }
+    if (length >= 2 && path[1] == ':') {
+        return {RootKind::Prefix, length >= 3 && IsSeparator(path[2]) ? 3 : 2};
+    }
+    return {RootKind::None, 0};
+}
+
+bool IsRoot(Text path) {
+    const Root root = FindRoot(path);
+    return root.kind == RootKind::Whole ||
+           (root.kind == RootKind::Prefix && root.length == static_cast<int>(path.size()));
+}
+
+bool IsAbsolute(Text path) {
+    return path.size() >= 2 && ((path[0] == '\\' && path[1] == '\\') ||
+                                (path[1] == ':' && path.size() >= 3 && path[2] == '\\'));
+}
+
+// The length of GetFolder: without the last component and its separator,
+// unless that leaves a root, which keeps its separator.
+int FolderLength(Text path) {
+    const int last = LastBreak(path);
+    if (last < 0 || IsRoot(path)) {
+        return 0;
+    }
+    return IsRoot(path.substr(0, last + 1)) ? last + 1 : last;
+}
+
+Text FileName(Text path) {
+    const int last = LastBreak(path);
+    if (last < 0) {
+        return path;
+    }
+    return IsRoot(path) ? Text() : path.substr(last + 1);
+}
+
+// PathJoin for a name, which holds no separator.
+void JoinName(std::string& path, Text name) {
+    if (!path.empty() && !EndsComponent(path.back())) {
+        path += '\\';
+    }
+    path += name;
+}
+
+// One step of normalising, from the head of a path towards its tail: `path`
+// is the folder, already normal, and `name` comes behind it.
+void AddName(std::string& path, Text name) {
+    if (IsDot(name)) {
+        return;
+    }
+    if (!IsDotDot(name) || path.empty() || IsDotDot(FileName(path))) {
+        JoinName(path, name);
+        return;
+    }
+    // ".." stops at a root, as the system's own canonicalisation does: taking
+    // it further would drop the root and leave a relative path, which then
+    // resolves against the current folder, a place the caller never named. A
+    // drive without its separator ("c:") names that drive's current folder,
+    // whose parent is written as such.
+    if (IsRoot(path) || path == "\\") {
+        if (path.size() == 2 && path[1] == ':') {
+            JoinName(path, name);
+        }
+        return;
+    }
+    const int folder = FolderLength(path);
+    if (folder == 0 && path[0] == '\\') {
+        path = "\\";  // the root of "\\a"
+    } else {
+        path.resize(static_cast<std::size_t>(folder));
+    }
 }
 
 }  // namespace
 
 bool Chaine::IsAbsolutePath() const {
-    return Length() >= 2 && ((m_pText[0] == '\\' && m_pText[1] == '\\') ||
-                             (m_pText[1] == ':' && m_pText[2] == '\\'));
+    return IsAbsolute(Text(m_pText, Length()));
 }
 
 bool Chaine::IsRootPath() const {
-    Chaine root;
-    Chaine rest;
-    SplitRoot(root, rest);
-    return !root.IsEmpty() && rest.IsEmpty();
+    return IsRoot(Text(m_pText, Length()));
 }
 
 void Chaine::SplitRoot(Chaine& root, Chaine& rest) const {
+    const Root found = FindRoot(Text(m_pText, Length()));
+    // Out of this value first: `root` or `rest` may be this value.
+    Chaine whole(*this);
     rest.Empty();
     root.Empty();
-    const int length = Length();
-    if (length == 0) {
-        return;
-    }
-    if (length >= 2 && IsSeparator(m_pText[0]) && m_pText[1] == m_pText[0]) {
-        int server = 2;
-        while (server < length && !IsSeparator(m_pText[server])) {
-            ++server;
-        }
-        if (server == length) {
-            return;
-        }
-        int share = server + 1;
-        while (share < length && !IsSeparator(m_pText[share])) {
-            ++share;
-        }
-        if (share == length) {
-            root = *this + '\\';
-        } else {
-            root = Left(share + 1);
-            rest = Mid(share + 1);
-        }
-    } else if (IsSeparator(m_pText[0])) {
-        root = "\\";
-        rest = Left(1);
-    } else if (length >= 2 && m_pText[1] == ':') {
-        const int split = length >= 3 && IsSeparator(m_pText[2]) ? 3 : 2;
-        root = Left(split);
-        rest = Mid(split);
+    switch (found.kind) {
+        case RootKind::None:
+            break;
+        case RootKind::Whole:
+            root = whole + '\\';
+            break;
+        case RootKind::Separator:
+            root = "\\";
+            rest = whole.Left(1);
+            break;
+        case RootKind::Prefix:
+            root = whole.Left(found.length);
+            rest = whole.Mid(found.length);
+            break;
     }
 }
 
@@ -89,11 +186,12 @@ Chaine Chaine::GetRoot() const {
 }
 
 Chaine Chaine::GetFileName() const {
-    const int last = LastBreak(*this);
-    if (last < 0) {
+    const Text path(m_pText, Length());
+    const Text name = FileName(path);
+    if (name.size() == path.size()) {
         return *this;
     }
-    return IsRootPath() ? Chaine() : Mid(last + 1);
+    return Chaine(name.data(), static_cast<int>(name.size()));
 }
 
 Chaine Chaine::GetExtension() const {
@@ -106,16 +204,11 @@ Chaine Chaine::GetExtension() const {
 }
 
 Chaine Chaine::GetFolder() const {
-    const int last = LastBreak(*this);
-    if (last < 0 || IsRootPath()) {
-        return {};
-    }
-    Chaine head = Left(last + 1);
-    return head.IsRootPath() ? head : Left(last);
+    return Left(FolderLength(Text(m_pText, Length())));
 }
 
 Chaine Chaine::GetFolderSlash() const {
-    const int last = LastBreak(*this);
+    const int last = LastBreak(Text(m_pText, Length()));
     return last < 0 || IsRootPath() ? Chaine() : Left(last + 1);
 }
 
@@ -173,31 +266,45 @@ Chaine& Chaine::MakeAbsolute() {
     return NormalizePath();
 }
 
-// From the tail towards the head: the folder is normalised first, then the
-// last name is taken, dropped, or cancelled with the folder's own last name.
+// The folder is normal before its last name is taken, dropped, or cancelled
+// with the folder's own last name. The folders are walked from the tail to
+// the first one that resolves alone (a root, a name on an absolute root, or
+// a first name), and the names are then added from the head, in one buffer:
+// a path of any length takes memory in proportion to its length.
 Chaine& Chaine::NormalizePath() {
-    if (IsRootPath()) {
-        return *this;
+    const Text path(m_pText, Length());
+    std::vector<int> ends;  // the folders still to resolve, the whole path first
+    std::string normal;
+    for (int end = static_cast<int>(path.size());;) {
+        const Text value = path.substr(0, end);
+        if (IsRoot(value)) {
+            normal = value;
+            break;
+        }
+        const int parent = FolderLength(value);
+        const Text folder = path.substr(0, parent);
+        if (IsRoot(folder) && IsAbsolute(value)) {
+            // Nothing lies above a root.
+            normal = folder;
+            const Text name = FileName(value);
+            if (!IsDot(name) && !IsDotDot(name)) {
+                JoinName(normal, name);
+            }
+            break;
+        }
+        ends.push_back(end);
+        if (parent == 0) {
+            if (!value.empty() && value[0] == '\\') {
+                normal = "\\";
+            }
+            break;
+        }
+        end = parent;
     }
-    Chaine parent = GetFolder();
-    if (parent.IsRootPath() && IsAbsolutePath()) {
-        Chaine name = GetFileName();
-        // Nothing lies above a root.
-        return Assign(IsDot(name) || IsDotDot(name) ? parent : PathJoin(parent, name));
+    for (auto end = ends.rbegin(); end != ends.rend(); ++end) {
+        AddName(normal, FileName(path.substr(0, *end)));
     }
-    if (!parent.IsEmpty()) {
-        parent.NormalizePath();
-    } else if (m_pText[0] == '\\') {
-        parent = "\\";
-    }
-    Chaine name = GetFileName();
-    if (IsDotDot(name) && !parent.IsEmpty() && !IsDotDot(parent.GetFileName())) {
-        return Assign(parent.GetFolder());
-    }
-    if (IsDot(name)) {
-        return Assign(parent);
-    }
-    return Assign(PathJoin(parent, name));
+    return Assign(normal.data(), static_cast<int>(normal.size()));
 }
 
 Chaine& Chaine::MakeValidFileName(bool checkDevices) {

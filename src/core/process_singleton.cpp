@@ -24,10 +24,15 @@ void FormatName(char* name, std::size_t size, const char* kind) {
 }
 
 void CloseProcessLock() {
-    // Taken and never given back: from here on this module locks nothing.
+    // Taken so that no thread of this module is inside it, then given back
+    // before the handle goes: a mutex closed while held stays owned by this
+    // thread, and every other module of the process would wait for it for
+    // ever at its next allocation. From here on this module locks nothing.
     WaitForSingleObject(g_ProcessMutex, INFINITE);
-    CloseHandle(g_ProcessMutex);
+    HANDLE mutex = g_ProcessMutex;
     g_ProcessMutex = nullptr;
+    ReleaseMutex(mutex);
+    CloseHandle(mutex);
 }
 
 void OpenProcessLock() {

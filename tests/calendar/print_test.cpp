@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "calendar/month_names.h"
 #include "nvk/calendar/cbdate.h"
 
 // Each suite runs in a process of its own with its language in LC_ALL (see
@@ -26,6 +27,10 @@ TEST(EnglishDates, FivePrintForms) {
     EXPECT_EQ(AllForms(CBDate(5, 3, 2014)),
               (Forms{"March 5, 2014", " 5-Mar-14", "3/5/14", "05/03/2014", "5 March 2014", ""}));
     EXPECT_EQ(AllForms(CBDate(25, 12, 2009))[1], "25-Dec-09");
+    // A month outside the table of names has an empty name.
+    EXPECT_EQ(std::string(nvk::MonthName(0).GetString()), "");
+    EXPECT_EQ(std::string(nvk::MonthName(13).GetString()), "");
+    EXPECT_EQ(std::string(nvk::MonthName(12).GetString()), "December");
 }
 
 TEST(FrenchDates, FivePrintForms) {

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <vector>
 
 namespace {
@@ -35,6 +36,9 @@ TEST(BigNumber, ModuloKeepsTheSign) {
     EXPECT_EQ(EBigNumber("1000000000000000001").Modulo(97),
               static_cast<int>(1000000000000000001ULL % 97));
     EXPECT_EQ(EBigNumber("1850578006084").Modulo(97), static_cast<int>(1850578006084LL % 97));
+    // A remainder of 2^31 by a larger divisor, negated in 64 bits.
+    EXPECT_EQ(EBigNumber("-2147483648").Modulo(2147483649u), INT32_MIN);
+    EXPECT_EQ(EBigNumber("-4294967294").Modulo(4294967295u), 2);
 }
 
 }  // namespace

@@ -3,7 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <vector>
 
+#include "nvk/afx/exceptions.h"
 #include "nvk/core/chaine.h"
 #include "nvk/core/process_singleton.h"
 
@@ -95,6 +97,23 @@ TEST(BlobTest, ValueCarriesText) {
     BlobValue self(Chaine("abcdef"));
     self.SetBytes(static_cast<const char*>(self.GetData()) + 2, 3);
     EXPECT_STREQ(Chaine(self), "cde");
+}
+
+// The header's 24 bits hold the length: a longer value is refused whole, not
+// cut to its first 16 MiB.
+TEST(BlobTest, AValueTooLongForTheHeaderIsRefused) {
+    std::vector<char> bytes(BlobValue::kMaxLength + 1, 'x');
+    BlobValue value(Chaine("kept"));
+    try {
+        value.SetBytes(bytes.data(), BlobValue::kMaxLength + 1);
+        ADD_FAILURE() << "no exception";
+    } catch (CNotSupportedException* e) {
+        e->Delete();
+    }
+    EXPECT_STREQ(Chaine(value), "kept");
+    value.SetBytes(bytes.data(), BlobValue::kMaxLength);
+    EXPECT_EQ(value.Header >> 8, static_cast<std::uint32_t>(BlobValue::kMaxLength));
+    EXPECT_EQ(Chaine(value).Length(), BlobValue::kMaxLength);
 }
 
 TEST(BlobTest, LockIsTheProcessSingleton) {

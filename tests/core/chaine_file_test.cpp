@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <fstream>
 #include <optional>
+#include <random>
 #include <string>
 
 #include "nvk/context/init_registry.h"
@@ -92,6 +93,75 @@ TEST(ChaineFileTest, JoiningAndNormalising) {
     // The root stays as written; what follows gets "\\".
     EXPECT_EQ(Str(Normalized("c:/a/./b/../c")), "c:/a\\c");
     EXPECT_EQ(Str(Normalized("\\\\srv\\share\\a\\..")), "\\\\srv\\share\\");
+}
+
+// ".." stops at a root instead of dropping it: a relative result would
+// resolve against the current folder. Relative paths keep their "..".
+TEST(ChaineFileTest, DotDotStopsAtTheRoot) {
+    EXPECT_EQ(Str(Normalized("c:\\..\\..\\a")), "c:\\a");
+    EXPECT_EQ(Str(Normalized("c:\\a\\b\\..\\..\\..")), "c:\\");
+    EXPECT_EQ(Str(Normalized("\\a\\..\\..\\b")), "\\b");
+    EXPECT_EQ(Str(Normalized("\\a\\..")), "\\");
+    EXPECT_EQ(Str(Normalized("\\\\srv\\share\\a\\..\\..\\b")), "\\\\srv\\share\\b");
+    EXPECT_EQ(Str(Normalized("c:/a/../../b")), "c:/b");
+    EXPECT_EQ(Str(Normalized("c:a\\..\\..\\b")), "c:..\\b");  // the drive's own folder
+    EXPECT_EQ(Str(Chaine("c:\\a") / "..\\..\\x"), "c:\\x");
+    EXPECT_EQ(Str(Normalized("a\\..\\..\\..\\b")), "..\\..\\b");
+}
+
+// NormalizePath as the recursion it is defined by: the folder first, then the
+// last name; with ".." stopping at a root.
+Chaine Recursive(const Chaine& value) {
+    if (value.IsRootPath()) {
+        return value;
+    }
+    Chaine parent = value.GetFolder();
+    Chaine name = value.GetFileName();
+    if (parent.IsRootPath() && value.IsAbsolutePath()) {
+        return name == "." || name == ".." ? parent : PathJoin(parent, name);
+    }
+    if (!parent.IsEmpty()) {
+        parent = Recursive(parent);
+    } else if (value[0] == '\\') {
+        parent = "\\";
+    }
+    if (name == ".." && !parent.IsEmpty() && !(parent.GetFileName() == "..")) {
+        if (parent.IsRootPath() || parent == "\\") {
+            return parent.Length() == 2 ? PathJoin(parent, name) : parent;
+        }
+        Chaine folder = parent.GetFolder();
+        return folder.IsEmpty() && parent[0] == '\\' ? Chaine("\\") : folder;
+    }
+    return name == "." ? parent : PathJoin(parent, name);
+}
+
+TEST(ChaineFileTest, NormalisingAgreesWithTheRecursionOnRandomPaths) {
+    std::mt19937 random(5);
+    const char* heads[] = {"",        "c:\\", "c:", "c:/", "\\", "/", "\\\\srv\\share\\",
+                           "\\\\srv", "//s/h"};
+    const char* names[] = {"a", "bc", ".", "..", "", "..", "x.y"};
+    const char seps[] = {'\\', '/', '\\', ':'};
+    for (int round = 0; round < 20000; ++round) {
+        std::string path = heads[random() % std::size(heads)];
+        const int count = static_cast<int>(random() % 7);
+        for (int i = 0; i < count; ++i) {
+            path += names[random() % std::size(names)];
+            if (i + 1 < count || random() % 4 == 0) {
+                path += seps[random() % std::size(seps)];
+            }
+        }
+        EXPECT_EQ(Str(Normalized(path.c_str())), Str(Recursive(Chaine(path.c_str())))) << path;
+    }
+}
+
+// Memory and time in proportion to the path: a recursion with a copy of the
+// folder at each level would take the square of it, and its stack.
+TEST(ChaineFileTest, NormalisingALongPathTakesLinearMemory) {
+    std::string path = "c:";
+    for (int i = 0; i < 100000; ++i) {
+        path += "\\ab\\.\\cd\\..";
+    }
+    EXPECT_EQ(Normalized(path.c_str()).Length(), 3 * 100000 + 2);
 }
 
 TEST(ChaineFileTest, ValidNamesLoseForbiddenCharactersAndDefuseDevices) {

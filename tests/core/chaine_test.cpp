@@ -2,11 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <climits>
 #include <cstring>
 #include <string>
 #include <vector>
 
 #include "nvk/afx/cstring.h"
+#include "nvk/afx/exceptions.h"
 
 namespace {
 
@@ -145,6 +147,30 @@ TEST(ChaineChanges, AssignFromItsOwnTextIsSafe) {
     EXPECT_EQ(text.Length(), 2);
     text.AssignCount("", 4);
     EXPECT_TRUE(text.IsEmpty());
+}
+
+// An allocation that throws leaves each value holding a buffer it owns: a
+// shared buffer released before the throw would be freed again by the value
+// and reused under the other holder.
+TEST(ChaineChanges, AFailedAllocationLeavesEveryValueValid) {
+    Chaine a("hello");
+    Chaine b(a);
+    try {
+        b.AssignCount("abc", INT_MAX);
+        ADD_FAILURE() << "no exception";
+    } catch (CException* e) {
+        e->Delete();
+    }
+    EXPECT_STREQ(b, "hello");
+    b.Empty();
+    Chaine c("XXXXXXXXXXXXXXXXXX");
+    EXPECT_STREQ(a, "hello");
+    EXPECT_EQ(Refs(a), 1);
+
+    Chaine d(a);
+    EXPECT_THROW(d.Assign("abc", INT_MAX), CMemoryException*);
+    EXPECT_STREQ(d, "hello");
+    EXPECT_EQ(Refs(a), 2);
 }
 
 TEST(ChaineConcatenation, ZeroOperandsShareTheValue) {

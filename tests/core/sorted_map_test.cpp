@@ -134,8 +134,54 @@ TEST(SortedMapTest, Rename) {
     EXPECT_EQ(map.GetValue(1), 10);
 
     EXPECT_EQ(Renamed({5, 6, 7}, 7, 1), (std::vector<unsigned>{1, 5, 6}));
+    // Lowered but still above its predecessor: the pair stays where it is.
+    EXPECT_EQ(Renamed({10, 20, 30}, 20, 15), (std::vector<unsigned>{10, 15, 30}));
+    EXPECT_EQ(Renamed({10, 20, 30}, 30, 25), (std::vector<unsigned>{10, 20, 25}));
     // A key above all others lands one before the end, deliberately.
     EXPECT_EQ(Renamed({1, 2, 3}, 1, 100), (std::vector<unsigned>{2, 100, 3}));
+    EXPECT_EQ(Renamed({1, 2, 3}, 3, 4), (std::vector<unsigned>{1, 4, 2}));
+}
+
+// Renames to keys below the greatest one keep the map in key order: each
+// change is checked against a std::map, and every key is then found.
+TEST(SortedMapTest, RenamesKeepKeyOrder) {
+    std::mt19937 random(11);
+    Map map;
+    std::map<unsigned, int> model;
+    for (int i = 0; i < 4000; ++i) {
+        const unsigned key = random() % 40;
+        const unsigned other = random() % 40;
+        switch (random() % 3) {
+            case 0:
+                EXPECT_EQ(map.Remove(key), model.erase(key) == 1);
+                break;
+            case 1:
+                map[key] = static_cast<int>(i);
+                model[key] = static_cast<int>(i);
+                break;
+            default: {
+                const bool possible = model.count(key) == 1 && model.count(other) == 0;
+                if (!model.empty() && other > model.rbegin()->first) {
+                    break;  // the deliberate case, tested above
+                }
+                ASSERT_EQ(map.Rename(key, other), possible) << key << " to " << other;
+                if (possible) {
+                    model[other] = model[key];
+                    model.erase(key);
+                }
+            }
+        }
+        ASSERT_EQ(map.Count(), static_cast<int>(model.size()));
+        int index = 0;
+        for (const auto& [k, value] : model) {
+            ASSERT_EQ(map.GetKey(index), k) << "after operation " << i;
+            ASSERT_EQ(map.GetValue(index), value);
+            ++index;
+        }
+        for (const auto& entry : model) {
+            ASSERT_TRUE(map.Exist(entry.first));
+        }
+    }
 }
 
 TEST(SortedMapTest, SearchSeparatesASharedArray) {

@@ -135,6 +135,8 @@ TEST_F(TableauTest, SourcesRepeatAndPositionsAreCut) {
     EXPECT_EQ(Values(m), (std::vector<int>{0, 2, 1}));
     EXPECT_FALSE(m.Move(3, 0));
     EXPECT_FALSE(m.Move(-1, 0));
+    EXPECT_TRUE(m.Move(2, -5));  // a negative target is the first place
+    EXPECT_EQ(Values(m), (std::vector<int>{1, 0, 2}));
 }
 
 TEST_F(TableauTest, CopyOnWriteSeparation) {

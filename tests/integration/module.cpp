@@ -32,6 +32,10 @@ extern "C" __attribute__((visibility("default"))) const char* MakeText(const cha
     return Detach(value);
 }
 
+extern "C" __attribute__((visibility("default"))) const char* MakeEmpty() {
+    return Detach(Chaine());
+}
+
 extern "C" __attribute__((visibility("default"))) void FreeText(const char* text) {
     alignas(Chaine) unsigned char storage[sizeof(Chaine)];
     std::memcpy(storage, &text, sizeof text);

@@ -6,6 +6,8 @@
 extern "C" {
 // A new value of `text`, holding one reference.
 using MakeTextFn = const char* (*)(const char* text);
+// An empty value, holding one reference.
+using MakeEmptyFn = const char* (*)();
 // Gives back the reference of a value made in any module.
 using FreeTextFn = void (*)(const char* text);
 // The object of the singleton "Test.Shared", made by the first module to ask.

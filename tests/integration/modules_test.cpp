@@ -73,6 +73,21 @@ TEST(Modules, AnObjectOutlivesTheModuleThatMadeIt) {
     b.Entry<FreeTextFn>("FreeText")(text);
 }
 
+TEST(Modules, AnEmptyValueOutlivesTheModuleThatMadeIt) {
+    const char* empty = nullptr;
+    {
+        Module a(NVK_TEST_MODULE_A);
+        empty = a.Entry<MakeEmptyFn>("MakeEmpty")();
+    }
+    // Every copy of the frame shares the one empty buffer of the process.
+    EXPECT_EQ(ChaineBuffer::FromText(empty), SharedEmptyChaine.Buffer());
+    EXPECT_STREQ(empty, "");
+    EXPECT_EQ(ChaineBuffer::FromText(empty)->Size, 1u);
+    Module b(NVK_TEST_MODULE_B);
+    b.Entry<FreeTextFn>("FreeText")(empty);
+    EXPECT_TRUE(Chaine().IsEmpty());
+}
+
 TEST(Modules, LoadAndUnloadManyTimes) {
     Chaine survivor("made here");
     for (int round = 0; round < 40; ++round) {

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <iterator>
 #include <string>
 
 #include "nvk/afx/archive.h"
@@ -42,6 +44,18 @@ TEST(CryptPassword, RoundTripsAndTheLayout) {
     EXPECT_EQ(Plain(cut)[0], 0);
     EXPECT_EQ(cut.AsChaine(), longest.substr(0, 31).c_str());
     EXPECT_EQ(CCryptPassword(std::string(30, 'y').c_str(), "k").GetBuffer()[0][0], 0);
+}
+
+// The offset in position 0 may leave no room in the buffer (a damaged or
+// foreign buffer): reading stops at position 31 all the same.
+TEST(CryptPassword, ReadingStopsAtTheEndOfTheBuffer) {
+    for (int offset : {29, 30, 31, 200, 255}) {
+        byte buffer[CCryptPassword::kBufferSize];
+        std::fill(std::begin(buffer), std::end(buffer), byte{0x5A});
+        buffer[0] = CCryptPassword::ReverseNibbles(static_cast<byte>(offset));
+        const CCryptPassword password(&buffer, "");
+        EXPECT_LE(password.AsChaine().Length(), std::max(0, 31 - offset)) << offset;
+    }
 }
 
 TEST(CryptPassword, KeysAndComparison) {

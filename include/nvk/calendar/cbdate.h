@@ -131,7 +131,9 @@ public:
         return m_DayNumber <=> other.m_DayNumber;
     }
 
-    // In the current form and language; the invalid date is printed too.
+    // In the current form and language; the invalid date is printed too. A
+    // month outside 1 to 12 gets an empty name rather than a read outside the
+    // table of names.
     CString AsString() const;
     // Decodes a time stamp of the Raima engine; non-zero if a date resulted.
     int ConvertRaimaDate(std::int32_t stamp);

@@ -28,8 +28,9 @@ public:
     CRIB(const sRIB& rib);
     CRIB& operator=(const sRIB& rib);
 
-    // Plain copies without a length check: a longer text runs on into the
-    // following fields, up to the end of the record.
+    // Copies without a length check of the field: a longer text runs on
+    // into the following fields, but stops at the end of the record, which a
+    // plain copy would overrun.
     void SetNomBanque(const CString& text);
     void SetAdrBanque(const CString& text);
     void SetAgence(const CString& text);

@@ -53,6 +53,8 @@ struct EInitInfos {
     void* Context = nullptr;
     EInitObjectID Id;
     const char* Dependencies = nullptr;
-    // Set once the entry stands in the order of initialisation.
+    // Set as the ordering enters the entry, before its dependencies, not once
+    // it stands in the order: a dependency cycle then ends where it closes
+    // instead of recursing without end.
     bool Visited = false;
 };

@@ -37,7 +37,9 @@ public:
 
     // Sizes the data to `n` bytes. The block stays while `n` fits and fills
     // at least half of it; otherwise a new block replaces it and the old
-    // data are not kept. 0 (or less) releases.
+    // data are not kept. 0 (or less) releases. A shared block that stays is
+    // separated into a block sized for `n`, not for its old length: a copy
+    // at the old length would leave the grown bytes outside the block.
     void SetSize(int n);
     // Drops this reference; the data pointer is null afterwards.
     void Release();
@@ -66,7 +68,10 @@ struct BlobValue {
     // The text of the data, terminator added; empty without data.
     operator Chaine() const;  // NOLINT(google-explicit-constructor): text converts both ways
 
-    // Stores a copy of `n` bytes, keeping the type bits.
+    static constexpr int kMaxLength = 0xFFFFFF;  // what the header's 24 bits hold
+
+    // Stores a copy of `n` bytes, keeping the type bits. More than kMaxLength
+    // bytes throw CNotSupportedException and change nothing.
     void SetBytes(const void* data, int n);
     const void* GetData() const { return Blob.GetData(); }
 

@@ -20,6 +20,11 @@ struct PageRecord {
     PageRecord* Next;
 };
 
+// The pool has no bound of its own: it starts with one page, grows by one page
+// of BlocksPerPage blocks whenever its free list runs out, for as long as
+// VirtualAlloc grants a page (PoolAlloc then throws CMemoryException), and
+// gives nothing back while it lives. So a process reserves no more address
+// space than its strings take.
 class FBlockStorage {
 public:
     // A storage of its own memory; AfxThrowMemoryException when there is none.
@@ -42,20 +47,13 @@ public:
 private:
     FBlockStorage() = default;
     void AddPage();
-    PageRecord* BuildPage(std::uint32_t count);
-    ChaineBuffer* BlockAt(std::uint32_t offset) const;
-    std::uint32_t OffsetOf(const ChaineBuffer* block) const;
+    PageRecord* BuildPage(ChaineBuffer* last);
 
     nvk::SpinLock m_Lock;
     std::uint32_t m_BlockSize = 0;
     std::uint32_t m_BlocksPerPage = 0;
     PageRecord* m_FirstPage = nullptr;
     ChaineBuffer* m_FreeHead = nullptr;
-    // Pages are committed inside one reserved region, so that the link of a
-    // free block, held in its first four payload bytes, is a 32-bit offset
-    // from the region's base even where pointers are wider.
-    char* m_Region = nullptr;
-    std::uint64_t m_RegionUsed = 0;
 };
 
 // The storage of the process ("BlockStorage V2"), made by the first module

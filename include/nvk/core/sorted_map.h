@@ -70,8 +70,15 @@ public:
             return false;
         }
         const int target = Find(newKey, FindInsertPos);
+        // The insertion place is the pair itself when the new key lies between
+        // its neighbours: the pair stays. Moving it one place back, as for a
+        // target behind it, would leave key order, and the key could then be
+        // neither found nor kept unique.
+        const bool stays = target == index && this->Compare(newKey, this->Element(index)) < 0;
         this->m_Array[index].Key = newKey;
-        this->m_Array.Move(index, target >= index ? target - 1 : target);
+        if (!stays) {
+            this->m_Array.Move(index, target >= index ? target - 1 : target);
+        }
         return true;
     }
 

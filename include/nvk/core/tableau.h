@@ -231,7 +231,8 @@ public:
     void RemoveAll() { Remove(Size(), 0); }
 
     // Moves one element; `to` is cut to the last index. False only for a
-    // `from` out of range.
+    // `from` out of range. A negative `to` is taken as 0, where cutting only
+    // at the end would move slots before the start of the table.
     bool Move(int from, int to) {
         const int size = Size();
         if (from < 0 || from >= size) {

@@ -39,6 +39,8 @@ public:
     void Set(const char* password, const char* key);
 
     // The password in clear; a wrong key gives a wrong text, not a failure.
+    // Reading stops at the buffer's last position (31) even when the offset
+    // in position 0 leaves no room: read on, it would leave the buffer.
     Chaine AsChaine() const;
     CString AsString() const;
     bool Is(const char* text) const;
