@@ -75,6 +75,9 @@ TEST_F(IniProfile, ReadsTrimQuotesAndCut) {
     // Exactly the length: one character short, and terminated.
     EXPECT_EQ(ini.GetPrivateProfileStringA("S", "q", "", buffer, 3, ""), 2u);
     EXPECT_STREQ(buffer, "ab");
+    // No room at all: nothing written, not even a terminator.
+    EXPECT_EQ(ini.GetPrivateProfileStringA("S", "q", "", buffer + 1, 0, ""), 0u);
+    EXPECT_STREQ(buffer, "ab");
     EXPECT_EQ(ini.GetPrivateProfileStringA("S", "none", "\"dflt\"", buffer, sizeof buffer, ""), 4u);
     EXPECT_STREQ(buffer, "dflt");
 

@@ -123,6 +123,8 @@ public:
 
     // The platform's profile calls. An empty file name means the object's;
     // another replaces it on a closed object and is ignored on an open one.
+    // A read into a buffer of size 0 returns 0 and writes nothing: copying
+    // "size - 1" characters and a terminator would write before the buffer.
     unsigned int GetPrivateProfileStringA(const Chaine& section, const Chaine& key,
                                           const Chaine& defaultValue, char* buffer,
                                           unsigned long size, const Chaine& fileName) const;
