@@ -22,6 +22,9 @@ public:
         SetErrorCode(ERROR_INVALID_HANDLE);
         return WAIT_FAILED;
     }
+    // A file's descriptor for CreateFileMappingA, with the handle's rights;
+    // -1 for objects that are not files.
+    virtual int MappingDescriptor(bool& /*canRead*/, bool& /*canWrite*/) { return -1; }
 };
 
 // Enters the object in the table and returns its handle.
