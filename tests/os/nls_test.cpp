@@ -113,9 +113,13 @@ TEST(NlsTest, WindowsTablesAndBestFit) {
     EXPECT_EQ(out[0], '?');
     EXPECT_TRUE(used);
     // A character a short destination stopped before was not replaced.
-    EXPECT_EQ(WideCharToMultiByte(1252, 0, u"ab\u4E00", 3, out, 2, nullptr, &used), 0);
-    EXPECT_EQ(GetLastError(), ERROR_INSUFFICIENT_BUFFER);
-    EXPECT_FALSE(used);
+    for (const UINT codePage : {1252u, 932u}) {
+        EXPECT_EQ(WideCharToMultiByte(codePage, 0, u"ab\u0E01", 3, out, 2, nullptr, &used), 0);
+        EXPECT_EQ(GetLastError(), ERROR_INSUFFICIENT_BUFFER);
+        EXPECT_FALSE(used);
+        EXPECT_EQ(WideCharToMultiByte(codePage, 0, u"ab\u0E01", 3, out, 3, nullptr, &used), 3);
+        EXPECT_TRUE(used);
+    }
 }
 
 TEST(NlsTest, FlagsSizesAndTheLastError) {

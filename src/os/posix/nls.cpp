@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <map>
@@ -74,9 +75,10 @@ UConverter* ConverterFor(UINT codePage) {
 
 // What the callbacks need to know and report for one call.
 struct CallbackContext {
-    bool strict = false;         // invalid input fails the call
-    const char* fallback = "?";  // the default character, for wide to multi-byte
-    bool usedDefault = false;
+    bool strict = false;                  // invalid input fails the call
+    const char* fallback = "?";           // the default character, for wide to multi-byte
+    const UChar* start = nullptr;         // of the source, for wide to multi-byte
+    std::size_t firstDefault = SIZE_MAX;  // where the first default character went
     bool failed = false;
 };
 
@@ -95,7 +97,8 @@ void ToUnicodeCallback(const void* context, UConverterToUnicodeArgs* args, const
 }
 
 void FromUnicodeCallback(const void* context, UConverterFromUnicodeArgs* args, const UChar*,
-                         int32_t, UChar32, UConverterCallbackReason reason, UErrorCode* status) {
+                         int32_t length, UChar32, UConverterCallbackReason reason,
+                         UErrorCode* status) {
     if (reason > UCNV_IRREGULAR) {
         return;
     }
@@ -110,7 +113,8 @@ void FromUnicodeCallback(const void* context, UConverterFromUnicodeArgs* args, c
         ucnv_cbFromUWriteBytes(args, kReplacementUtf8, 3, 0, status);
         return;
     }
-    state->usedDefault = true;
+    const auto at = static_cast<std::size_t>(args->source - state->start - length);
+    state->firstDefault = std::min(state->firstDefault, at);
     ucnv_cbFromUWriteBytes(args, state->fallback, 1, 0, status);
 }
 
@@ -123,10 +127,11 @@ struct Converted {
 };
 
 // Copies the whole characters that fit in `size` units, or reports the size
-// needed when `size` is 0.
+// needed when `size` is 0. `read` tells how many source units went out.
 template <class Unit>
-int Deliver(const Converted<Unit>& result, Unit* dest, int size) {
+int Deliver(const Converted<Unit>& result, Unit* dest, int size, std::size_t& read) {
     const auto total = static_cast<int>(result.units.size());
+    read = SIZE_MAX;
     if (size == 0) {
         return total;
     }
@@ -138,6 +143,7 @@ int Deliver(const Converted<Unit>& result, Unit* dest, int size) {
     }
     std::copy_n(result.units.begin(), count, dest);
     if (count < total) {
+        read = static_cast<std::size_t>(result.offsets[static_cast<std::size_t>(count)]);
         SetErrorCode(ERROR_INSUFFICIENT_BUFFER);
         return 0;
     }
@@ -296,7 +302,8 @@ int MultiByteToWideChar(UINT codePage, DWORD flags, LPCSTR source, int sourceSiz
         return 0;
     }
     result.units.resize(static_cast<std::size_t>(target - result.units.data()));
-    return Deliver(result, dest, destSize);
+    std::size_t read = 0;
+    return Deliver(result, dest, destSize, read);
 }
 
 int WideCharToMultiByte(UINT codePage, DWORD flags, LPCWSTR source, int sourceSize, LPSTR dest,
@@ -323,6 +330,7 @@ int WideCharToMultiByte(UINT codePage, DWORD flags, LPCWSTR source, int sourceSi
         return 0;
     }
     CallbackContext context;
+    context.start = source;
     context.strict = (flags & WC_ERR_INVALID_CHARS) != 0;
     context.fallback = utf ? nullptr : (defaultChar != nullptr ? defaultChar : "?");
     UErrorCode status = U_ZERO_ERROR;
@@ -342,10 +350,13 @@ int WideCharToMultiByte(UINT codePage, DWORD flags, LPCWSTR source, int sourceSi
         return 0;
     }
     result.units.resize(static_cast<std::size_t>(target - result.units.data()));
+    std::size_t read = 0;
+    const int delivered = Deliver(result, dest, destSize, read);
+    // Only a character that went out replaced counts.
     if (usedDefaultChar != nullptr) {
-        *usedDefaultChar = context.usedDefault ? TRUE : FALSE;
+        *usedDefaultChar = context.firstDefault < read ? TRUE : FALSE;
     }
-    return Deliver(result, dest, destSize);
+    return delivered;
 }
 
 BOOL CharToOemA(LPCSTR source, LPSTR dest) {
