@@ -60,14 +60,14 @@ HANDLE MemorySection(DWORD size, const char* name = nullptr, DWORD protect = PAG
 }
 
 TEST(FileMapping, NameGoesWithLastHandleWhileViewsRemain) {
-    HANDLE mapping = MemorySection(12, "nvk-test-section");
+    HANDLE mapping = MemorySection(12, test::ObjectName("nvk-test-section"));
     ASSERT_NE(mapping, nullptr);
     auto* view = static_cast<unsigned char*>(MapViewOfFile(mapping, FILE_MAP_WRITE, 0, 0, 12));
     ASSERT_NE(view, nullptr);
     EXPECT_EQ(std::memcmp(view, "\0\0\0\0\0\0\0\0\0\0\0\0", 12), 0);
     view[4] = 42;
 
-    HANDLE again = MemorySection(12, "Local\\nvk-test-section");
+    HANDLE again = MemorySection(12, test::ObjectName("Local\\nvk-test-section"));
     EXPECT_EQ(GetLastError(), ERROR_ALREADY_EXISTS);
     // Each view is a view of its own of the same bytes.
     auto* second = static_cast<unsigned char*>(MapViewOfFile(again, FILE_MAP_WRITE, 0, 0, 12));
@@ -80,7 +80,8 @@ TEST(FileMapping, NameGoesWithLastHandleWhileViewsRemain) {
 
     EXPECT_TRUE(CloseHandle(again));
     EXPECT_TRUE(CloseHandle(mapping));
-    EXPECT_EQ(OpenFileMappingA(FILE_MAP_READ, FALSE, "nvk-test-section"), nullptr);
+    EXPECT_EQ(OpenFileMappingA(FILE_MAP_READ, FALSE, test::ObjectName("nvk-test-section")),
+              nullptr);
     EXPECT_EQ(GetLastError(), ERROR_FILE_NOT_FOUND);
     EXPECT_EQ(view[4], 42);  // the view keeps its bytes
     EXPECT_TRUE(UnmapViewOfFile(view));
@@ -104,7 +105,8 @@ TEST(FileMapping, SizesOffsetsAndErrors) {
     EXPECT_EQ(MemorySection(0), nullptr);
     EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
     // A terabyte fails with an error code instead of ending the process.
-    for (const char* name : {static_cast<const char*>(nullptr), "nvk-test-huge"}) {
+    for (const char* name :
+         {static_cast<const char*>(nullptr), test::ObjectName("nvk-test-huge")}) {
         EXPECT_EQ(CreateFileMappingA(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 256, 0, name),
                   nullptr);
         EXPECT_EQ(GetLastError(), ERROR_COMMITMENT_LIMIT);
@@ -124,7 +126,7 @@ long ResidentPages() {
 TEST(FileMapping, MemoryIsCommittedAsItIsTouched) {
     const long before = ResidentPages();
     HANDLE mapping = CreateFileMappingA(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0, 1u << 30,
-                                        "nvk-test-lazy");
+                                        test::ObjectName("nvk-test-lazy"));
     ASSERT_NE(mapping, nullptr);
     auto* view = static_cast<char*>(MapViewOfFile(mapping, FILE_MAP_WRITE, 0, 0, 0));
     ASSERT_NE(view, nullptr);
@@ -136,9 +138,9 @@ TEST(FileMapping, MemoryIsCommittedAsItIsTouched) {
 }
 
 TEST(FileMapping, ViewsNeedTheHandlesAccess) {
-    HANDLE mapping = MemorySection(16, "nvk-test-access");
-    HANDLE reader = OpenFileMappingA(FILE_MAP_READ, FALSE, "nvk-test-access");
-    HANDLE writer = OpenFileMappingA(FILE_MAP_WRITE, FALSE, "nvk-test-access");
+    HANDLE mapping = MemorySection(16, test::ObjectName("nvk-test-access"));
+    HANDLE reader = OpenFileMappingA(FILE_MAP_READ, FALSE, test::ObjectName("nvk-test-access"));
+    HANDLE writer = OpenFileMappingA(FILE_MAP_WRITE, FALSE, test::ObjectName("nvk-test-access"));
     ASSERT_NE(reader, nullptr);
     ASSERT_NE(writer, nullptr);
     EXPECT_EQ(MapViewOfFile(reader, FILE_MAP_WRITE, 0, 0, 16), nullptr);
@@ -150,8 +152,9 @@ TEST(FileMapping, ViewsNeedTheHandlesAccess) {
     UnmapViewOfFile(view);
     EXPECT_EQ(OpenFileMappingA(FILE_MAP_READ, FALSE, nullptr), nullptr);
     EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
-    HANDLE readOnly = MemorySection(16, "nvk-test-read-only", PAGE_READONLY);
-    EXPECT_EQ(OpenFileMappingA(FILE_MAP_WRITE, FALSE, "nvk-test-read-only"), nullptr);
+    HANDLE readOnly = MemorySection(16, test::ObjectName("nvk-test-read-only"), PAGE_READONLY);
+    EXPECT_EQ(OpenFileMappingA(FILE_MAP_WRITE, FALSE, test::ObjectName("nvk-test-read-only")),
+              nullptr);
     EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED);
     for (HANDLE handle : {mapping, reader, writer, readOnly}) {
         EXPECT_TRUE(CloseHandle(handle));
@@ -169,7 +172,8 @@ TEST(FileMapping, OfAFileShowsAndWritesItsBytes) {
     std::ofstream(path, std::ios::binary) << "hello";
     HANDLE file = CreateFileA(path.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
                               FILE_ATTRIBUTE_NORMAL, nullptr);
-    HANDLE mapping = CreateFileMappingA(file, nullptr, PAGE_READWRITE, 0, 8192, "nvk-test-file");
+    HANDLE mapping = CreateFileMappingA(file, nullptr, PAGE_READWRITE, 0, 8192,
+                                        test::ObjectName("nvk-test-file"));
     ASSERT_NE(mapping, nullptr);
     EXPECT_TRUE(CloseHandle(file));                      // the mapping keeps the file
     EXPECT_EQ(std::filesystem::file_size(path), 8192u);  // grown to the size asked
@@ -178,8 +182,11 @@ TEST(FileMapping, OfAFileShowsAndWritesItsBytes) {
     EXPECT_EQ(std::string(view, 5), "hello");
     view[0] = 'J';
     // Another process opens it by name and sees and writes the same bytes.
-    EXPECT_EQ(test::RunHelper("mapread nvk-test-file Jello"), 0u);
-    EXPECT_EQ(test::RunHelper("mapwrite nvk-test-file Y"), 0u);
+    EXPECT_EQ(
+        test::RunHelper(std::string("mapread ") + test::ObjectName("nvk-test-file") + " Jello"),
+        0u);
+    EXPECT_EQ(test::RunHelper(std::string("mapwrite ") + test::ObjectName("nvk-test-file") + " Y"),
+              0u);
     EXPECT_EQ(view[0], 'Y');
     EXPECT_TRUE(UnmapViewOfFile(view));
     EXPECT_TRUE(CloseHandle(mapping));
@@ -197,13 +204,19 @@ TEST(FileMapping, OfAFileShowsAndWritesItsBytes) {
 }
 
 TEST(FileMapping, SharedWithAnotherProcess) {
-    HANDLE mapping = MemorySection(100, "nvk-test-shared-bytes");
+    HANDLE mapping = MemorySection(100, test::ObjectName("nvk-test-shared-bytes"));
     auto* view = static_cast<char*>(MapViewOfFile(mapping, FILE_MAP_WRITE, 0, 0, 100));
     ASSERT_NE(view, nullptr);
     std::strcpy(view, "from parent");
-    EXPECT_EQ(test::RunHelper("mapread nvk-test-shared-bytes from-parent"), 1u);
-    EXPECT_EQ(test::RunHelper("mapread nvk-test-shared-bytes from"), 0u);
-    EXPECT_EQ(test::RunHelper("mapwrite Local\\nvk-test-shared-bytes child"), 0u);
+    EXPECT_EQ(test::RunHelper(std::string("mapread ") + test::ObjectName("nvk-test-shared-bytes") +
+                              " from-parent"),
+              1u);
+    EXPECT_EQ(test::RunHelper(std::string("mapread ") + test::ObjectName("nvk-test-shared-bytes") +
+                              " from"),
+              0u);
+    EXPECT_EQ(test::RunHelper(std::string("mapwrite ") +
+                              test::ObjectName("Local\\nvk-test-shared-bytes") + " child"),
+              0u);
     EXPECT_EQ(std::string(view), "childparent");
     EXPECT_TRUE(UnmapViewOfFile(view));
     EXPECT_TRUE(CloseHandle(mapping));

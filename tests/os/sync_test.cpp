@@ -61,10 +61,10 @@ TEST(CriticalSection, IsRecursiveAndExcludesOtherThreads) {
 }
 
 TEST(NamedMutex, OneObjectPerNameRecursiveForItsOwner) {
-    HANDLE first = CreateMutexA(nullptr, FALSE, "nvk-test-mutex");
+    HANDLE first = CreateMutexA(nullptr, FALSE, test::ObjectName("nvk-test-mutex"));
     ASSERT_NE(first, nullptr);
     EXPECT_EQ(GetLastError(), ERROR_SUCCESS);
-    HANDLE second = CreateMutexA(nullptr, FALSE, "nvk-test-mutex");
+    HANDLE second = CreateMutexA(nullptr, FALSE, test::ObjectName("nvk-test-mutex"));
     EXPECT_EQ(GetLastError(), ERROR_ALREADY_EXISTS);
     EXPECT_NE(first, second);
 
@@ -86,38 +86,38 @@ TEST(NamedMutex, OneObjectPerNameRecursiveForItsOwner) {
     EXPECT_FALSE(CloseHandle(second));
     EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
     // The last handle took the object with it.
-    EXPECT_EQ(OpenMutexA(SYNCHRONIZE, FALSE, "nvk-test-mutex"), nullptr);
+    EXPECT_EQ(OpenMutexA(SYNCHRONIZE, FALSE, test::ObjectName("nvk-test-mutex")), nullptr);
     EXPECT_EQ(GetLastError(), ERROR_FILE_NOT_FOUND);
 }
 
 TEST(NamedMutex, NamespaceNamesAndAccessRights) {
-    HANDLE mutex = CreateMutexA(nullptr, FALSE, "nvk-test-names");
+    HANDLE mutex = CreateMutexA(nullptr, FALSE, test::ObjectName("nvk-test-names"));
     ASSERT_NE(mutex, nullptr);
-    HANDLE local = CreateMutexA(nullptr, FALSE, "Local\\nvk-test-names");
+    HANDLE local = CreateMutexA(nullptr, FALSE, test::ObjectName("Local\\nvk-test-names"));
     EXPECT_EQ(GetLastError(), ERROR_ALREADY_EXISTS);  // "Local\" is the default namespace
     EXPECT_EQ(CreateMutexA(nullptr, FALSE, "nvk\\test"), nullptr);
     EXPECT_EQ(GetLastError(), ERROR_PATH_NOT_FOUND);
     // Mutexes and mappings share one table of names.
-    EXPECT_EQ(
-        CreateFileMappingA(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0, 16, "nvk-test-names"),
-        nullptr);
+    EXPECT_EQ(CreateFileMappingA(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0, 16,
+                                 test::ObjectName("nvk-test-names")),
+              nullptr);
     EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
-    EXPECT_EQ(OpenFileMappingA(FILE_MAP_READ, FALSE, "nvk-test-names"), nullptr);
+    EXPECT_EQ(OpenFileMappingA(FILE_MAP_READ, FALSE, test::ObjectName("nvk-test-names")), nullptr);
     EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
 
-    EXPECT_EQ(OpenMutexA(0, FALSE, "nvk-test-names"), nullptr);
+    EXPECT_EQ(OpenMutexA(0, FALSE, test::ObjectName("nvk-test-names")), nullptr);
     EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED);
     EXPECT_EQ(OpenMutexA(SYNCHRONIZE, FALSE, nullptr), nullptr);
     EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
     EXPECT_FALSE(ReleaseMutex(nullptr));
     EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
     // Waiting takes SYNCHRONIZE, releasing MUTEX_MODIFY_STATE.
-    HANDLE waitOnly = OpenMutexA(SYNCHRONIZE, FALSE, "nvk-test-names");
+    HANDLE waitOnly = OpenMutexA(SYNCHRONIZE, FALSE, test::ObjectName("nvk-test-names"));
     ASSERT_NE(waitOnly, nullptr);
     EXPECT_EQ(WaitForSingleObject(waitOnly, 0), WAIT_OBJECT_0);
     EXPECT_FALSE(ReleaseMutex(waitOnly));
     EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED);
-    HANDLE releaseOnly = OpenMutexA(MUTEX_MODIFY_STATE, FALSE, "nvk-test-names");
+    HANDLE releaseOnly = OpenMutexA(MUTEX_MODIFY_STATE, FALSE, test::ObjectName("nvk-test-names"));
     EXPECT_EQ(WaitForSingleObject(releaseOnly, 0), WAIT_FAILED);
     EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED);
     EXPECT_TRUE(ReleaseMutex(releaseOnly));
@@ -127,7 +127,8 @@ TEST(NamedMutex, NamespaceNamesAndAccessRights) {
 }
 
 TEST(AbandonedMutex, ThreadThatEndsOwningIt) {
-    for (const char* name : {"nvk-test-abandoned", static_cast<const char*>(nullptr)}) {
+    for (const char* name :
+         {test::ObjectName("nvk-test-abandoned"), static_cast<const char*>(nullptr)}) {
         HANDLE mutex = CreateMutexA(nullptr, FALSE, name);
         ASSERT_NE(mutex, nullptr);
         std::thread([&] { EXPECT_EQ(WaitForSingleObject(mutex, 5000), WAIT_OBJECT_0); }).join();
@@ -177,10 +178,12 @@ private:
 };
 
 TEST(NamedMutex, SharedWithAnotherProcess) {
-    HANDLE mutex = CreateMutexA(nullptr, FALSE, "nvk-test-shared");
+    HANDLE mutex = CreateMutexA(nullptr, FALSE, test::ObjectName("nvk-test-shared"));
     ASSERT_NE(mutex, nullptr);
-    EXPECT_EQ(test::RunHelper("mutexcreate Local\\nvk-test-shared"), ERROR_ALREADY_EXISTS);
-    MutexHelper helper("nvk-test-shared", false);
+    EXPECT_EQ(
+        test::RunHelper(std::string("mutexcreate ") + test::ObjectName("Local\\nvk-test-shared")),
+        ERROR_ALREADY_EXISTS);
+    MutexHelper helper(test::ObjectName("nvk-test-shared"), false);
     ASSERT_TRUE(helper.holding());
     EXPECT_EQ(WaitForSingleObject(mutex, 50), WAIT_TIMEOUT);
     helper.Release();
@@ -188,7 +191,8 @@ TEST(NamedMutex, SharedWithAnotherProcess) {
     EXPECT_TRUE(ReleaseMutex(mutex));
     EXPECT_EQ(helper.Finish(), WAIT_OBJECT_0);
     // Another user of the machine has names of its own.
-    const DWORD asNobody = test::RunHelper("asuser 65534 nvk-test-shared");
+    const DWORD asNobody =
+        test::RunHelper(std::string("asuser 65534 ") + test::ObjectName("nvk-test-shared"));
     if (asNobody != 254) {
         EXPECT_EQ(asNobody, ERROR_FILE_NOT_FOUND);
     }
@@ -196,9 +200,9 @@ TEST(NamedMutex, SharedWithAnotherProcess) {
 }
 
 TEST(AbandonedMutex, ProcessThatEndsOwningIt) {
-    HANDLE mutex = CreateMutexA(nullptr, FALSE, "nvk-test-abandoned-process");
+    HANDLE mutex = CreateMutexA(nullptr, FALSE, test::ObjectName("nvk-test-abandoned-process"));
     ASSERT_NE(mutex, nullptr);
-    MutexHelper helper("nvk-test-abandoned-process", true);
+    MutexHelper helper(test::ObjectName("nvk-test-abandoned-process"), true);
     ASSERT_TRUE(helper.holding());
     EXPECT_EQ(WaitForSingleObject(mutex, 10000), WAIT_ABANDONED);
     EXPECT_TRUE(ReleaseMutex(mutex));
