@@ -122,6 +122,29 @@ TEST(NlsTest, WindowsTablesAndBestFit) {
     }
 }
 
+TEST(NlsTest, LongTextsConvertAsTheirBytesDo) {
+    std::string text;
+    unsigned seed = 7;
+    for (int i = 0; i < 4000; ++i) {
+        seed = seed * 1103515245u + 12345u;
+        // Mostly ASCII, as texts are, with runs of every byte.
+        const unsigned byte = (seed >> 16) & 0xFF;
+        text += static_cast<char>(i % 97 < 60 ? byte & 0x7F : (byte == 0 ? 1 : byte));
+    }
+    for (const UINT codePage : {1252u, 850u, 437u, 1250u}) {
+        const std::u16string wide = Wide(codePage, text);
+        ASSERT_EQ(wide.size(), text.size());
+        for (std::size_t i = 0; i < text.size(); ++i) {
+            ASSERT_EQ(wide[i], Wide(codePage, text.substr(i, 1))[0]) << codePage << " at " << i;
+        }
+        std::string back(text.size(), '\0');
+        EXPECT_EQ(WideCharToMultiByte(codePage, 0, wide.data(), static_cast<int>(wide.size()),
+                                      back.data(), static_cast<int>(back.size()), nullptr, nullptr),
+                  static_cast<int>(text.size()));
+        EXPECT_EQ(back, text);  // every byte comes back
+    }
+}
+
 TEST(NlsTest, FlagsSizesAndTheLastError) {
     WCHAR wide[8];
     char out[8];
