@@ -48,13 +48,27 @@ TEST(Locale, DateFormatsInWindowsLetters) {
 }
 
 TEST(Locale, BuffersNumbersAndErrors) {
+    DWORD number = 0;
     int n = GetLocaleInfoA(1036, LOCALE_SMONTHNAME1, nullptr, 0);
     EXPECT_EQ(n, 8);  // "janvier" and its terminator
     char small[4];
     EXPECT_EQ(GetLocaleInfoA(1036, LOCALE_SMONTHNAME1, small, sizeof small), 0);
     EXPECT_EQ(GetLastError(), ERROR_INSUFFICIENT_BUFFER);
+    EXPECT_EQ(std::string(small, 4), "janv");  // what fits
 
-    DWORD number = 0;
+    // Numeric items as numbers; each locale's own ANSI code page.
+    EXPECT_EQ(GetLocaleInfoA(1036, LOCALE_ILANGUAGE | LOCALE_RETURN_NUMBER,
+                             reinterpret_cast<LPSTR>(&number), sizeof number),
+              4);
+    EXPECT_EQ(number, 0x040Cu);
+    EXPECT_EQ(Item(0x0419, LOCALE_IDEFAULTANSICODEPAGE), "1251");
+    EXPECT_EQ(Item(0x0411, LOCALE_IDEFAULTANSICODEPAGE), "932");
+    EXPECT_EQ(Item(0x0415, LOCALE_IDEFAULTANSICODEPAGE), "1250");
+    EXPECT_EQ(Item(0x0439, LOCALE_IDEFAULTANSICODEPAGE), "0");
+    const std::string russian = Item(0x0419, LOCALE_SMONTHNAME1);  // in 1251, not as "???"
+    EXPECT_EQ(russian.find('?'), std::string::npos);
+    EXPECT_GE(static_cast<unsigned char>(russian[0]), 0xC0);
+
     EXPECT_EQ(GetLocaleInfoA(1033, LOCALE_IFIRSTDAYOFWEEK | LOCALE_RETURN_NUMBER,
                              reinterpret_cast<LPSTR>(&number), sizeof number),
               4);

@@ -1,9 +1,16 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
 
 #include "os/api/error.h"
+#include "os/api/file.h"
 #include "os/api/memory.h"
+#include "os/api/sync.h"
+#include "os_test_support.h"
 
 namespace {
 
@@ -46,6 +53,173 @@ TEST(VirtualMemory, RefusesWhatItDoesNotKnow) {
     EXPECT_FALSE(VirtualFree(static_cast<char*>(block) + 16, 0, MEM_RELEASE));
     EXPECT_TRUE(VirtualFree(block, 0, MEM_RELEASE));
     EXPECT_FALSE(VirtualFree(block, 0, MEM_RELEASE));
+}
+
+HANDLE MemorySection(DWORD size, const char* name = nullptr, DWORD protect = PAGE_READWRITE) {
+    return CreateFileMappingA(INVALID_HANDLE_VALUE, nullptr, protect | SEC_COMMIT, 0, size, name);
+}
+
+TEST(FileMapping, NameGoesWithLastHandleWhileViewsRemain) {
+    HANDLE mapping = MemorySection(12, test::ObjectName("nvk-test-section"));
+    ASSERT_NE(mapping, nullptr);
+    auto* view = static_cast<unsigned char*>(MapViewOfFile(mapping, FILE_MAP_WRITE, 0, 0, 12));
+    ASSERT_NE(view, nullptr);
+    EXPECT_EQ(std::memcmp(view, "\0\0\0\0\0\0\0\0\0\0\0\0", 12), 0);
+    view[4] = 42;
+
+    HANDLE again = MemorySection(12, test::ObjectName("Local\\nvk-test-section"));
+    EXPECT_EQ(GetLastError(), ERROR_ALREADY_EXISTS);
+    // Each view is a view of its own of the same bytes.
+    auto* second = static_cast<unsigned char*>(MapViewOfFile(again, FILE_MAP_WRITE, 0, 0, 12));
+    ASSERT_NE(second, nullptr);
+    EXPECT_NE(second, view);
+    EXPECT_EQ(second[4], 42);
+    EXPECT_TRUE(UnmapViewOfFile(second + 7));  // any address inside the view
+    EXPECT_FALSE(UnmapViewOfFile(second));
+    EXPECT_EQ(GetLastError(), ERROR_INVALID_ADDRESS);
+
+    EXPECT_TRUE(CloseHandle(again));
+    EXPECT_TRUE(CloseHandle(mapping));
+    EXPECT_EQ(OpenFileMappingA(FILE_MAP_READ, FALSE, test::ObjectName("nvk-test-section")),
+              nullptr);
+    EXPECT_EQ(GetLastError(), ERROR_FILE_NOT_FOUND);
+    EXPECT_EQ(view[4], 42);  // the view keeps its bytes
+    EXPECT_TRUE(UnmapViewOfFile(view));
+}
+
+TEST(FileMapping, SizesOffsetsAndErrors) {
+    HANDLE mapping = MemorySection(12);
+    ASSERT_NE(mapping, nullptr);
+    // The size is rounded up to whole pages; views start at the granularity.
+    void* page = MapViewOfFile(mapping, FILE_MAP_WRITE, 0, 0, 4096);
+    EXPECT_NE(page, nullptr);
+    UnmapViewOfFile(page);
+    EXPECT_EQ(MapViewOfFile(mapping, FILE_MAP_WRITE, 0, 0, 1 << 20), nullptr);
+    EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED);
+    HANDLE large = MemorySection(1 << 20);
+    EXPECT_EQ(MapViewOfFile(large, FILE_MAP_WRITE, 0, 4096, 16), nullptr);
+    EXPECT_EQ(GetLastError(), ERROR_MAPPED_ALIGNMENT);
+    EXPECT_NE(MapViewOfFile(large, FILE_MAP_WRITE, 0, 65536, 16), nullptr);
+    EXPECT_EQ(MapViewOfFile(nullptr, FILE_MAP_WRITE, 0, 0, 16), nullptr);
+    EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
+    EXPECT_EQ(MemorySection(0), nullptr);
+    EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
+    // A terabyte fails with an error code instead of ending the process.
+    for (const char* name :
+         {static_cast<const char*>(nullptr), test::ObjectName("nvk-test-huge")}) {
+        EXPECT_EQ(CreateFileMappingA(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 256, 0, name),
+                  nullptr);
+        EXPECT_EQ(GetLastError(), ERROR_COMMITMENT_LIMIT);
+    }
+    EXPECT_TRUE(CloseHandle(large));
+    EXPECT_TRUE(CloseHandle(mapping));
+}
+
+// Pages resident in this process, from the system's own count.
+long ResidentPages() {
+    long size = 0;
+    long resident = 0;
+    std::ifstream("/proc/self/statm") >> size >> resident;
+    return resident;
+}
+
+TEST(FileMapping, MemoryIsCommittedAsItIsTouched) {
+    const long before = ResidentPages();
+    HANDLE mapping = CreateFileMappingA(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0, 1u << 30,
+                                        test::ObjectName("nvk-test-lazy"));
+    ASSERT_NE(mapping, nullptr);
+    auto* view = static_cast<char*>(MapViewOfFile(mapping, FILE_MAP_WRITE, 0, 0, 0));
+    ASSERT_NE(view, nullptr);
+    view[0] = 1;
+    view[(1u << 30) - 1] = 2;
+    EXPECT_LT(ResidentPages() - before, 4096);  // a gigabyte is 262144 pages
+    EXPECT_TRUE(UnmapViewOfFile(view));
+    EXPECT_TRUE(CloseHandle(mapping));
+}
+
+TEST(FileMapping, ViewsNeedTheHandlesAccess) {
+    HANDLE mapping = MemorySection(16, test::ObjectName("nvk-test-access"));
+    HANDLE reader = OpenFileMappingA(FILE_MAP_READ, FALSE, test::ObjectName("nvk-test-access"));
+    HANDLE writer = OpenFileMappingA(FILE_MAP_WRITE, FALSE, test::ObjectName("nvk-test-access"));
+    ASSERT_NE(reader, nullptr);
+    ASSERT_NE(writer, nullptr);
+    EXPECT_EQ(MapViewOfFile(reader, FILE_MAP_WRITE, 0, 0, 16), nullptr);
+    EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED);
+    EXPECT_EQ(MapViewOfFile(writer, FILE_MAP_READ, 0, 0, 16), nullptr);
+    EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED);
+    void* view = MapViewOfFile(reader, FILE_MAP_READ, 0, 0, 16);
+    EXPECT_NE(view, nullptr);
+    UnmapViewOfFile(view);
+    EXPECT_EQ(OpenFileMappingA(FILE_MAP_READ, FALSE, nullptr), nullptr);
+    EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
+    HANDLE readOnly = MemorySection(16, test::ObjectName("nvk-test-read-only"), PAGE_READONLY);
+    EXPECT_EQ(OpenFileMappingA(FILE_MAP_WRITE, FALSE, test::ObjectName("nvk-test-read-only")),
+              nullptr);
+    EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED);
+    for (HANDLE handle : {mapping, reader, writer, readOnly}) {
+        EXPECT_TRUE(CloseHandle(handle));
+    }
+}
+
+std::string Contents(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+}
+
+TEST(FileMapping, OfAFileShowsAndWritesItsBytes) {
+    test::TempFolder folder;
+    const std::string path = folder / "mapped";
+    std::ofstream(path, std::ios::binary) << "hello";
+    HANDLE file = CreateFileA(path.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
+                              FILE_ATTRIBUTE_NORMAL, nullptr);
+    HANDLE mapping = CreateFileMappingA(file, nullptr, PAGE_READWRITE, 0, 8192,
+                                        test::ObjectName("nvk-test-file"));
+    ASSERT_NE(mapping, nullptr);
+    EXPECT_TRUE(CloseHandle(file));                      // the mapping keeps the file
+    EXPECT_EQ(std::filesystem::file_size(path), 8192u);  // grown to the size asked
+    auto* view = static_cast<char*>(MapViewOfFile(mapping, FILE_MAP_WRITE, 0, 0, 0));
+    ASSERT_NE(view, nullptr);
+    EXPECT_EQ(std::string(view, 5), "hello");
+    view[0] = 'J';
+    // Another process opens it by name and sees and writes the same bytes.
+    EXPECT_EQ(
+        test::RunHelper(std::string("mapread ") + test::ObjectName("nvk-test-file") + " Jello"),
+        0u);
+    EXPECT_EQ(test::RunHelper(std::string("mapwrite ") + test::ObjectName("nvk-test-file") + " Y"),
+              0u);
+    EXPECT_EQ(view[0], 'Y');
+    EXPECT_TRUE(UnmapViewOfFile(view));
+    EXPECT_TRUE(CloseHandle(mapping));
+    EXPECT_EQ(Contents(path).substr(0, 6), std::string("Yello\0", 6));
+
+    const std::string empty = folder / "empty";
+    std::ofstream(empty).flush();
+    file = CreateFileA(empty.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
+                       FILE_ATTRIBUTE_NORMAL, nullptr);
+    EXPECT_EQ(CreateFileMappingA(file, nullptr, PAGE_READONLY, 0, 0, nullptr), nullptr);
+    EXPECT_EQ(GetLastError(), ERROR_FILE_INVALID);
+    EXPECT_EQ(CreateFileMappingA(file, nullptr, PAGE_READWRITE, 0, 16, nullptr), nullptr);
+    EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED);  // the handle can't write
+    EXPECT_TRUE(CloseHandle(file));
+}
+
+TEST(FileMapping, SharedWithAnotherProcess) {
+    HANDLE mapping = MemorySection(100, test::ObjectName("nvk-test-shared-bytes"));
+    auto* view = static_cast<char*>(MapViewOfFile(mapping, FILE_MAP_WRITE, 0, 0, 100));
+    ASSERT_NE(view, nullptr);
+    std::strcpy(view, "from parent");
+    EXPECT_EQ(test::RunHelper(std::string("mapread ") + test::ObjectName("nvk-test-shared-bytes") +
+                              " from-parent"),
+              1u);
+    EXPECT_EQ(test::RunHelper(std::string("mapread ") + test::ObjectName("nvk-test-shared-bytes") +
+                              " from"),
+              0u);
+    EXPECT_EQ(test::RunHelper(std::string("mapwrite ") +
+                              test::ObjectName("Local\\nvk-test-shared-bytes") + " child"),
+              0u);
+    EXPECT_EQ(std::string(view), "childparent");
+    EXPECT_TRUE(UnmapViewOfFile(view));
+    EXPECT_TRUE(CloseHandle(mapping));
 }
 
 }  // namespace

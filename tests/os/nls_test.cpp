@@ -97,6 +97,112 @@ TEST(NlsTest, CompareStringByLocaleAndFlags) {
     EXPECT_EQ(CompareStringA(french, 0, nullptr, -1, "b", -1), 0);
 }
 
+TEST(NlsTest, WindowsTablesAndBestFit) {
+    EXPECT_EQ(Wide(437, "\xE6"), u"\u00B5");  // micro sign, both ways
+    EXPECT_EQ(Narrow(437, u"\u00B5"), "\xE6");
+    EXPECT_EQ(Wide(1250, "\xB9"), u"\u0105");
+    EXPECT_EQ(Wide(1251, "\xC0"), u"\u0410");
+
+    BOOL used = TRUE;
+    EXPECT_EQ(Narrow(1252, u"\u0100\u0108\uFF21", nullptr, &used), "ACA");
+    EXPECT_FALSE(used);  // a best fit is no default character
+    EXPECT_EQ(Narrow(850, u"\u0100\u0108"), "AC");
+    char out[8] = {};
+    EXPECT_EQ(WideCharToMultiByte(1252, WC_NO_BEST_FIT_CHARS, u"\u0100", 1, out, 8, nullptr, &used),
+              1);
+    EXPECT_EQ(out[0], '?');
+    EXPECT_TRUE(used);
+    // A character a short destination stopped before was not replaced.
+    for (const UINT codePage : {1252u, 932u}) {
+        EXPECT_EQ(WideCharToMultiByte(codePage, 0, u"ab\u0E01", 3, out, 2, nullptr, &used), 0);
+        EXPECT_EQ(GetLastError(), ERROR_INSUFFICIENT_BUFFER);
+        EXPECT_FALSE(used);
+        EXPECT_EQ(WideCharToMultiByte(codePage, 0, u"ab\u0E01", 3, out, 3, nullptr, &used), 3);
+        EXPECT_TRUE(used);
+    }
+}
+
+TEST(NlsTest, LongTextsConvertAsTheirBytesDo) {
+    std::string text;
+    unsigned seed = 7;
+    for (int i = 0; i < 4000; ++i) {
+        seed = seed * 1103515245u + 12345u;
+        // Mostly ASCII, as texts are, with runs of every byte.
+        const unsigned byte = (seed >> 16) & 0xFF;
+        text += static_cast<char>(i % 97 < 60 ? byte & 0x7F : (byte == 0 ? 1 : byte));
+    }
+    for (const UINT codePage : {1252u, 850u, 437u, 1250u}) {
+        const std::u16string wide = Wide(codePage, text);
+        ASSERT_EQ(wide.size(), text.size());
+        for (std::size_t i = 0; i < text.size(); ++i) {
+            ASSERT_EQ(wide[i], Wide(codePage, text.substr(i, 1))[0]) << codePage << " at " << i;
+        }
+        std::string back(text.size(), '\0');
+        EXPECT_EQ(WideCharToMultiByte(codePage, 0, wide.data(), static_cast<int>(wide.size()),
+                                      back.data(), static_cast<int>(back.size()), nullptr, nullptr),
+                  static_cast<int>(text.size()));
+        EXPECT_EQ(back, text);  // every byte comes back
+    }
+}
+
+TEST(NlsTest, FlagsSizesAndTheLastError) {
+    WCHAR wide[8];
+    char out[8];
+    EXPECT_EQ(MultiByteToWideChar(CP_ACP, 0x100, "a", 1, wide, 8), 0);
+    EXPECT_EQ(GetLastError(), ERROR_INVALID_FLAGS);
+    EXPECT_EQ(MultiByteToWideChar(CP_ACP, MB_PRECOMPOSED | MB_COMPOSITE, "a", 1, wide, 8), 0);
+    EXPECT_EQ(GetLastError(), ERROR_INVALID_FLAGS);
+    EXPECT_EQ(MultiByteToWideChar(CP_UTF8, MB_PRECOMPOSED, "a", 1, wide, 8), 0);
+    EXPECT_EQ(GetLastError(), ERROR_INVALID_FLAGS);
+    EXPECT_EQ(WideCharToMultiByte(1252, WC_ERR_INVALID_CHARS, u"a", 1, out, 8, nullptr, nullptr),
+              0);
+    EXPECT_EQ(GetLastError(), ERROR_INVALID_FLAGS);
+    const std::u16string lone(1, static_cast<char16_t>(0xDC00));
+    EXPECT_EQ(WideCharToMultiByte(CP_UTF8, WC_ERR_INVALID_CHARS, lone.data(), 1, out, 8, nullptr,
+                                  nullptr),
+              0);
+    EXPECT_EQ(GetLastError(), ERROR_NO_UNICODE_TRANSLATION);
+    BOOL used = FALSE;
+    EXPECT_EQ(WideCharToMultiByte(CP_UTF7, 0, u"a", 1, out, 8, nullptr, &used), 0);
+    EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(WideCharToMultiByte(CP_UTF7, 0, u"a", 1, out, 8, "?", nullptr), 0);
+    EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
+
+    // Any negative size reads up to the terminator.
+    EXPECT_EQ(MultiByteToWideChar(CP_ACP, 0, "abc", -7, nullptr, 0), 4);
+    EXPECT_EQ(WideCharToMultiByte(CP_UTF8, 0, u"ab", -2, nullptr, 0, nullptr, nullptr), 3);
+
+    // Calls that succeed leave the last error as it was.
+    SetLastError(1234);
+    EXPECT_EQ(MultiByteToWideChar(CP_ACP, 0, "abc", 3, wide, 8), 3);
+    EXPECT_EQ(WideCharToMultiByte(CP_ACP, 0, u"abc", 3, out, 8, nullptr, nullptr), 3);
+    EXPECT_EQ(WideCharToMultiByte(CP_UTF8, 0, u"abc", 3, out, 8, nullptr, nullptr), 3);
+    EXPECT_EQ(CompareStringA(1036, 0, "a", -1, "b", -1), CSTR_LESS_THAN);
+    EXPECT_GT(GetLocaleInfoA(1036, LOCALE_SMONTHNAME1, out, sizeof out), 0);
+    EXPECT_EQ(GetLastError(), 1234u);
+}
+
+TEST(NlsTest, CompareStringAsWindowsSorts) {
+    const LCID english = 1033;
+    const LCID french = 1036;
+    // The word sort weighs the hyphen and the apostrophe last.
+    EXPECT_EQ(CompareStringA(english, 0, "co-op", -1, "coop", -1), CSTR_GREATER_THAN);
+    EXPECT_EQ(CompareStringA(english, 0, "co-op", -1, "coma", -1), CSTR_GREATER_THAN);
+    EXPECT_EQ(CompareStringA(english, 0, "co-op", -1, "cop", -1), CSTR_LESS_THAN);
+    EXPECT_EQ(CompareStringA(english, 0, "co'op", -1, "co-op", -1), CSTR_LESS_THAN);
+    EXPECT_EQ(CompareStringA(english, SORT_STRINGSORT, "co-op", -1, "coma", -1), CSTR_LESS_THAN);
+    // Punctuation in Windows' order.
+    EXPECT_EQ(CompareStringA(french, 0, "#", -1, ".", -1), CSTR_LESS_THAN);
+    EXPECT_EQ(CompareStringA(french, 0, ".", -1, "_", -1), CSTR_LESS_THAN);
+    EXPECT_EQ(CompareStringA(french, 0, "a#", -1, "a.", -1), CSTR_LESS_THAN);
+    EXPECT_EQ(CompareStringA(french, 0, "\2", -1, "\1", -1), CSTR_GREATER_THAN);
+    // The text is read in the locale's own code page: Polish reads 1250.
+    EXPECT_EQ(CompareStringA(0x0415, 0, "\xB9", -1, "a", -1), CSTR_GREATER_THAN);
+    EXPECT_EQ(CompareStringA(0x0415, 0, "\xB9", -1, "b", -1), CSTR_LESS_THAN);
+    EXPECT_EQ(CompareStringA(french, 0x40000000, "a", -1, "b", -1), 0);
+    EXPECT_EQ(GetLastError(), ERROR_INVALID_FLAGS);
+}
+
 TEST(NlsTest, DefaultLocalesCompareAsTheEnvironments) {
     test::ScopedEnv all("LC_ALL", "es_ES.UTF-8@traditional");
     EXPECT_EQ(CompareStringA(LOCALE_USER_DEFAULT, 0, "cz", -1, "cha", -1), CSTR_GREATER_THAN);

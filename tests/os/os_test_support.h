@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <optional>
 #include <string>
 #include <thread>
@@ -51,6 +52,17 @@ private:
     std::string name_;
     std::optional<std::string> old_;
 };
+
+// A kernel-object name of this test process's own: names are the user's, and
+// other builds' test runs may use the same ones at the same time.
+inline const char* ObjectName(const char* base) {
+    static std::map<std::string, std::string> names;
+    std::string& name = names[base];
+    if (name.empty()) {
+        name = std::string(base) + "-" + std::to_string(GetCurrentProcessId());
+    }
+    return name.c_str();
+}
 
 inline std::string HelperCommand(const std::string& arguments) {
     return "\"" NVK_OS_HELPER "\" " + arguments;

@@ -1,12 +1,16 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <cstring>
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <string>
 #include <thread>
 #include <vector>
 
 #include "os/api/error.h"
 #include "os/api/sync.h"
+#include "os_test_support.h"
 
 namespace {
 
@@ -57,10 +61,10 @@ TEST(CriticalSection, IsRecursiveAndExcludesOtherThreads) {
 }
 
 TEST(NamedMutex, OneObjectPerNameRecursiveForItsOwner) {
-    HANDLE first = CreateMutexA(nullptr, FALSE, "nvk-test-mutex");
+    HANDLE first = CreateMutexA(nullptr, FALSE, test::ObjectName("nvk-test-mutex"));
     ASSERT_NE(first, nullptr);
     EXPECT_EQ(GetLastError(), ERROR_SUCCESS);
-    HANDLE second = CreateMutexA(nullptr, FALSE, "nvk-test-mutex");
+    HANDLE second = CreateMutexA(nullptr, FALSE, test::ObjectName("nvk-test-mutex"));
     EXPECT_EQ(GetLastError(), ERROR_ALREADY_EXISTS);
     EXPECT_NE(first, second);
 
@@ -82,33 +86,128 @@ TEST(NamedMutex, OneObjectPerNameRecursiveForItsOwner) {
     EXPECT_FALSE(CloseHandle(second));
     EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
     // The last handle took the object with it.
-    EXPECT_EQ(OpenMutexA(0, FALSE, "nvk-test-mutex"), nullptr);
+    EXPECT_EQ(OpenMutexA(SYNCHRONIZE, FALSE, test::ObjectName("nvk-test-mutex")), nullptr);
     EXPECT_EQ(GetLastError(), ERROR_FILE_NOT_FOUND);
 }
 
-TEST(NamedSection, SharedBytesLiveWhileHandlesOrViewsDo) {
-    HANDLE mapping = CreateFileMappingA(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE | SEC_COMMIT,
-                                        0, 12, "nvk-test-section");
-    ASSERT_NE(mapping, nullptr);
-    auto* view = static_cast<unsigned char*>(MapViewOfFile(mapping, FILE_MAP_WRITE, 0, 0, 12));
-    ASSERT_NE(view, nullptr);
-    EXPECT_EQ(std::memcmp(view, "\0\0\0\0\0\0\0\0\0\0\0\0", 12), 0);
-    view[4] = 42;
+TEST(NamedMutex, NamespaceNamesAndAccessRights) {
+    HANDLE mutex = CreateMutexA(nullptr, FALSE, test::ObjectName("nvk-test-names"));
+    ASSERT_NE(mutex, nullptr);
+    HANDLE local = CreateMutexA(nullptr, FALSE, test::ObjectName("Local\\nvk-test-names"));
+    EXPECT_EQ(GetLastError(), ERROR_ALREADY_EXISTS);  // "Local\" is the default namespace
+    EXPECT_EQ(CreateMutexA(nullptr, FALSE, "nvk\\test"), nullptr);
+    EXPECT_EQ(GetLastError(), ERROR_PATH_NOT_FOUND);
+    // Mutexes and mappings share one table of names.
+    EXPECT_EQ(CreateFileMappingA(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0, 16,
+                                 test::ObjectName("nvk-test-names")),
+              nullptr);
+    EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
+    EXPECT_EQ(OpenFileMappingA(FILE_MAP_READ, FALSE, test::ObjectName("nvk-test-names")), nullptr);
+    EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
 
-    HANDLE again = CreateFileMappingA(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0, 12,
-                                      "nvk-test-section");
-    EXPECT_EQ(GetLastError(), ERROR_ALREADY_EXISTS);
-    auto* second = static_cast<unsigned char*>(MapViewOfFile(again, FILE_MAP_WRITE, 0, 0, 12));
-    EXPECT_EQ(second[4], 42);
-    EXPECT_EQ(MapViewOfFile(again, FILE_MAP_WRITE, 0, 4, 12), nullptr);  // past the end
+    EXPECT_EQ(OpenMutexA(0, FALSE, test::ObjectName("nvk-test-names")), nullptr);
+    EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED);
+    EXPECT_EQ(OpenMutexA(SYNCHRONIZE, FALSE, nullptr), nullptr);
+    EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
+    EXPECT_FALSE(ReleaseMutex(nullptr));
+    EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
+    // Waiting takes SYNCHRONIZE, releasing MUTEX_MODIFY_STATE.
+    HANDLE waitOnly = OpenMutexA(SYNCHRONIZE, FALSE, test::ObjectName("nvk-test-names"));
+    ASSERT_NE(waitOnly, nullptr);
+    EXPECT_EQ(WaitForSingleObject(waitOnly, 0), WAIT_OBJECT_0);
+    EXPECT_FALSE(ReleaseMutex(waitOnly));
+    EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED);
+    HANDLE releaseOnly = OpenMutexA(MUTEX_MODIFY_STATE, FALSE, test::ObjectName("nvk-test-names"));
+    EXPECT_EQ(WaitForSingleObject(releaseOnly, 0), WAIT_FAILED);
+    EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED);
+    EXPECT_TRUE(ReleaseMutex(releaseOnly));
+    for (HANDLE handle : {mutex, local, waitOnly, releaseOnly}) {
+        EXPECT_TRUE(CloseHandle(handle));
+    }
+}
 
-    EXPECT_TRUE(UnmapViewOfFile(second));
-    EXPECT_FALSE(UnmapViewOfFile(second + 1));
-    EXPECT_TRUE(CloseHandle(again));
-    EXPECT_TRUE(CloseHandle(mapping));
-    EXPECT_EQ(view[4], 42);  // the view keeps the bytes alive
-    EXPECT_TRUE(UnmapViewOfFile(view));
-    EXPECT_EQ(OpenFileMappingA(FILE_MAP_WRITE, FALSE, "nvk-test-section"), nullptr);
+TEST(AbandonedMutex, ThreadThatEndsOwningIt) {
+    for (const char* name :
+         {test::ObjectName("nvk-test-abandoned"), static_cast<const char*>(nullptr)}) {
+        HANDLE mutex = CreateMutexA(nullptr, FALSE, name);
+        ASSERT_NE(mutex, nullptr);
+        std::thread([&] { EXPECT_EQ(WaitForSingleObject(mutex, 5000), WAIT_OBJECT_0); }).join();
+        ASSERT_EQ(WaitForSingleObject(mutex, 5000), WAIT_ABANDONED);
+        // The next waiter owns it, once, and the mutex works as before.
+        DWORD other = 0;
+        std::thread([&] { other = WaitForSingleObject(mutex, 0); }).join();
+        EXPECT_EQ(other, WAIT_TIMEOUT);
+        EXPECT_TRUE(ReleaseMutex(mutex));
+        EXPECT_FALSE(ReleaseMutex(mutex));
+        EXPECT_EQ(WaitForSingleObject(mutex, 0), WAIT_OBJECT_0);
+        EXPECT_TRUE(ReleaseMutex(mutex));
+        EXPECT_TRUE(CloseHandle(mutex));
+    }
+}
+
+// A second process: what it takes, this one waits for, and what it ends
+// owning comes back abandoned.
+class MutexHelper {
+public:
+    MutexHelper(const std::string& name, bool abandon)
+        : ready_(folder_ / "ready"), release_(abandon ? "-" : folder_ / "release") {
+        process_ = test::StartHelper("mutex " + name + " " + ready_ + " " + release_);
+        const auto giveUp = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+        while (!std::filesystem::exists(ready_) && std::chrono::steady_clock::now() < giveUp) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(2));
+        }
+    }
+    ~MutexHelper() { Finish(); }
+    MutexHelper(const MutexHelper&) = delete;
+    MutexHelper& operator=(const MutexHelper&) = delete;
+
+    bool holding() const { return std::filesystem::exists(ready_); }
+    void Release() { std::ofstream(release_).put('1'); }
+    DWORD Finish() {
+        if (release_ != "-") {
+            Release();
+        }
+        return process_.hProcess != nullptr ? test::Finish(process_) : 0;
+    }
+
+private:
+    test::TempFolder folder_;
+    std::string ready_;
+    std::string release_;
+    PROCESS_INFORMATION process_ = {};
+};
+
+TEST(NamedMutex, SharedWithAnotherProcess) {
+    HANDLE mutex = CreateMutexA(nullptr, FALSE, test::ObjectName("nvk-test-shared"));
+    ASSERT_NE(mutex, nullptr);
+    EXPECT_EQ(
+        test::RunHelper(std::string("mutexcreate ") + test::ObjectName("Local\\nvk-test-shared")),
+        ERROR_ALREADY_EXISTS);
+    MutexHelper helper(test::ObjectName("nvk-test-shared"), false);
+    ASSERT_TRUE(helper.holding());
+    EXPECT_EQ(WaitForSingleObject(mutex, 50), WAIT_TIMEOUT);
+    helper.Release();
+    EXPECT_EQ(WaitForSingleObject(mutex, 10000), WAIT_OBJECT_0);
+    EXPECT_TRUE(ReleaseMutex(mutex));
+    EXPECT_EQ(helper.Finish(), WAIT_OBJECT_0);
+    // Another user of the machine has names of its own.
+    const DWORD asNobody =
+        test::RunHelper(std::string("asuser 65534 ") + test::ObjectName("nvk-test-shared"));
+    if (asNobody != 254) {
+        EXPECT_EQ(asNobody, ERROR_FILE_NOT_FOUND);
+    }
+    EXPECT_TRUE(CloseHandle(mutex));
+}
+
+TEST(AbandonedMutex, ProcessThatEndsOwningIt) {
+    HANDLE mutex = CreateMutexA(nullptr, FALSE, test::ObjectName("nvk-test-abandoned-process"));
+    ASSERT_NE(mutex, nullptr);
+    MutexHelper helper(test::ObjectName("nvk-test-abandoned-process"), true);
+    ASSERT_TRUE(helper.holding());
+    EXPECT_EQ(WaitForSingleObject(mutex, 10000), WAIT_ABANDONED);
+    EXPECT_TRUE(ReleaseMutex(mutex));
+    EXPECT_EQ(helper.Finish(), WAIT_OBJECT_0);
+    EXPECT_TRUE(CloseHandle(mutex));
 }
 
 TEST(Identity, ThreadsDifferProcessStays) {

@@ -110,12 +110,20 @@ inline constexpr DWORD SEC_COMMIT = 0x8000000;
 inline constexpr DWORD FILE_MAP_WRITE = 0x0002;
 inline constexpr DWORD FILE_MAP_READ = 0x0004;
 inline constexpr DWORD FILE_MAP_ALL_ACCESS = 0xF001F;
+inline constexpr DWORD FILE_MAP_COPY = 0x0001;
+inline constexpr DWORD SEC_RESERVE = 0x4000000;
+inline constexpr DWORD ERROR_FILE_INVALID = 1006;
+inline constexpr DWORD ERROR_MAPPED_ALIGNMENT = 1132;
+inline constexpr DWORD ERROR_COMMITMENT_LIMIT = 1455;
 
 // Waits.
 inline constexpr DWORD WAIT_OBJECT_0 = 0;
 inline constexpr DWORD WAIT_ABANDONED = 0x80;
 inline constexpr DWORD WAIT_TIMEOUT = 258;
 inline constexpr DWORD WAIT_FAILED = 0xFFFFFFFF;
+inline constexpr DWORD SYNCHRONIZE = 0x00100000;
+inline constexpr DWORD MUTEX_MODIFY_STATE = 0x0001;
+inline constexpr DWORD MUTEX_ALL_ACCESS = 0x1F0001;
 
 // Files.
 inline constexpr DWORD GENERIC_READ = 0x80000000;
@@ -329,9 +337,17 @@ using LPPROCESS_INFORMATION = PROCESS_INFORMATION*;
 // Code pages, conversions and locales.
 inline constexpr UINT CP_ACP = 0;
 inline constexpr UINT CP_OEMCP = 1;
+inline constexpr UINT CP_UTF7 = 65000;
 inline constexpr UINT CP_UTF8 = 65001;
 inline constexpr DWORD MB_PRECOMPOSED = 0x1;
+inline constexpr DWORD MB_COMPOSITE = 0x2;
+inline constexpr DWORD MB_USEGLYPHCHARS = 0x4;
 inline constexpr DWORD MB_ERR_INVALID_CHARS = 0x8;
+inline constexpr DWORD WC_DISCARDNS = 0x10;
+inline constexpr DWORD WC_SEPCHARS = 0x20;
+inline constexpr DWORD WC_DEFAULTCHAR = 0x40;
+inline constexpr DWORD WC_ERR_INVALID_CHARS = 0x80;
+inline constexpr DWORD WC_COMPOSITECHECK = 0x200;
 inline constexpr DWORD WC_NO_BEST_FIT_CHARS = 0x400;
 inline constexpr DWORD NORM_IGNORECASE = 0x1;
 inline constexpr DWORD NORM_IGNORENONSPACE = 0x2;

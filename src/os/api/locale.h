@@ -68,10 +68,12 @@ inline constexpr LCTYPE LOCALE_IFIRSTDAYOFWEEK = 0x100C;
 inline constexpr LCTYPE LOCALE_IFIRSTWEEKOFYEAR = 0x100D;
 inline constexpr LCTYPE LOCALE_SMONTHNAME13 = 0x100E;
 
-// The item's text in the ANSI code page, with its terminator; its length
-// when `size` is 0. With LOCALE_RETURN_NUMBER a numeric item is written as a
-// DWORD. 0 on failure: ERROR_INVALID_PARAMETER for an unknown locale,
-// ERROR_INVALID_FLAGS for an unknown item, ERROR_INSUFFICIENT_BUFFER.
+// The item's text in the locale's ANSI code page (CP_ACP with
+// LOCALE_USE_CP_ACP or for a locale without one), with its terminator; its
+// length when `size` is 0. With LOCALE_RETURN_NUMBER a numeric item is
+// written as a DWORD. 0 on failure: ERROR_INVALID_PARAMETER for an unknown
+// locale, ERROR_INVALID_FLAGS for an unknown item, ERROR_INSUFFICIENT_BUFFER
+// after writing what fits.
 int GetLocaleInfoA(LCID locale, LCTYPE type, LPSTR data, int size);
 
 // The environment's locale as it stands now, for the thread, the user and

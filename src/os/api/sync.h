@@ -34,15 +34,23 @@ BOOL TryEnterCriticalSection(LPCRITICAL_SECTION section);
 void LeaveCriticalSection(LPCRITICAL_SECTION section);
 void DeleteCriticalSection(LPCRITICAL_SECTION section);
 
-// Named objects live for the process: every module that names the same object
-// gets a handle of the one object, which ends with its last handle. A second
-// create of an existing name succeeds with ERROR_ALREADY_EXISTS.
+// Named mutexes and mappings are the user's, shared by all of the user's
+// processes: every module and process that names the same object gets a
+// handle of the one object, whose name ends with its last handle. A second
+// create of an existing name succeeds with ERROR_ALREADY_EXISTS. "Local\" is
+// the default namespace; mutexes and mappings share one table of names.
+// A mutex whose owner thread or process ends is abandoned: the next wait
+// owns it and returns WAIT_ABANDONED.
 HANDLE CreateMutexA(LPSECURITY_ATTRIBUTES attributes, BOOL initialOwner, LPCSTR name);
 HANDLE OpenMutexA(DWORD access, BOOL inherit, LPCSTR name);
 BOOL ReleaseMutex(HANDLE mutex);
 DWORD WaitForSingleObject(HANDLE handle, DWORD milliseconds);
 
-// Sections backed by the page file only (file = INVALID_HANDLE_VALUE).
+// Sections of memory (file = INVALID_HANDLE_VALUE), whose size is rounded up
+// to whole pages and committed as pages are touched, or of a file, which
+// grows to the size asked. Views start at multiples of 64 KiB and need the
+// handle's FILE_MAP_READ or FILE_MAP_WRITE; UnmapViewOfFile takes any address
+// inside a view.
 HANDLE CreateFileMappingA(HANDLE file, LPSECURITY_ATTRIBUTES attributes, DWORD protect,
                           DWORD maximumSizeHigh, DWORD maximumSizeLow, LPCSTR name);
 HANDLE OpenFileMappingA(DWORD access, BOOL inherit, LPCSTR name);

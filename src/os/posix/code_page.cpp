@@ -1,16 +1,16 @@
 #include "os/posix/code_page.h"
 
-#include <array>
+#include "os/posix/code_page_tables.h"
 
 namespace nvk::os::posix {
 
 namespace {
 
-// 0x80..0x9F; the five holes of the code page keep their own value.
-constexpr std::array<char16_t, 32> kHigh = {
-    0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
-    0x2039, 0x0152, 0x008D, 0x017D, 0x008F, 0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
-    0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
+// The ANSI code page's table, the one the conversion calls use.
+const SingleByteCodePage& Ansi() {
+    static const SingleByteCodePage* table = SingleByteCodePage::For(1252);
+    return *table;
+}
 
 // Decodes UTF-8 into ANSI; false at the first malformed sequence.
 bool AnsiFromUtf8(std::string_view bytes, std::string& text) {
@@ -43,20 +43,12 @@ bool AnsiFromUtf8(std::string_view bytes, std::string& text) {
 }  // namespace
 
 char16_t WideFromAnsi(char c) {
-    auto byte = static_cast<unsigned char>(c);
-    return byte >= 0x80 && byte < 0xA0 ? kHigh[byte - 0x80] : byte;
+    return Ansi().Wide(static_cast<unsigned char>(c));
 }
 
 char AnsiFromWide(char16_t c) {
-    if (c < 0x80 || (c >= 0xA0 && c <= 0xFF)) {
-        return static_cast<char>(c);
-    }
-    for (std::size_t i = 0; i < kHigh.size(); ++i) {
-        if (kHigh[i] == c) {
-            return static_cast<char>(0x80 + i);
-        }
-    }
-    return '?';
+    const int byte = Ansi().Byte(c, true);
+    return byte == SingleByteCodePage::kNone ? '?' : static_cast<char>(byte);
 }
 
 std::string AnsiFromFileBytes(std::string_view bytes) {

@@ -8,7 +8,8 @@
 namespace nvk::os::posix {
 
 char16_t WideFromAnsi(char c);
-// '?' for a character the code page lacks.
+// Its best fit, or '?', for a character the code page lacks, as
+// WideCharToMultiByte gives it.
 char AnsiFromWide(char16_t c);
 
 // File bytes as ANSI text: UTF-16LE with its byte order mark, UTF-8 with its

@@ -60,6 +60,11 @@ public:
 
     int fd() const { return fd_; }
     int Descriptor() const override { return fd_; }
+    int MappingDescriptor(bool& canRead, bool& canWrite) override {
+        canRead = CanRead();
+        canWrite = CanWrite() && writable_;
+        return fd_;
+    }
     bool CanRead() const { return (access_ & kReadAccess) != 0; }
     bool CanWrite() const { return (access_ & kWriteAccess) != 0; }
     bool writable() const { return writable_; }

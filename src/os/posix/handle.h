@@ -24,6 +24,9 @@ public:
         SetErrorCode(ERROR_INVALID_HANDLE);
         return WAIT_FAILED;
     }
+    // A file's descriptor for CreateFileMappingA, with the handle's rights;
+    // -1 for objects that are not files.
+    virtual int MappingDescriptor(bool& /*canRead*/, bool& /*canWrite*/) { return -1; }
 };
 
 // Called on entry of the calls that change files, with the call's name; runs

@@ -10,6 +10,7 @@
 #include <string>
 
 #include "os/api/environment.h"
+#include "os/api/error.h"
 #include "os/api/nls.h"
 #include "os/posix/handle.h"
 #include "os/posix/locale_items.h"
@@ -24,15 +25,20 @@ constexpr LCID kEnglishUS = 0x0409;
 
 // The locale the environment names, the first of LC_ALL, LC_MESSAGES and
 // LANG that is set and not empty.
+// Reading it leaves the last error as it was.
 std::string EnvironmentLocale() {
+    const DWORD lastError = GetLastError();
+    std::string locale;
     for (const char* name : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
         char value[256];
         DWORD n = GetEnvironmentVariableA(name, value, sizeof value);
         if (n > 0 && n < sizeof value) {
-            return value;
+            locale = value;
+            break;
         }
     }
-    return {};
+    SetErrorCode(lastError);
+    return locale;
 }
 
 // "fr_CH.UTF-8@euro" is fr_CH; an unknown country falls back to the
@@ -70,15 +76,15 @@ std::string IcuName(LCID lcid) {
     return std::string(name, static_cast<std::size_t>(n));
 }
 
-// The text in the ANSI code page.
-std::string ToAnsi(const std::u16string& text) {
+// The text in an ANSI code page.
+std::string ToAnsi(const std::u16string& text, UINT codePage) {
     if (text.empty()) {
         return {};
     }
     auto size = static_cast<int>(text.size());
-    int n = WideCharToMultiByte(CP_ACP, 0, text.data(), size, nullptr, 0, nullptr, nullptr);
+    int n = WideCharToMultiByte(codePage, 0, text.data(), size, nullptr, 0, nullptr, nullptr);
     std::string bytes(static_cast<std::size_t>(std::max(n, 0)), '\0');
-    WideCharToMultiByte(CP_ACP, 0, text.data(), size, bytes.data(), n, nullptr, nullptr);
+    WideCharToMultiByte(codePage, 0, text.data(), size, bytes.data(), n, nullptr, nullptr);
     return bytes;
 }
 
@@ -101,12 +107,15 @@ int GetLocaleInfoA(LCID locale, LCTYPE type, LPSTR data, int size) {
     std::string display = IcuName(GetUserDefaultLCID());
     std::optional<posix::LocaleItem> value =
         posix::LocaleItemOf(name.c_str(), lcid, item, display.c_str());
-    if (!value || (asNumber && !value->IsNumber)) {
+    // The language id is a number told in hexadecimal.
+    const bool hexadecimal = item == LOCALE_ILANGUAGE;
+    if (!value || (asNumber && !value->IsNumber && !hexadecimal)) {
         SetErrorCode(ERROR_INVALID_FLAGS);
         return 0;
     }
     if (asNumber) {
-        auto number = static_cast<DWORD>(std::stoul(ToAnsi(value->Text)));
+        auto number = static_cast<DWORD>(
+            std::stoul(ToAnsi(value->Text, CP_ACP), nullptr, hexadecimal ? 16 : 10));
         if (size == 0) {
             return sizeof number;
         }
@@ -117,12 +126,17 @@ int GetLocaleInfoA(LCID locale, LCTYPE type, LPSTR data, int size) {
         std::memcpy(data, &number, sizeof number);
         return sizeof number;
     }
-    std::string text = ToAnsi(value->Text);
+    // Texts are in the locale's own code page unless LOCALE_USE_CP_ACP.
+    const UINT codePage = posix::AnsiCodePageOf(lcid);
+    std::string text =
+        ToAnsi(value->Text, (type & LOCALE_USE_CP_ACP) != 0 || codePage == 0 ? CP_ACP : codePage);
     int needed = static_cast<int>(text.size()) + 1;
     if (size == 0) {
         return needed;
     }
     if (size < needed) {
+        // What fits is written, as Windows writes it, and the call fails.
+        std::memcpy(data, text.data(), static_cast<std::size_t>(size));
         SetErrorCode(ERROR_INSUFFICIENT_BUFFER);
         return 0;
     }

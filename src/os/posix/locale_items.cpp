@@ -223,9 +223,8 @@ std::optional<LocaleItem> LocaleItemOf(const char* icuName, LCID lcid, LCTYPE ty
             }
             return Plain(name);
         }
-        // The family's text is always in these two code pages.
         case LOCALE_IDEFAULTANSICODEPAGE:
-            return Number(1252);
+            return Number(AnsiCodePageOf(lcid));
         case LOCALE_IDEFAULTCODEPAGE:
             return Number(850);
         case LOCALE_ICALENDARTYPE:
@@ -291,6 +290,111 @@ std::optional<LocaleItem> LocaleItemOf(const char* icuName, LCID lcid, LCTYPE ty
             return Calendar(locale, type);
         default:
             return Names(locale, type);
+    }
+}
+
+UINT AnsiCodePageOf(LCID lcid) {
+    const auto language = static_cast<WORD>(lcid & 0xFFFF);
+    // Languages written in two scripts take the code page of the script.
+    switch (language) {
+        case 0x0C1A:  // Serbian, Cyrillic
+        case 0x201A:  // Bosnian, Cyrillic
+        case 0x082C:  // Azeri, Cyrillic
+        case 0x0843:  // Uzbek, Cyrillic
+            return 1251;
+        case 0x042C:  // Azeri, Latin
+        case 0x0443:  // Uzbek, Latin
+            return 1254;
+        case 0x0804:  // Chinese, PRC
+        case 0x1004:  // Chinese, Singapore
+            return 936;
+        case 0x0404:  // Chinese, Taiwan
+        case 0x0C04:  // Chinese, Hong Kong
+        case 0x1404:  // Chinese, Macao
+            return 950;
+        default:
+            break;
+    }
+    switch (language & 0x3FF) {
+        case 0x05:  // Czech
+        case 0x0E:  // Hungarian
+        case 0x15:  // Polish
+        case 0x18:  // Romanian
+        case 0x1A:  // Croatian, Serbian and Bosnian in Latin script
+        case 0x1B:  // Slovak
+        case 0x1C:  // Albanian
+        case 0x24:  // Slovenian
+        case 0x2E:  // Sorbian
+            return 1250;
+        case 0x02:  // Bulgarian
+        case 0x19:  // Russian
+        case 0x22:  // Ukrainian
+        case 0x23:  // Belarusian
+        case 0x28:  // Tajik
+        case 0x2F:  // Macedonian
+        case 0x3F:  // Kazakh
+        case 0x40:  // Kyrgyz
+        case 0x44:  // Tatar
+        case 0x50:  // Mongolian
+        case 0x6D:  // Bashkir
+        case 0x85:  // Yakut
+            return 1251;
+        case 0x08:  // Greek
+            return 1253;
+        case 0x1F:  // Turkish
+        case 0x2C:  // Azeri
+        case 0x43:  // Uzbek
+            return 1254;
+        case 0x0D:  // Hebrew
+        case 0x3D:  // Yiddish
+            return 1255;
+        case 0x01:  // Arabic
+        case 0x20:  // Urdu
+        case 0x29:  // Persian
+        case 0x80:  // Uyghur
+        case 0x8C:  // Dari
+            return 1256;
+        case 0x25:  // Estonian
+        case 0x26:  // Latvian
+        case 0x27:  // Lithuanian
+            return 1257;
+        case 0x2A:  // Vietnamese
+            return 1258;
+        case 0x1E:  // Thai
+            return 874;
+        case 0x11:  // Japanese
+            return 932;
+        case 0x12:  // Korean
+            return 949;
+        case 0x04:  // Chinese
+            return 936;
+        // Languages that Windows writes in Unicode only.
+        case 0x2B:  // Armenian
+        case 0x37:  // Georgian
+        case 0x39:  // Hindi
+        case 0x45:  // Bengali
+        case 0x46:  // Punjabi
+        case 0x47:  // Gujarati
+        case 0x48:  // Odia
+        case 0x49:  // Tamil
+        case 0x4A:  // Telugu
+        case 0x4B:  // Kannada
+        case 0x4C:  // Malayalam
+        case 0x4D:  // Assamese
+        case 0x4E:  // Marathi
+        case 0x4F:  // Sanskrit
+        case 0x51:  // Tibetan
+        case 0x53:  // Khmer
+        case 0x54:  // Lao
+        case 0x57:  // Konkani
+        case 0x5A:  // Syriac
+        case 0x5B:  // Sinhala
+        case 0x5E:  // Amharic
+        case 0x61:  // Nepali
+        case 0x65:  // Divehi
+            return 0;
+        default:
+            return 1252;
     }
 }
 

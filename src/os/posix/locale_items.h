@@ -19,4 +19,7 @@ struct LocaleItem {
 std::optional<LocaleItem> LocaleItemOf(const char* icuName, LCID lcid, LCTYPE type,
                                        const char* displayName);
 
+// The locale's own ANSI code page; 0 for a language written in Unicode only.
+UINT AnsiCodePageOf(LCID lcid);
+
 }  // namespace nvk::os::posix

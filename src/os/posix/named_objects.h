@@ -1,53 +1,71 @@
-// The process's table of named kernel objects. A name maps to the state that
-// every handle of that name shares; the state ends with its last handle, so
-// no object outlives the process or its holders.
+// Named kernel objects, shared by every process of the user as Windows shares
+// them within a session. Each named object is a POSIX shared-memory object
+// "/nvk-<uid>-<name>", mode 0600, whose first page is an ObjectHeader. Every
+// process that holds a handle of it holds a shared flock on it, so a name
+// whose holders have all closed it, or died, is recognised and removed; a
+// per-user lock object serialises making, opening and dropping names.
+// Mutexes and mappings share the one table of names, as on Windows.
 #pragma once
 
-#include <map>
+#include <cstddef>
+#include <cstdint>
 #include <memory>
-#include <mutex>
 #include <string>
 
 namespace nvk::os::posix {
 
-template <class State>
-class NamedObjects {
-public:
-    // The state of `name`, made by `make` if it does not exist; `existed`
-    // tells which. An empty name always makes a fresh, unnamed state.
-    template <class Make>
-    std::shared_ptr<State> CreateOrOpen(const char* name, Make make, bool& existed) {
-        std::lock_guard guard(lock_);
-        existed = false;
-        if (name == nullptr || *name == '\0') {
-            return make();
-        }
-        auto& slot = states_[name];
-        if (auto state = slot.lock()) {
-            existed = true;
-            return state;
-        }
-        auto state = make();
-        slot = state;
-        return state;
-    }
+enum class ObjectKind : std::uint32_t { Mutex = 1, Mapping = 2 };
 
-    std::shared_ptr<State> Open(const char* name) {
-        std::lock_guard guard(lock_);
-        auto it = name == nullptr ? states_.end() : states_.find(name);
-        if (it == states_.end()) {
-            return nullptr;
-        }
-        auto state = it->second.lock();
-        if (!state) {
-            states_.erase(it);
-        }
-        return state;
-    }
+// The first page of a named object's shared memory; the kind's own data
+// follows in `body`, and a memory mapping's bytes start at the next page.
+struct ObjectHeader {
+    std::uint32_t magic;
+    ObjectKind kind;
+    std::uint64_t size;  // a mapping's size in bytes
+    alignas(64) unsigned char body[3584];
+};
+
+// The bytes before a memory mapping's own bytes in its shared memory.
+std::size_t ObjectHeaderSize();
+
+// This process's share of one named object: the descriptor and a mapping of
+// the header. The last handle of the process drops it; the name goes with
+// the last holder of all processes.
+class NamedObject {
+public:
+    NamedObject(std::string name, int fd, ObjectHeader* header)
+        : name_(std::move(name)), fd_(fd), header_(header) {}
+    ~NamedObject();
+    NamedObject(const NamedObject&) = delete;
+    NamedObject& operator=(const NamedObject&) = delete;
+
+    int fd() const { return fd_; }
+    ObjectHeader& header() const { return *header_; }
+    // A robust mutex still owned by a live thread here is on that thread's
+    // list of held mutexes: its page must stay mapped until the thread ends.
+    void KeepHeaderMapped() { keepMapped_ = true; }
 
 private:
-    std::mutex lock_;
-    std::map<std::string, std::weak_ptr<State>> states_;
+    std::string name_;  // of the shared memory
+    int fd_;
+    ObjectHeader* header_;
+    bool keepMapped_ = false;
 };
+
+// How OpenNamedObject treats a name that does not exist.
+struct NewObject {
+    bool create = false;      // false: fail with ERROR_FILE_NOT_FOUND
+    std::uint64_t bytes = 0;  // the shared memory's size past the header
+    void (*init)(ObjectHeader&, void* context) = nullptr;
+    void* context = nullptr;
+};
+
+// The object of `name` (after the "Local\" namespace is taken off) of kind
+// `kind`. `existed` tells whether it was there. On failure null, with the
+// error set: ERROR_PATH_NOT_FOUND for a name with a backslash,
+// ERROR_INVALID_HANDLE for an object of the other kind, ERROR_FILE_NOT_FOUND,
+// ERROR_ACCESS_DENIED for an object that another user made.
+std::shared_ptr<NamedObject> OpenNamedObject(const char* name, ObjectKind kind,
+                                             const NewObject& make, bool& existed);
 
 }  // namespace nvk::os::posix

@@ -1,22 +1,21 @@
 #include "os/api/nls.h"
 
-#include <unicode/coll.h>
-#include <unicode/locid.h>
 #include <unicode/ucnv.h>
 #include <unicode/ucnv_cb.h>
 #include <unicode/ucnv_err.h>
-#include <unicode/uloc.h>
 
 #include <algorithm>
 #include <array>
+#include <bit>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <map>
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
+#include "os/posix/code_page_tables.h"
 #include "os/posix/handle.h"
 
 namespace nvk::os {
@@ -52,9 +51,9 @@ UConverter* ConverterFor(UINT codePage) {
     auto found = converters.find(codePage);
     if (found == converters.end()) {
         Converter converter;
-        if (codePage == CP_UTF8) {
+        if (codePage == CP_UTF8 || codePage == CP_UTF7) {
             UErrorCode status = U_ZERO_ERROR;
-            converter.reset(ucnv_open("UTF-8", &status));
+            converter.reset(ucnv_open(codePage == CP_UTF8 ? "UTF-8" : "UTF-7", &status));
         } else {
             for (const char* pattern : {"windows-%u", "ibm-%u", "cp%u"}) {
                 char name[32];
@@ -77,9 +76,10 @@ UConverter* ConverterFor(UINT codePage) {
 
 // What the callbacks need to know and report for one call.
 struct CallbackContext {
-    bool strict = false;         // invalid input fails the call
-    const char* fallback = "?";  // the default character, for wide to multi-byte
-    bool usedDefault = false;
+    bool strict = false;                  // invalid input fails the call
+    const char* fallback = "?";           // the default character, for wide to multi-byte
+    const UChar* start = nullptr;         // of the source, for wide to multi-byte
+    std::size_t firstDefault = SIZE_MAX;  // where the first default character went
     bool failed = false;
 };
 
@@ -98,18 +98,24 @@ void ToUnicodeCallback(const void* context, UConverterToUnicodeArgs* args, const
 }
 
 void FromUnicodeCallback(const void* context, UConverterFromUnicodeArgs* args, const UChar*,
-                         int32_t, UChar32, UConverterCallbackReason reason, UErrorCode* status) {
+                         int32_t length, UChar32, UConverterCallbackReason reason,
+                         UErrorCode* status) {
     if (reason > UCNV_IRREGULAR) {
         return;
     }
     auto* state = static_cast<CallbackContext*>(const_cast<void*>(context));
+    if (state->strict) {
+        state->failed = true;
+        return;  // the error stands and stops the conversion
+    }
     *status = U_ZERO_ERROR;
     if (state->fallback == nullptr) {  // UTF-8: a lone surrogate
         static constexpr char kReplacementUtf8[] = "\xEF\xBF\xBD";
         ucnv_cbFromUWriteBytes(args, kReplacementUtf8, 3, 0, status);
         return;
     }
-    state->usedDefault = true;
+    const auto at = static_cast<std::size_t>(args->source - state->start - length);
+    state->firstDefault = std::min(state->firstDefault, at);
     ucnv_cbFromUWriteBytes(args, state->fallback, 1, 0, status);
 }
 
@@ -122,10 +128,11 @@ struct Converted {
 };
 
 // Copies the whole characters that fit in `size` units, or reports the size
-// needed when `size` is 0.
+// needed when `size` is 0. `read` tells how many source units went out.
 template <class Unit>
-int Deliver(const Converted<Unit>& result, Unit* dest, int size) {
+int Deliver(const Converted<Unit>& result, Unit* dest, int size, std::size_t& read) {
     const auto total = static_cast<int>(result.units.size());
+    read = SIZE_MAX;
     if (size == 0) {
         return total;
     }
@@ -137,6 +144,7 @@ int Deliver(const Converted<Unit>& result, Unit* dest, int size) {
     }
     std::copy_n(result.units.begin(), count, dest);
     if (count < total) {
+        read = static_cast<std::size_t>(result.offsets[static_cast<std::size_t>(count)]);
         SetErrorCode(ERROR_INSUFFICIENT_BUFFER);
         return 0;
     }
@@ -144,8 +152,108 @@ int Deliver(const Converted<Unit>& result, Unit* dest, int size) {
 }
 
 bool ValidSizes(const void* source, int sourceSize, const void* dest, int destSize) {
-    return source != nullptr && sourceSize != 0 && sourceSize >= -1 && destSize >= 0 &&
+    return source != nullptr && sourceSize != 0 && destSize >= 0 &&
            (destSize == 0 || dest != nullptr);
+}
+
+// The flags each kind of code page takes; others fail with
+// ERROR_INVALID_FLAGS, as do MB_PRECOMPOSED and MB_COMPOSITE together.
+bool ValidToWideFlags(UINT codePage, DWORD flags) {
+    if (codePage == CP_UTF7) {
+        return flags == 0;
+    }
+    if (codePage == CP_UTF8) {
+        return (flags & ~MB_ERR_INVALID_CHARS) == 0;
+    }
+    return (flags & ~(MB_PRECOMPOSED | MB_COMPOSITE | MB_USEGLYPHCHARS | MB_ERR_INVALID_CHARS)) ==
+               0 &&
+           (flags & (MB_PRECOMPOSED | MB_COMPOSITE)) != (MB_PRECOMPOSED | MB_COMPOSITE);
+}
+
+bool ValidToMultiByteFlags(UINT codePage, DWORD flags) {
+    if (codePage == CP_UTF7) {
+        return flags == 0;
+    }
+    if (codePage == CP_UTF8) {
+        return (flags & ~WC_ERR_INVALID_CHARS) == 0;
+    }
+    return (flags & ~(WC_COMPOSITECHECK | WC_DISCARDNS | WC_SEPCHARS | WC_DEFAULTCHAR |
+                      WC_NO_BEST_FIT_CHARS)) == 0;
+}
+
+// A negative size, whatever its value, takes the text up to and with its
+// terminator.
+template <class Unit>
+std::size_t SourceLength(const Unit* source, int size) {
+    return size < 0 ? std::char_traits<Unit>::length(source) + 1 : static_cast<std::size_t>(size);
+}
+
+// Single-byte code pages go through their own tables, both ways.
+int SingleByteToWide(const posix::SingleByteCodePage& table, LPCSTR source, std::size_t length,
+                     LPWSTR dest, int destSize) {
+    const auto total = static_cast<int>(length);
+    if (destSize == 0) {
+        return total;
+    }
+    const std::size_t count = std::min(length, static_cast<std::size_t>(destSize));
+    std::size_t i = 0;
+    if constexpr (std::endian::native == std::endian::little) {
+        // Sixteen bytes at a time: all widened as ASCII, then the bytes with
+        // their high bit set looked up in the table.
+        constexpr std::size_t kRun = 16;
+        for (; count - i >= kRun; i += kRun) {
+            unsigned char run[kRun];
+            std::memcpy(run, source + i, kRun);
+            for (std::size_t k = 0; k < kRun; ++k) {
+                dest[i + k] = run[k];
+            }
+            std::uint64_t words[2];
+            std::memcpy(words, run, kRun);
+            for (std::size_t half = 0; half < 2; ++half) {
+                for (std::uint64_t high = words[half] & 0x8080808080808080ULL; high != 0;
+                     high &= high - 1) {
+                    const std::size_t k =
+                        half * 8 + static_cast<std::size_t>(std::countr_zero(high)) / 8;
+                    dest[i + k] = table.Wide(run[k]);
+                }
+            }
+        }
+    }
+    for (; i < count; ++i) {
+        dest[i] = table.Wide(static_cast<unsigned char>(source[i]));
+    }
+    if (count < length) {
+        SetErrorCode(ERROR_INSUFFICIENT_BUFFER);
+        return 0;
+    }
+    return total;
+}
+
+// Only the characters actually replaced, not those a short destination
+// stopped before, set *usedDefaultChar.
+int SingleByteFromWide(const posix::SingleByteCodePage& table, DWORD flags, LPCWSTR source,
+                       std::size_t length, LPSTR dest, int destSize, LPCSTR defaultChar,
+                       BOOL* usedDefaultChar) {
+    const bool bestFit = (flags & WC_NO_BEST_FIT_CHARS) == 0;
+    const char fallback = defaultChar != nullptr ? *defaultChar : '?';
+    const std::size_t room = destSize == 0 ? length : static_cast<std::size_t>(destSize);
+    const std::size_t count = std::min(length, room);
+    bool used = false;
+    for (std::size_t i = 0; i < count; ++i) {
+        const int byte = table.Byte(source[i], bestFit);
+        used |= byte == posix::SingleByteCodePage::kNone;
+        if (destSize != 0) {
+            dest[i] = byte == posix::SingleByteCodePage::kNone ? fallback : static_cast<char>(byte);
+        }
+    }
+    if (usedDefaultChar != nullptr) {
+        *usedDefaultChar = used ? TRUE : FALSE;
+    }
+    if (count < length) {
+        SetErrorCode(ERROR_INSUFFICIENT_BUFFER);
+        return 0;
+    }
+    return static_cast<int>(length);
 }
 
 // A 256-entry table from one single-byte code page to another, built once.
@@ -178,83 +286,28 @@ BOOL MapBytes(LPCSTR source, LPSTR dest, const ByteTable& table) {
     return TRUE;
 }
 
-struct CollatorKey {
-    std::string locale;
-    DWORD flags;
-    bool operator<(const CollatorKey& other) const {
-        return locale != other.locale ? locale < other.locale : flags < other.flags;
-    }
-};
-
-// Collators are costly to make and not to be shared between threads.
-icu::Collator* CollatorFor(const std::string& locale, DWORD flags) {
-    thread_local std::map<CollatorKey, std::unique_ptr<icu::Collator>> collators;
-    flags &= NORM_IGNORECASE | NORM_IGNORENONSPACE | NORM_IGNORESYMBOLS;
-    auto& slot = collators[CollatorKey{locale, flags}];
-    if (!slot) {
-        UErrorCode status = U_ZERO_ERROR;
-        slot.reset(icu::Collator::createInstance(icu::Locale(locale.c_str()), status));
-        if (U_FAILURE(status) || !slot) {
-            slot.reset();
-            return nullptr;
-        }
-        const bool ignoreCase = (flags & NORM_IGNORECASE) != 0;
-        const bool ignoreAccents = (flags & NORM_IGNORENONSPACE) != 0;
-        // Accents weigh at the secondary level and case at the tertiary one;
-        // ignoring accents only keeps case through the case level.
-        slot->setStrength(ignoreAccents
-                              ? icu::Collator::PRIMARY
-                              : (ignoreCase ? icu::Collator::SECONDARY : icu::Collator::TERTIARY));
-        if (ignoreAccents && !ignoreCase) {
-            slot->setAttribute(UCOL_CASE_LEVEL, UCOL_ON, status);
-        }
-        if ((flags & NORM_IGNORESYMBOLS) != 0) {
-            slot->setAttribute(UCOL_ALTERNATE_HANDLING, UCOL_SHIFTED, status);
-        }
-    }
-    return slot.get();
-}
-
-// ICU's name of a locale id, the root locale for the invariant one; none for
-// an id that ICU doesn't know.
-std::optional<std::string> IcuLocaleOf(LCID locale) {
-    locale = ConvertDefaultLocale(locale);
-    if (locale == LOCALE_INVARIANT) {
-        return std::string();
-    }
-    char name[ULOC_FULLNAME_CAPACITY];
-    UErrorCode status = U_ZERO_ERROR;
-    const int32_t length = uloc_getLocaleForLCID(locale, name, sizeof name, &status);
-    if (U_FAILURE(status) || length <= 0) {
-        return std::nullopt;
-    }
-    return std::string(name, static_cast<std::size_t>(length));
-}
-
-bool ToWide(LPCSTR text, int size, std::vector<WCHAR>& wide) {
-    if (size < 0) {
-        size = static_cast<int>(std::strlen(text));
-    }
-    if (size == 0) {
-        wide.clear();
-        return true;
-    }
-    const int needed = MultiByteToWideChar(CP_ACP, 0, text, size, nullptr, 0);
-    wide.resize(static_cast<std::size_t>(needed));
-    return needed > 0 && MultiByteToWideChar(CP_ACP, 0, text, size, wide.data(), needed) == needed;
-}
-
 }  // namespace
 
 int MultiByteToWideChar(UINT codePage, DWORD flags, LPCSTR source, int sourceSize, LPWSTR dest,
                         int destSize) {
-    UConverter* converter = ConverterFor(ResolveCodePage(codePage));
-    if (converter == nullptr || !ValidSizes(source, sourceSize, dest, destSize)) {
+    const UINT resolved = ResolveCodePage(codePage);
+    if (!ValidSizes(source, sourceSize, dest, destSize)) {
         SetErrorCode(ERROR_INVALID_PARAMETER);
         return 0;
     }
-    const auto length = static_cast<std::size_t>(
-        sourceSize == -1 ? std::strlen(source) + 1 : static_cast<std::size_t>(sourceSize));
+    if (!ValidToWideFlags(resolved, flags)) {
+        SetErrorCode(ERROR_INVALID_FLAGS);
+        return 0;
+    }
+    const std::size_t length = SourceLength(source, sourceSize);
+    if (const auto* table = posix::SingleByteCodePage::For(resolved)) {
+        return SingleByteToWide(*table, source, length, dest, destSize);
+    }
+    UConverter* converter = ConverterFor(resolved);
+    if (converter == nullptr) {
+        SetErrorCode(ERROR_INVALID_PARAMETER);
+        return 0;
+    }
     CallbackContext context;
     context.strict = (flags & MB_ERR_INVALID_CHARS) != 0;
     UErrorCode status = U_ZERO_ERROR;
@@ -273,26 +326,37 @@ int MultiByteToWideChar(UINT codePage, DWORD flags, LPCSTR source, int sourceSiz
         return 0;
     }
     result.units.resize(static_cast<std::size_t>(target - result.units.data()));
-    SetErrorCode(ERROR_SUCCESS);
-    return Deliver(result, dest, destSize);
+    std::size_t read = 0;
+    return Deliver(result, dest, destSize, read);
 }
 
 int WideCharToMultiByte(UINT codePage, DWORD flags, LPCWSTR source, int sourceSize, LPSTR dest,
                         int destSize, LPCSTR defaultChar, BOOL* usedDefaultChar) {
     const UINT resolved = ResolveCodePage(codePage);
-    UConverter* converter = ConverterFor(resolved);
-    const bool utf8 = resolved == CP_UTF8;
-    if (converter == nullptr || !ValidSizes(source, sourceSize, dest, destSize) ||
-        (utf8 && (defaultChar != nullptr || usedDefaultChar != nullptr))) {
+    const bool utf = resolved == CP_UTF8 || resolved == CP_UTF7;
+    if (!ValidSizes(source, sourceSize, dest, destSize) ||
+        (utf && (defaultChar != nullptr || usedDefaultChar != nullptr))) {
         SetErrorCode(ERROR_INVALID_PARAMETER);
         return 0;
     }
-    std::size_t length = static_cast<std::size_t>(sourceSize);
-    if (sourceSize == -1) {
-        length = std::char_traits<WCHAR>::length(source) + 1;
+    if (!ValidToMultiByteFlags(resolved, flags)) {
+        SetErrorCode(ERROR_INVALID_FLAGS);
+        return 0;
+    }
+    const std::size_t length = SourceLength(source, sourceSize);
+    if (const auto* table = posix::SingleByteCodePage::For(resolved)) {
+        return SingleByteFromWide(*table, flags, source, length, dest, destSize, defaultChar,
+                                  usedDefaultChar);
+    }
+    UConverter* converter = ConverterFor(resolved);
+    if (converter == nullptr) {
+        SetErrorCode(ERROR_INVALID_PARAMETER);
+        return 0;
     }
     CallbackContext context;
-    context.fallback = utf8 ? nullptr : (defaultChar != nullptr ? defaultChar : "?");
+    context.start = source;
+    context.strict = (flags & WC_ERR_INVALID_CHARS) != 0;
+    context.fallback = utf ? nullptr : (defaultChar != nullptr ? defaultChar : "?");
     UErrorCode status = U_ZERO_ERROR;
     ucnv_setFromUCallBack(converter, FromUnicodeCallback, &context, nullptr, nullptr, &status);
     ucnv_setFallback(converter, (flags & WC_NO_BEST_FIT_CHARS) == 0);
@@ -305,16 +369,18 @@ int WideCharToMultiByte(UINT codePage, DWORD flags, LPCWSTR source, int sourceSi
     const UChar* from = source;
     ucnv_fromUnicode(converter, &target, target + room, &from, source + length,
                      result.offsets.data(), TRUE, &status);
-    if (U_FAILURE(status)) {
-        SetErrorCode(ERROR_INVALID_PARAMETER);
+    if (context.failed || U_FAILURE(status)) {
+        SetErrorCode(context.failed ? ERROR_NO_UNICODE_TRANSLATION : ERROR_INVALID_PARAMETER);
         return 0;
     }
     result.units.resize(static_cast<std::size_t>(target - result.units.data()));
+    std::size_t read = 0;
+    const int delivered = Deliver(result, dest, destSize, read);
+    // Only a character that went out replaced counts.
     if (usedDefaultChar != nullptr) {
-        *usedDefaultChar = context.usedDefault ? TRUE : FALSE;
+        *usedDefaultChar = context.firstDefault < read ? TRUE : FALSE;
     }
-    SetErrorCode(ERROR_SUCCESS);
-    return Deliver(result, dest, destSize);
+    return delivered;
 }
 
 BOOL CharToOemA(LPCSTR source, LPSTR dest) {
@@ -325,29 +391,6 @@ BOOL CharToOemA(LPCSTR source, LPSTR dest) {
 BOOL OemToCharA(LPCSTR source, LPSTR dest) {
     static const ByteTable table = MakeByteTable(kOemCodePage, kAnsiCodePage);
     return MapBytes(source, dest, table);
-}
-
-int CompareStringA(LCID locale, DWORD flags, LPCSTR text1, int size1, LPCSTR text2, int size2) {
-    const std::optional<std::string> name = IcuLocaleOf(locale);
-    icu::Collator* collator = name ? CollatorFor(*name, flags) : nullptr;
-    std::vector<WCHAR> left;
-    std::vector<WCHAR> right;
-    if (collator == nullptr || text1 == nullptr || text2 == nullptr || size1 < -1 || size2 < -1 ||
-        !ToWide(text1, size1, left) || !ToWide(text2, size2, right)) {
-        SetErrorCode(ERROR_INVALID_PARAMETER);
-        return 0;
-    }
-    UErrorCode status = U_ZERO_ERROR;
-    const UCollationResult order =
-        collator->compare(left.data(), static_cast<int32_t>(left.size()), right.data(),
-                          static_cast<int32_t>(right.size()), status);
-    if (U_FAILURE(status)) {
-        SetErrorCode(ERROR_INVALID_PARAMETER);
-        return 0;
-    }
-    SetErrorCode(ERROR_SUCCESS);
-    return order == UCOL_LESS ? CSTR_LESS_THAN
-                              : (order == UCOL_EQUAL ? CSTR_EQUAL : CSTR_GREATER_THAN);
 }
 
 }  // namespace nvk::os

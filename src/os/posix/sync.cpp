@@ -1,20 +1,26 @@
 #include "os/api/sync.h"
 
+#include <pthread.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <atomic>
+#include <cerrno>
 #include <chrono>
-#include <condition_variable>
 #include <cstring>
-#include <map>
+#include <ctime>
+#include <memory>
 #include <mutex>
 #include <new>
 #include <thread>
-#include <vector>
 
 #include "os/api/error.h"
 #include "os/posix/handle.h"
 #include "os/posix/named_objects.h"
+
+#if defined(__SANITIZE_THREAD__)
+#include <sanitizer/tsan_interface.h>
+#endif
 
 namespace nvk::os {
 
@@ -33,87 +39,130 @@ std::recursive_mutex& MutexOf(LPCRITICAL_SECTION section) {
 
 // ---- Mutexes ----------------------------------------------------------------
 
-// A mutex that its owning thread may take again; owned by a thread, not a
-// scope, as a kernel mutex is.
-struct MutexState {
-    std::mutex lock;
-    std::condition_variable released;
-    DWORD owner = 0;
-    DWORD count = 0;
-
-    DWORD Acquire(DWORD milliseconds) {
-        const DWORD self = GetCurrentThreadId();
-        std::unique_lock guard(lock);
-        if (owner != self) {
-            auto isFree = [this] { return owner == 0; };
-            if (milliseconds == INFINITE) {
-                released.wait(guard, isFree);
-            } else if (!released.wait_for(guard, std::chrono::milliseconds(milliseconds), isFree)) {
-                return WAIT_TIMEOUT;
-            }
-            owner = self;
-        }
-        ++count;
-        return WAIT_OBJECT_0;
-    }
-
-    bool Release() {
-        std::lock_guard guard(lock);
-        if (owner != GetCurrentThreadId()) {
-            return false;
-        }
-        if (--count == 0) {
-            owner = 0;
-            released.notify_one();
-        }
-        return true;
-    }
+// A robust, recursive, process-shared mutex: when its owning thread or
+// process ends, the kernel hands it to the next waiter, which learns that it
+// was abandoned. The owner fields are the owner's own; other threads only
+// read them.
+struct MutexBlock {
+    pthread_mutex_t mutex;
+    std::atomic<pid_t> ownerThread;
+    std::atomic<pid_t> ownerProcess;
+    DWORD depth;
 };
+static_assert(sizeof(MutexBlock) <= sizeof(posix::ObjectHeader::body));
+
+void InitMutex(MutexBlock& block) {
+    pthread_mutexattr_t attributes;
+    pthread_mutexattr_init(&attributes);
+    pthread_mutexattr_setpshared(&attributes, PTHREAD_PROCESS_SHARED);
+    pthread_mutexattr_setrobust(&attributes, PTHREAD_MUTEX_ROBUST);
+    pthread_mutexattr_settype(&attributes, PTHREAD_MUTEX_RECURSIVE);
+    pthread_mutex_init(&block.mutex, &attributes);
+    pthread_mutexattr_destroy(&attributes);
+    block.ownerThread = 0;
+    block.ownerProcess = 0;
+    block.depth = 0;
+}
+
+DWORD Acquire(MutexBlock& block, DWORD milliseconds) {
+    int result = pthread_mutex_trylock(&block.mutex);
+    [[maybe_unused]] bool timed = false;
+    if (result != EBUSY || milliseconds == 0) {
+        // taken, found abandoned, or not to wait for
+    } else if (milliseconds == INFINITE) {
+        result = pthread_mutex_lock(&block.mutex);
+    } else {
+        timed = true;
+        timespec deadline;
+        clock_gettime(CLOCK_REALTIME, &deadline);
+        deadline.tv_sec += static_cast<time_t>(milliseconds / 1000);
+        deadline.tv_nsec += static_cast<long>(milliseconds % 1000) * 1000000L;
+        if (deadline.tv_nsec >= 1000000000L) {
+            deadline.tv_sec += 1;
+            deadline.tv_nsec -= 1000000000L;
+        }
+        result = pthread_mutex_timedlock(&block.mutex, &deadline);
+    }
+    DWORD outcome = WAIT_OBJECT_0;
+    if (result == EOWNERDEAD) {
+#if defined(__SANITIZE_THREAD__)
+        // The thread sanitizer takes a timed lock that finds its owner dead
+        // for a failed one; tell it the mutex is held.
+        if (timed) {
+            __tsan_mutex_pre_lock(&block.mutex, __tsan_mutex_try_lock);
+            __tsan_mutex_post_lock(&block.mutex, __tsan_mutex_try_lock, 0);
+        }
+#endif
+        pthread_mutex_consistent(&block.mutex);
+        block.depth = 0;  // the dead owner's holds went with it
+        outcome = WAIT_ABANDONED;
+    } else if (result == EBUSY || result == ETIMEDOUT) {
+        return WAIT_TIMEOUT;
+    } else if (result != 0) {
+        SetErrorCode(ERROR_INVALID_HANDLE);
+        return WAIT_FAILED;
+    }
+    block.ownerThread = static_cast<pid_t>(GetCurrentThreadId());
+    block.ownerProcess = getpid();
+    ++block.depth;
+    return outcome;
+}
+
+bool Release(MutexBlock& block) {
+    if (block.ownerThread != static_cast<pid_t>(GetCurrentThreadId())) {
+        return false;
+    }
+    if (--block.depth == 0) {
+        block.ownerThread = 0;
+        block.ownerProcess = 0;
+    }
+    pthread_mutex_unlock(&block.mutex);
+    return true;
+}
+
+bool OwnedHere(const MutexBlock& block) {
+    return block.ownerProcess == getpid();
+}
 
 class MutexHandle : public posix::KernelObject {
 public:
-    explicit MutexHandle(std::shared_ptr<MutexState> state) : state_(std::move(state)) {}
-    DWORD Wait(DWORD milliseconds) override { return state_->Acquire(milliseconds); }
-    MutexState& State() { return *state_; }
+    // A named mutex, in the header of its shared memory.
+    MutexHandle(std::shared_ptr<posix::NamedObject> named, DWORD access)
+        : named_(std::move(named)),
+          block_(reinterpret_cast<MutexBlock*>(named_->header().body)),
+          access_(access) {}
+    // An unnamed one, this handle's own.
+    MutexHandle() : block_(new MutexBlock), access_(MUTEX_ALL_ACCESS) { InitMutex(*block_); }
+
+    bool Close() override {
+        // A mutex still held here stays where its owner's thread lists it.
+        const bool keep = OwnedHere(*block_);
+        if (named_ && keep) {
+            named_->KeepHeaderMapped();
+        } else if (!named_ && !keep) {
+            pthread_mutex_destroy(&block_->mutex);
+            delete block_;
+        }
+        return true;
+    }
+    DWORD Wait(DWORD milliseconds) override {
+        if ((access_ & SYNCHRONIZE) == 0) {
+            SetErrorCode(ERROR_ACCESS_DENIED);
+            return WAIT_FAILED;
+        }
+        return Acquire(*block_, milliseconds);
+    }
+    DWORD access() const { return access_; }
+    MutexBlock& block() { return *block_; }
 
 private:
-    std::shared_ptr<MutexState> state_;
+    std::shared_ptr<posix::NamedObject> named_;
+    MutexBlock* block_;
+    DWORD access_;
 };
 
-posix::NamedObjects<MutexState>& Mutexes() {
-    static auto* table = new posix::NamedObjects<MutexState>;
-    return *table;
-}
-
-// ---- Sections ---------------------------------------------------------------
-
-struct SectionState {
-    std::vector<unsigned char> bytes;
-};
-
-class SectionHandle : public posix::KernelObject {
-public:
-    explicit SectionHandle(std::shared_ptr<SectionState> state) : state_(std::move(state)) {}
-    const std::shared_ptr<SectionState>& State() const { return state_; }
-
-private:
-    std::shared_ptr<SectionState> state_;
-};
-
-posix::NamedObjects<SectionState>& Sections() {
-    static auto* table = new posix::NamedObjects<SectionState>;
-    return *table;
-}
-
-// Mapped views keep their section alive until they are unmapped.
-struct Views {
-    std::mutex lock;
-    std::multimap<LPCVOID, std::shared_ptr<SectionState>> live;
-};
-
-Views& AllViews() {
-    static auto* views = new Views;
-    return *views;
+void InitNamedMutex(posix::ObjectHeader& header, void* /*context*/) {
+    InitMutex(*reinterpret_cast<MutexBlock*>(header.body));
 }
 
 }  // namespace
@@ -145,32 +194,56 @@ void DeleteCriticalSection(LPCRITICAL_SECTION section) {
 }
 
 HANDLE CreateMutexA(LPSECURITY_ATTRIBUTES /*attributes*/, BOOL initialOwner, LPCSTR name) {
+    MutexHandle* handle = nullptr;
     bool existed = false;
-    auto state = Mutexes().CreateOrOpen(
-        name, [] { return std::make_shared<MutexState>(); }, existed);
-    if (initialOwner && !existed) {
-        state->Acquire(INFINITE);
+    if (name == nullptr || *name == '\0') {
+        handle = new MutexHandle;
+    } else {
+        posix::NewObject make;
+        make.create = true;
+        make.init = InitNamedMutex;
+        auto named = posix::OpenNamedObject(name, posix::ObjectKind::Mutex, make, existed);
+        if (!named) {
+            return nullptr;
+        }
+        handle = new MutexHandle(std::move(named), MUTEX_ALL_ACCESS);
     }
-    HANDLE handle = posix::RegisterHandle(new MutexHandle(std::move(state)));
+    if (initialOwner && !existed) {
+        Acquire(handle->block(), INFINITE);
+    }
+    HANDLE result = posix::RegisterHandle(handle);
     SetErrorCode(existed ? ERROR_ALREADY_EXISTS : ERROR_SUCCESS);
-    return handle;
+    return result;
 }
 
-HANDLE OpenMutexA(DWORD /*access*/, BOOL /*inherit*/, LPCSTR name) {
-    auto state = Mutexes().Open(name);
-    if (!state) {
-        SetErrorCode(ERROR_FILE_NOT_FOUND);
+HANDLE OpenMutexA(DWORD access, BOOL /*inherit*/, LPCSTR name) {
+    if (name == nullptr) {
+        SetErrorCode(ERROR_INVALID_PARAMETER);
         return nullptr;
     }
-    return posix::RegisterHandle(new MutexHandle(std::move(state)));
+    if ((access & MUTEX_ALL_ACCESS) == 0) {
+        SetErrorCode(ERROR_ACCESS_DENIED);
+        return nullptr;
+    }
+    bool existed = false;
+    auto named = posix::OpenNamedObject(name, posix::ObjectKind::Mutex, {}, existed);
+    if (!named) {
+        return nullptr;
+    }
+    return posix::RegisterHandle(new MutexHandle(std::move(named), access));
 }
 
 BOOL ReleaseMutex(HANDLE mutex) {
     auto* handle = posix::HandleAs<MutexHandle>(mutex);
     if (handle == nullptr) {
+        SetErrorCode(ERROR_INVALID_HANDLE);
         return FALSE;
     }
-    if (!handle->State().Release()) {
+    if ((handle->access() & MUTEX_MODIFY_STATE) == 0) {
+        SetErrorCode(ERROR_ACCESS_DENIED);
+        return FALSE;
+    }
+    if (!Release(handle->block())) {
         SetErrorCode(ERROR_NOT_OWNER);
         return FALSE;
     }
@@ -184,73 +257,6 @@ DWORD WaitForSingleObject(HANDLE handle, DWORD milliseconds) {
         return WAIT_FAILED;
     }
     return object->Wait(milliseconds);
-}
-
-HANDLE CreateFileMappingA(HANDLE file, LPSECURITY_ATTRIBUTES /*attributes*/, DWORD /*protect*/,
-                          DWORD maximumSizeHigh, DWORD maximumSizeLow, LPCSTR name) {
-    if (file != INVALID_HANDLE_VALUE) {
-        SetErrorCode(ERROR_NOT_SUPPORTED);  // only sections backed by memory
-        return nullptr;
-    }
-    const auto size = (static_cast<ULONGLONG>(maximumSizeHigh) << 32) | maximumSizeLow;
-    if (size == 0) {
-        SetErrorCode(ERROR_INVALID_PARAMETER);
-        return nullptr;
-    }
-    bool existed = false;
-    auto state = Sections().CreateOrOpen(
-        name,
-        [size] {
-            auto made = std::make_shared<SectionState>();
-            made->bytes.assign(size, 0);
-            return made;
-        },
-        existed);
-    HANDLE handle = posix::RegisterHandle(new SectionHandle(std::move(state)));
-    SetErrorCode(existed ? ERROR_ALREADY_EXISTS : ERROR_SUCCESS);
-    return handle;
-}
-
-HANDLE OpenFileMappingA(DWORD /*access*/, BOOL /*inherit*/, LPCSTR name) {
-    auto state = Sections().Open(name);
-    if (!state) {
-        SetErrorCode(ERROR_FILE_NOT_FOUND);
-        return nullptr;
-    }
-    return posix::RegisterHandle(new SectionHandle(std::move(state)));
-}
-
-LPVOID MapViewOfFile(HANDLE mapping, DWORD /*access*/, DWORD offsetHigh, DWORD offsetLow,
-                     SIZE_T bytes) {
-    auto* handle = posix::HandleAs<SectionHandle>(mapping);
-    if (handle == nullptr) {
-        return nullptr;
-    }
-    const auto& state = handle->State();
-    const auto offset = (static_cast<ULONGLONG>(offsetHigh) << 32) | offsetLow;
-    if (offset > state->bytes.size() || bytes > state->bytes.size() - offset) {
-        SetErrorCode(ERROR_ACCESS_DENIED);
-        return nullptr;
-    }
-    LPVOID view = state->bytes.data() + offset;
-    Views& views = AllViews();
-    std::lock_guard guard(views.lock);
-    views.live.emplace(view, state);
-    return view;
-}
-
-BOOL UnmapViewOfFile(LPCVOID view) {
-    Views& views = AllViews();
-    std::shared_ptr<SectionState> last;  // released outside the lock
-    std::lock_guard guard(views.lock);
-    auto it = views.live.find(view);
-    if (it == views.live.end()) {
-        SetErrorCode(ERROR_INVALID_ADDRESS);
-        return FALSE;
-    }
-    last = std::move(it->second);
-    views.live.erase(it);
-    return TRUE;
 }
 
 DWORD GetCurrentProcessId() {

@@ -13,6 +13,19 @@
 //                                        makes OUTPUT (relative to its folder)
 //   os_helper regset KEY PREFIX COUNT    sets the values PREFIX0.. of
 //                                        HKEY_CURRENT_USER\KEY, one call each
+//   os_helper mutex NAME READY RELEASE   creates and takes mutex NAME, makes
+//                                        READY, and releases it once RELEASE
+//                                        exists; with RELEASE "-" ends owning
+//                                        it. Ends with the wait's result.
+//   os_helper mutexcreate NAME           ends with CreateMutexA's last error
+//   os_helper mapwrite NAME TEXT         opens mapping NAME and writes TEXT
+//                                        at its start
+//   os_helper mapread NAME TEXT          0 if mapping NAME starts with TEXT
+//   os_helper asuser UID NAME            as user UID (when run as root), ends
+//                                        with OpenMutexA's error for NAME;
+//                                        254 when it can't change user
+#include <unistd.h>
+
 #include <chrono>
 #include <cstdlib>
 #include <cstring>
@@ -25,6 +38,7 @@
 #include "os/api/error.h"
 #include "os/api/file.h"
 #include "os/api/registry.h"
+#include "os/api/sync.h"
 
 using namespace nvk::os;
 
@@ -32,6 +46,43 @@ namespace {
 
 DWORD Number(const char* text) {
     return static_cast<DWORD>(std::strtoul(text, nullptr, 0));
+}
+
+void WaitForFile(const char* path) {
+    auto giveUp = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+    while (!std::filesystem::exists(path) && std::chrono::steady_clock::now() < giveUp) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+}
+
+int HoldMutex(const char* name, const char* ready, const char* release) {
+    HANDLE mutex = CreateMutexA(nullptr, FALSE, name);
+    const DWORD result = WaitForSingleObject(mutex, 20000);
+    std::ofstream(ready).put('1');
+    if (std::strcmp(release, "-") == 0) {
+        std::_Exit(static_cast<int>(result));  // owning it, and no clean-up
+    }
+    WaitForFile(release);
+    ReleaseMutex(mutex);
+    CloseHandle(mutex);
+    return static_cast<int>(result);
+}
+
+int Mapping(const char* name, const char* text, bool write) {
+    HANDLE mapping = OpenFileMappingA(write ? FILE_MAP_WRITE : FILE_MAP_READ, FALSE, name);
+    auto* view =
+        static_cast<char*>(MapViewOfFile(mapping, write ? FILE_MAP_WRITE : FILE_MAP_READ, 0, 0, 0));
+    if (view == nullptr) {
+        return static_cast<int>(GetLastError());
+    }
+    const std::size_t length = std::strlen(text);
+    const bool same = std::memcmp(view, text, length) == 0;
+    if (write) {
+        std::memcpy(view, text, length);
+    }
+    UnmapViewOfFile(view);
+    CloseHandle(mapping);
+    return write || same ? 0 : 1;
 }
 
 int Open(int argc, char** argv) {
@@ -60,11 +111,7 @@ int Open(int argc, char** argv) {
         }
         if (step == "hold") {
             std::ofstream(argv[i + 1]).put('1');
-            auto giveUp = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-            while (!std::filesystem::exists(argv[i + 2]) &&
-                   std::chrono::steady_clock::now() < giveUp) {
-                std::this_thread::sleep_for(std::chrono::milliseconds(5));
-            }
+            WaitForFile(argv[i + 2]);
         }
     }
     return 0;
@@ -107,6 +154,23 @@ int main(int argc, char** argv) {
         }
         RegCloseKey(key);
         return static_cast<int>(status);
+    }
+    if (command == "mutex" && argc > 4) {
+        return HoldMutex(argv[2], argv[3], argv[4]);
+    }
+    if (command == "mutexcreate" && argc > 2) {
+        CreateMutexA(nullptr, FALSE, argv[2]);
+        return static_cast<int>(GetLastError());
+    }
+    if ((command == "mapwrite" || command == "mapread") && argc > 3) {
+        return Mapping(argv[2], argv[3], command == "mapwrite");
+    }
+    if (command == "asuser" && argc > 3) {
+        if (getuid() != 0 || setgid(Number(argv[2])) != 0 || setuid(Number(argv[2])) != 0) {
+            return 254;
+        }
+        HANDLE mutex = OpenMutexA(SYNCHRONIZE, FALSE, argv[3]);
+        return mutex != nullptr ? 0 : static_cast<int>(GetLastError());
     }
     return 255;
 }
