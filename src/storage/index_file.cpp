@@ -83,7 +83,10 @@ void EIndexFile::WriteAt(std::uint64_t offset, const void* buffer, std::uint32_t
 }
 
 std::uint32_t EIndexFile::PagesInFile() {
-    const std::uint64_t size = m_File->Taille();
+    return PagesIn(m_File->Taille());
+}
+
+std::uint32_t EIndexFile::PagesIn(std::uint64_t size) const {
     return size < fmt::kHeaderSize
                ? 0
                : static_cast<std::uint32_t>((size - fmt::kHeaderSize) / PageSize());
@@ -364,16 +367,15 @@ void EIndexFile::Refresh() {
     if (m_Cache != nullptr) {
         m_Cache->Clear();
     }
-    m_FileAt = kUnknown;
-    m_FilePages = PagesInFile();
-    ReloadHeader();
+    m_FilePages = PagesIn(size);
+    ReloadHeader(size);
 }
 
 // A header that no longer fits this object's buffers (damaged, or of another
 // page size) is not taken; the object goes on with the one it has.
-void EIndexFile::ReloadHeader() {
+void EIndexFile::ReloadHeader(std::uint64_t size) {
     fmt::Header header{};
-    if (!ReadAt(0, &header, fmt::kHeaderSize) || !SoundHeader(header, m_File->Taille()) ||
+    if (!ReadAt(0, &header, fmt::kHeaderSize) || !SoundHeader(header, size) ||
         header.PageSize != PageSize()) {
         return;
     }

@@ -118,6 +118,7 @@ private:
     bool ReadAt(std::uint64_t offset, void* buffer, std::uint32_t size);
     void WriteAt(std::uint64_t offset, const void* buffer, std::uint32_t size);
     std::uint32_t PagesInFile();
+    std::uint32_t PagesIn(std::uint64_t size) const;
     bool PageInFile(std::uint32_t page);
     // Writes m_Page to its place; false if it did not all go out.
     bool WritePage();
@@ -127,7 +128,7 @@ private:
     // when another object may have changed it; at the start of every public
     // operation.
     void Refresh();
-    void ReloadHeader();
+    void ReloadHeader(std::uint64_t size);
 
     // Entries of the page in m_Page.
     char* EntryAt(int index, int slot) const;
