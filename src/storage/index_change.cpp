@@ -20,10 +20,11 @@ std::vector<char> CopyOf(const char* bytes, int size) {
 
 }  // namespace
 
-int EIndexFile::ChangeCheck(int index) const {
+int EIndexFile::ChangeCheck(int index) {
     if (m_File == nullptr || m_Page == nullptr) {
         return kNoFile;
     }
+    Refresh();
     // Only defined indexes change: the descriptor after the last one holds
     // no sizes an entry could be laid out by.
     if (index < 1 || index > m_Header->IndexCount) {
@@ -32,39 +33,92 @@ int EIndexFile::ChangeCheck(int index) const {
     return kDone;
 }
 
-int EIndexFile::Finish() {
-    if (!m_InMemory) {
+// The header goes to the file after every change that moved it, whatever
+// the answer: a change refused or failed half way has still written pages,
+// and the header on the file must describe them.
+int EIndexFile::Finish(int result, const fmt::Header& before) {
+    if (!m_InMemory && (result == kDone || std::memcmp(&before, m_Header, sizeof before) != 0)) {
         WriteHeader();
     }
-    return kDone;
+    return result;
 }
 
 int EIndexFile::Insere(int index, void* key, unsigned long value) {
-    int result = ChangeCheck(index);
-    if (result == kDone) {
-        result = InsIndex(index - 1, key, value, 0);
+    const int check = ChangeCheck(index);
+    if (check != kDone) {
+        return check;
     }
-    return result != kDone ? result : Finish();
+    const fmt::Header before = *m_Header;
+    return Finish(InsIndex(index - 1, key, value, 0), before);
 }
 
 int EIndexFile::Delete(int index, void* key, unsigned long value) {
-    int result = ChangeCheck(index);
-    if (result == kDone) {
-        result = DelIndex(index - 1, key, value, 0);
+    const int check = ChangeCheck(index);
+    if (check != kDone) {
+        return check;
     }
-    return result != kDone ? result : Finish();
+    const fmt::Header before = *m_Header;
+    return Finish(DelIndex(index - 1, key, value, 0), before);
 }
 
 // There is no undo: if the new key can't go in, the old one stays deleted.
 int EIndexFile::Update(int index, void* oldKey, void* newKey, unsigned long value) {
-    int result = ChangeCheck(index);
-    if (result == kDone) {
-        result = DelIndex(index - 1, oldKey, value, 0);
+    const int check = ChangeCheck(index);
+    if (check != kDone) {
+        return check;
     }
+    const fmt::Header before = *m_Header;
+    int result = DelIndex(index - 1, oldKey, value, 0);
     if (result == kDone) {
         result = InsIndex(index - 1, newKey, value, 0);
     }
-    return result != kDone ? result : Finish();
+    return Finish(result, before);
+}
+
+// Reaches the entry of `level` whose child is `child`, as a deletion finds
+// it: from the first of the entries equal to `key`, by page number.
+bool EIndexFile::FindChild(int index, void* key, std::uint32_t child, unsigned long level,
+                           int& slot) {
+    if (CherchePage(index, key, level, 1, 0) != 0) {
+        return false;
+    }
+    const char* entry = GetPosPage(index, key);
+    if (entry == nullptr) {
+        return false;
+    }
+    slot = static_cast<int>(entry - (m_Page + fmt::kPageHeaderSize)) / Desc(index).EntrySize;
+    return SeekValue(index, child, slot);
+}
+
+// The entry of a new right half goes into the parent right after the entry
+// of the page that split, not after every equal key: among duplicates the
+// parent's equal keys route to pages further right, and the new page lies
+// right after the one that split.
+int EIndexFile::InsSeparator(int index, void* leftKey, std::uint32_t left, void* separator,
+                             std::uint32_t right, unsigned long level) {
+    int slot = 0;
+    if (!FindChild(index, leftKey, left, level, slot)) {
+        return kDamaged;
+    }
+    const fmt::Descriptor& d = Desc(index);
+    if (fmt::CountOf(m_Page) == d.MaxEntries) {
+        const int split = Split(index, separator);
+        if (split != kDone) {
+            return split;
+        }
+        if (!FindChild(index, leftKey, left, level, slot)) {
+            return kDamaged;
+        }
+    }
+    const int count = fmt::CountOf(m_Page);
+    char* place = EntryAt(index, slot + 1);
+    std::memmove(place + d.EntrySize, place,
+                 static_cast<std::size_t>(count - 1 - slot) * d.EntrySize);
+    std::memcpy(place, separator, d.KeySize);
+    fmt::Store32(place + d.KeySize, right);
+    fmt::SetCount(m_Page, count + 1);
+    UpdatePage();
+    return kDone;
 }
 
 // Splits the full page in m_Page into two halves, the upper half going to a
@@ -122,8 +176,9 @@ int EIndexFile::Split(int index, const void* key) {
     UpdatePage();
 
     // The first key of the right half goes up as a copy and stays in it.
+    std::vector<char> leftKey = CopyOf(oldEntries, d.KeySize);
     std::vector<char> separator = CopyOf(oldEntries + half * entrySize, d.KeySize);
-    InsIndex(index, separator.data(), right, old.Level + 1UL);
+    InsSeparator(index, leftKey.data(), left, separator.data(), right, old.Level + 1UL);
     const bool goesLeft = CompareIndex(index, key, separator.data()) < 0;
     return GetPage(goesLeft ? left : right) ? kDone : kDamaged;
 }
@@ -144,6 +199,11 @@ int EIndexFile::InsIndex(int index, void* key, unsigned long value, unsigned lon
         d.Root = d.FirstLeaf = d.LastLeaf = page;
     }
     if (fmt::CountOf(m_Page) == d.MaxEntries) {
+        // A refused key changes nothing: the duplicate is found before the
+        // page splits.
+        if (d.Duplicates == 0 && GetPosPage(index, key) != nullptr) {
+            return kDuplicate;
+        }
         const int split = Split(index, key);
         if (split != kDone) {
             return split;

@@ -7,6 +7,8 @@
 #include <memory>
 
 #include "nvk/storage/memory_file.h"
+#include "os/api/file.h"
+#include "os/api/time_zone.h"
 #include "storage/index_format.h"
 #include "storage/index_keys.h"
 #include "storage/page_cache.h"
@@ -19,6 +21,12 @@ constexpr std::uint64_t kUnknown = ~std::uint64_t{0};
 // Bytes of pages a named index file keeps in memory besides its page buffer.
 constexpr std::uint32_t kCacheBudget = 256u << 10;
 constexpr std::int64_t kLongestSeek = 0x7FFFFFFF;
+// File times count 100 ns from 1601; the clock counts seconds from 1970.
+constexpr std::uint64_t kFileTimeSecond = 10000000;
+constexpr std::int64_t kFileTimeTo1970 = 11644473600;
+// A time of last write this many seconds old tells every later write apart,
+// whatever the step of the file system's times (two seconds at most).
+constexpr std::int64_t kSettleSeconds = 3;
 
 }  // namespace
 
@@ -75,7 +83,10 @@ void EIndexFile::WriteAt(std::uint64_t offset, const void* buffer, std::uint32_t
 }
 
 std::uint32_t EIndexFile::PagesInFile() {
-    const std::uint64_t size = m_File->Taille();
+    return PagesIn(m_File->Taille());
+}
+
+std::uint32_t EIndexFile::PagesIn(std::uint64_t size) const {
     return size < fmt::kHeaderSize
                ? 0
                : static_cast<std::uint32_t>((size - fmt::kHeaderSize) / PageSize());
@@ -236,6 +247,7 @@ void EIndexFile::Release() {
     m_File = nullptr;
     m_FileAt = kUnknown;
     m_FilePages = 0;
+    m_Settled = false;
 }
 
 int EIndexFile::Create(const char* name, unsigned long pageSize) {
@@ -329,23 +341,76 @@ int EIndexFile::Open(const char* name) {
     return 1;
 }
 
+// Another object, in this process or another, may have changed the file
+// since this one last looked: the pages it keeps and its header would then
+// be stale. The file's size and time of last write tell, read through the
+// handle, which names one file for its whole life. Two writes within one step
+// of the file system's clock leave the same time, so a time that recent tells
+// nothing, and what is kept then lasts one operation only.
+void EIndexFile::Refresh() {
+    if (m_File == nullptr || m_InMemory) {
+        return;
+    }
+    nvk::os::FILETIME written{};
+    nvk::os::GetFileTime(m_File->Handle(), nullptr, nullptr, &written);
+    const std::uint64_t time =
+        (std::uint64_t{written.dwHighDateTime} << 32) | written.dwLowDateTime;
+    const std::uint64_t size = m_File->Taille();
+    if (m_Settled && time == m_StampTime && size == m_StampSize) {
+        return;
+    }
+    const std::int64_t now = nvk::os::_time32(nullptr);
+    m_StampTime = time;
+    m_StampSize = size;
+    m_Settled =
+        static_cast<std::int64_t>(time / kFileTimeSecond) - kFileTimeTo1970 + kSettleSeconds < now;
+    if (m_Cache != nullptr) {
+        m_Cache->Clear();
+    }
+    m_FilePages = PagesIn(size);
+    ReloadHeader(size);
+}
+
+// A header that no longer fits this object's buffers (damaged, or of another
+// page size) is not taken; the object goes on with the one it has.
+void EIndexFile::ReloadHeader(std::uint64_t size) {
+    fmt::Header header{};
+    if (!ReadAt(0, &header, fmt::kHeaderSize) || !SoundHeader(header, size) ||
+        header.PageSize != PageSize()) {
+        return;
+    }
+    int largest = 0;
+    int held = 0;
+    for (int i = 0; i < fmt::kMaxIndexes; ++i) {
+        largest = std::max<int>(largest, header.Indexes[i].KeySize);
+        held = std::max<int>(held, Desc(i).KeySize);
+    }
+    *m_Header = header;
+    if (largest > held) {
+        AllocateKeyBuffer();
+    }
+}
+
 int EIndexFile::CreateIndex(int keySize, int keyType, int duplicates) {
+    Refresh();
     if (m_File == nullptr || m_Header->IndexCount >= fmt::kMaxIndexes) {
         return 0;
     }
     // Sizes are one byte; a key too long for its entry size to fit one byte,
-    // or a page that can't hold two entries, makes no index.
+    // a page that can't hold two entries, or a key shorter than the number
+    // its type compares (which would read past every key) makes no index.
     const auto size = static_cast<std::uint8_t>(keySize);
+    const auto type = static_cast<std::uint8_t>(keyType);
     const auto entrySize = static_cast<std::uint8_t>(size + 4);
     const std::uint16_t maxEntries = fmt::MaxEntries(PageSize(), entrySize);
-    if (size > 251 || maxEntries == 0) {
+    if (size > 251 || maxEntries == 0 || nvk::KeyTypeSize(type, size) > size) {
         return 0;
     }
     fmt::Descriptor& d = Desc(m_Header->IndexCount);
     d = fmt::Descriptor{};
     d.KeySize = size;
     d.EntrySize = entrySize;
-    d.KeyType = static_cast<std::uint8_t>(keyType);
+    d.KeyType = type;
     d.Duplicates = static_cast<std::uint8_t>(duplicates);
     d.MaxEntries = maxEntries;
     ++m_Header->IndexCount;
@@ -364,7 +429,8 @@ void EIndexFile::Close() {
     }
 }
 
-unsigned long EIndexFile::Nombre(int index) const {
+unsigned long EIndexFile::Nombre(int index) {
+    Refresh();
     if (m_File == nullptr || index < 1 || index > m_Header->IndexCount) {
         return 0;
     }

@@ -52,6 +52,7 @@ bool EIndexFile::StepToLeaf(int index, std::uint32_t page, std::uint32_t& steps)
 }
 
 bool EIndexFile::Searchable(int index) {
+    Refresh();
     if (m_File == nullptr || index < 1 || index > m_Header->IndexCount) {
         return false;
     }
@@ -280,6 +281,11 @@ void EIndexFile::NoteBackward(int slot) {
 unsigned long EIndexFile::Step(bool forward) {
     if (m_File == nullptr || m_NextPage == 0) {
         return 0;
+    }
+    // A step inside the page in the buffer reads no page; one that reads
+    // another, now or to note the next position, looks for changes first.
+    if (m_NextPage != m_PageNo || m_NextSlot <= 0 || m_NextSlot + 1 >= fmt::CountOf(m_Page)) {
+        Refresh();
     }
     if (m_NextPage != m_PageNo && !GetPage(m_NextPage)) {
         m_PageNo = 0;
@@ -535,6 +541,7 @@ long EIndexFile::GetFocus(int index, void* prefix, unsigned long prefixSize) {
     if (m_File == nullptr) {
         return -1;
     }
+    Refresh();
     if (index < 1 || index > m_Header->IndexCount + 1) {
         return 0;
     }

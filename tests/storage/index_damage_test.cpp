@@ -120,6 +120,21 @@ TEST_F(DamagedIndex, CycleInTheFreeList) {
     EXPECT_GT(damaged, 0);
 }
 
+// Keys out of order between neighbours, in a page and across two pages.
+TEST_F(DamagedIndex, CheckFindsKeysOutOfOrder) {
+    const std::vector<char> sound = m_Bytes;
+    const std::size_t leaf = PageAt(FirstLeaf());
+    const std::uint32_t second = Field(leaf + 8);
+    const std::uint16_t count = At<std::uint16_t>(m_Bytes, leaf + 2);
+    Put<std::uint32_t>(m_Bytes, leaf + 12 + 8 * 1, Field(leaf + 12 + 8 * 2) + 1);
+    Reopen();
+    EXPECT_NE(m_Index.Check().find("out of order"), std::string::npos);
+    m_Bytes = sound;
+    Put<std::uint32_t>(m_Bytes, leaf + 12 + 8 * (count - 1), Field(PageAt(second) + 12) + 1);
+    Reopen();
+    EXPECT_NE(m_Index.Check().find("out of order"), std::string::npos);
+}
+
 TEST_F(DamagedIndex, ZeroKeySizeStillAnswers) {
     m_Bytes[kDescriptor + 9] = 0;   // KeySize
     m_Bytes[kDescriptor + 10] = 4;  // EntrySize

@@ -251,6 +251,50 @@ TEST_F(MemoryIndex, PrefixOperations) {
     EXPECT_EQ(-1, m_Index.GetFocus(1, nullptr, 2));
 }
 
+TEST_F(MemoryIndex, SplitAmongDuplicatesKeepsTheWalkInOrder) {
+    Make(44, 1);
+    std::uint32_t value = 1;
+    for (std::uint32_t k : {2u, 1u, 1u, 1u, 0u, 0u, 0u, 2u}) {
+        ASSERT_EQ(0, Insert(k, value++));
+    }
+    std::vector<std::uint32_t> keys;
+    for (auto [k, v] : Scan()) {
+        keys.push_back(k);
+    }
+    EXPECT_EQ(std::vector<std::uint32_t>({0, 0, 0, 1, 1, 1, 2, 2}), keys);
+    EXPECT_EQ("", m_Index.Check());
+}
+
+// The file is closed and opened again after each refusal: what is on it must
+// be a sound tree holding exactly the keys that stayed.
+TEST(IndexFile, RefusedChangesLeaveASoundFile) {
+    TempPath path("refused.idx");
+    CheckedIndex index;
+    ASSERT_EQ(1, index.Create(path.c_str(), 44));
+    ASSERT_EQ(1, index.Open(path.c_str()));
+    ASSERT_EQ(1, index.CreateIndex(4, 18, 0));
+    for (std::uint32_t k = 1; k <= 4; ++k) {
+        ASSERT_EQ(0, index.Insere(1, Key32(k).data(), k));
+    }
+    const std::vector<char> before = ReadAll(path.c_str());
+    EXPECT_EQ(1, index.Insere(1, Key32(3).data(), 9));
+    index.Close();
+    EXPECT_EQ(before, ReadAll(path.c_str()));  // a refused key changes nothing
+    ASSERT_EQ(1, index.Open(path.c_str()));
+    EXPECT_EQ(3u, index.Equal(1, Key32(3).data()));
+    EXPECT_EQ(4u, index.Equal(1, Key32(4).data()));
+
+    // An update whose deletion frees the first leaf, and whose new key is refused.
+    ASSERT_EQ(0, index.Insere(1, Key32(5).data(), 5));  // leaves (1, 2) (3, 4, 5)
+    ASSERT_EQ(0, index.Delete(1, Key32(1).data(), 1));
+    EXPECT_EQ(1, index.Update(1, Key32(2).data(), Key32(4).data(), 2));
+    index.Close();
+    ASSERT_EQ(1, index.Open(path.c_str()));
+    EXPECT_EQ("", index.Check());
+    EXPECT_EQ(3u, index.First(1));
+    EXPECT_EQ(3u, index.Nombre(1));
+}
+
 TEST(IndexKeys, FloatKeysAreOnlyAsFineAsAUnit) {
     EIndexFile index;
     ASSERT_EQ(1, index.Create(nullptr, 512));
@@ -263,6 +307,7 @@ TEST(IndexKeys, FloatKeysAreOnlyAsFineAsAUnit) {
     EXPECT_EQ(1, index.Insere(1, &b, 2));
     EXPECT_EQ(0, index.Insere(1, &c, 3));
     EXPECT_EQ(3u, index.First(1));
+
     // Signed 64-bit keys order across the sign.
     ASSERT_EQ(2, index.CreateIndex(8, 20, 0));
     for (std::int64_t k : {std::int64_t{5}, std::int64_t{-1}, std::int64_t{1} << 40}) {
@@ -271,6 +316,31 @@ TEST(IndexKeys, FloatKeysAreOnlyAsFineAsAUnit) {
     EXPECT_EQ(0x100u, index.First(2));
     EXPECT_EQ(6u, index.Next());
     EXPECT_EQ(1u, index.Next());
+    // Less than 1 apart, though a float subtraction rounds the difference to 1.
+    ASSERT_EQ(3, index.CreateIndex(4, 23, 0));
+    float d = 0.99999994f;
+    float e = -3.0e-8f;
+    EXPECT_EQ(0, index.Insere(3, &d, 4));
+    EXPECT_EQ(1, index.Insere(3, &e, 5));
+}
+
+TEST(IndexKeys, CreationRefusesKeysShorterThanTheirType) {
+    EIndexFile index;
+    ASSERT_EQ(1, index.Create(nullptr, 512));
+    ASSERT_EQ(1, index.Open(nullptr));
+    EXPECT_EQ(0, index.CreateIndex(4, 2, 0));
+    EXPECT_EQ(0, index.CreateIndex(3, 1, 0));
+    EXPECT_EQ(0, index.CreateIndex(2, 18, 0));
+    EXPECT_EQ(0, index.CreateIndex(7, 20, 1));
+    EXPECT_EQ(1, index.CreateIndex(8, 1, 0));  // compares its first four bytes
+    EXPECT_EQ(2, index.CreateIndex(1, 0, 0));
+    // A string that fills its key ends there.
+    char a[] = "ABCD1";
+    char b[] = "ABCD2";
+    ASSERT_EQ(3, index.CreateIndex(4, 0, 0));
+    EXPECT_EQ(0, index.Insere(3, a, 1));
+    EXPECT_EQ(1, index.Insere(3, b, 2));
+    EXPECT_EQ(1u, index.Equal(3, b));
 }
 
 TEST(IndexFile, NamedFileKeepsItsTreesAndRefusesBadSizes) {

@@ -1,5 +1,6 @@
 // nvk index: B+-tree index files: create, add an index, run operations read
 // from standard input, verify and dump.
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <iomanip>
@@ -12,8 +13,11 @@
 #include "hex_bytes.h"
 #include "nvk/storage/data_file.h"
 #include "nvk/storage/index_file.h"
+#include "os/api/error.h"
+#include "os/api/file_attributes.h"
 #include "storage/index_check.h"
 #include "storage/index_format.h"
+#include "storage/index_keys.h"
 
 namespace fmt = nvk::index_format;
 
@@ -75,75 +79,84 @@ class Session {
 public:
     Session(EIndexFile& index, const fmt::Header& header) : m_Index(index), m_Header(header) {}
 
-    // One answer line for one command line; false for a line that is not a
-    // command.
-    bool Answer(const Args& words, std::ostream& out) {
+    // One answer line for one command line; for a line that is no valid
+    // command, what is wrong with it.
+    std::string Answer(const Args& words, std::ostream& out) {
         const std::string& verb = words[0];
+        const std::size_t expected =
+            verb == "next" || verb == "prev"                                     ? 1
+            : verb == "first" || verb == "last" || verb == "count"               ? 2
+            : verb == "equal" || verb == "ge" || verb == "le" || verb == "getat" ? 3
+            : verb == "insert" || verb == "delete"                               ? 4
+            : verb == "update"                                                   ? 5
+                                                                                 : 0;
+        if (expected == 0) {
+            return "not a command: " + verb;
+        }
+        if (words.size() != expected) {
+            return verb + " takes " + std::to_string(expected - 1) + " argument(s)";
+        }
         if (verb == "next" || verb == "prev") {
-            if (words.size() != 1) {
-                return false;
-            }
             Deliver(verb == "next" ? m_Index.Next() : m_Index.Prev(), m_Cursor, out);
-            return true;
+            return {};
         }
         long long index = 0;
-        if (words.size() < 2 || !nvk::tool::ParseLong(words[1], index) || index < -1000 ||
-            index > 1000) {
-            return false;
+        if (!nvk::tool::ParseLong(words[1], index) || index < -1000 || index > 1000) {
+            return "not an index number: " + words[1];
         }
         const int i = static_cast<int>(index);
         std::vector<char> key;
         std::vector<char> other;
         long long value = 0;
+        std::string error;
         if (verb == "insert" || verb == "delete") {
-            if (words.size() != 4 || !Key(i, words[2], key) ||
-                !ParseNumber(words[3], 0, 0xFFFFFFFF, value)) {
-                return false;
+            if (!(error = Key(i, words[2], key)).empty()) {
+                return error;
+            }
+            if (!ParseNumber(words[3], 0, 0xFFFFFFFF, value)) {
+                return "not a value from 0 to 4294967295: " + words[3];
             }
             const int result = verb == "insert" ? m_Index.Insere(i, key.data(), value)
                                                 : m_Index.Delete(i, key.data(), value);
             out << result << '\n';
-            return true;
+            return {};
         }
         if (verb == "update") {
-            if (words.size() != 5 || !Key(i, words[2], key) || !Key(i, words[3], other) ||
-                !ParseNumber(words[4], 0, 0xFFFFFFFF, value)) {
-                return false;
+            if (!(error = Key(i, words[2], key)).empty() ||
+                !(error = Key(i, words[3], other)).empty()) {
+                return error;
+            }
+            if (!ParseNumber(words[4], 0, 0xFFFFFFFF, value)) {
+                return "not a value from 0 to 4294967295: " + words[4];
             }
             const int result = m_Index.Update(i, key.data(), other.data(), value);
             out << result << '\n';
-            return true;
+            return {};
         }
         if (verb == "equal" || verb == "ge" || verb == "le") {
-            if (words.size() != 3 || !Key(i, words[2], key)) {
-                return false;
+            if (!(error = Key(i, words[2], key)).empty()) {
+                return error;
             }
             const unsigned long found = verb == "equal" ? m_Index.Equal(i, key.data())
                                         : verb == "ge"  ? m_Index.GreaterEqual(i, key.data())
                                                         : m_Index.LessEqual(i, key.data());
             Search(i, found, out);
-            return true;
-        }
-        if (verb == "first" || verb == "last" || verb == "count") {
-            if (words.size() != 2) {
-                return false;
-            }
-            if (verb == "count") {
-                out << m_Index.Nombre(i) << '\n';
-            } else {
-                Search(i, verb == "first" ? m_Index.First(i) : m_Index.Last(i), out);
-            }
-            return true;
+            return {};
         }
         if (verb == "getat") {
             long long rank = 0;
-            if (words.size() != 3 || !ParseNumber(words[2], 0, 0xFFFFFFFF, rank)) {
-                return false;
+            if (!ParseNumber(words[2], 0, 0xFFFFFFFF, rank)) {
+                return "not a rank: " + words[2];
             }
             Search(i, m_Index.GetAt(i, static_cast<unsigned long>(rank)), out);
-            return true;
+            return {};
         }
-        return false;
+        if (verb == "count") {
+            out << m_Index.Nombre(i) << '\n';
+        } else {
+            Search(i, verb == "first" ? m_Index.First(i) : m_Index.Last(i), out);
+        }
+        return {};
     }
 
 private:
@@ -153,15 +166,24 @@ private:
     }
 
     // KeySize bytes in hexadecimal; for an index that does not exist, any
-    // whole bytes, since the engine answers for it alone.
-    bool Key(int index, const std::string& hex, std::vector<char>& key) const {
+    // whole bytes, since the engine answers for it alone. A string key
+    // (type 0) holds its ending zero byte.
+    std::string Key(int index, const std::string& hex, std::vector<char>& key) const {
         const int size = KeySize(index);
-        if (!nvk::tool::ParseHex(hex, key) ||
-            (size >= 0 && key.size() != static_cast<std::size_t>(size))) {
-            return false;
+        if (!nvk::tool::ParseHex(hex, key)) {
+            return "not a key in hexadecimal, two digits a byte: " + hex;
+        }
+        if (size >= 0 && key.size() != static_cast<std::size_t>(size)) {
+            return "index " + std::to_string(index) + " takes keys of " + std::to_string(size) +
+                   " bytes (" + std::to_string(size * 2) + " hexadecimal digits): " + hex;
+        }
+        if (size > 0 && m_Header.Indexes[index - 1].KeyType == 0 &&
+            std::find(key.begin(), key.end(), 0) == key.end()) {
+            return "a key of index " + std::to_string(index) +
+                   " is a string and ends with a zero byte (00): " + hex;
         }
         key.resize(std::max<std::size_t>(key.size(), 8) + kKeyPadding, 0);
-        return true;
+        return {};
     }
 
     // The searching operations move the cursor to their index.
@@ -189,29 +211,87 @@ private:
     int m_Cursor = 0;
 };
 
+// Why a file could not be made, in words.
+std::string WhyNotMade(const std::string& name) {
+    const nvk::os::DWORD error = nvk::os::GetLastError();
+    if (error == nvk::os::ERROR_PATH_NOT_FOUND) {
+        return "the folder of " + name + " does not exist";
+    }
+    if (error == nvk::os::ERROR_ACCESS_DENIED) {
+        return "no permission to create " + name;
+    }
+    return "cannot create " + name + " (system error " + std::to_string(error) + ")";
+}
+
+bool KnownKeyType(long long type) {
+    static const int kTypes[] = {0, 1, 2, 4, 5, 12, 14, 15, 16, 18, 20, 23, 29, 255};
+    return std::find(std::begin(kTypes), std::end(kTypes), type) != std::end(kTypes);
+}
+
 const Command kCommands[] = {
-    {"create", "FILE PAGESIZE", "create an empty index file with pages of PAGESIZE bytes",
+    {"create", "FILE PAGESIZE",
+     "create an empty index file with pages of PAGESIZE bytes (12 to 16777216); fails if FILE "
+     "exists and is not empty",
      [](const Args& args) {
          long long pageSize = 0;
          if (args.size() != 2 || !ParseNumber(args[1], 1, 0xFFFFFFFF, pageSize)) {
              return nvk::tool::Fail("usage: index create FILE PAGESIZE");
          }
+         const std::string& name = args[0];
+         if (name.empty()) {
+             return nvk::tool::Fail("index create: the file name is empty");
+         }
+         const nvk::os::DWORD attributes = nvk::os::GetFileAttributesA(name.c_str());
+         if (attributes != nvk::os::INVALID_FILE_ATTRIBUTES &&
+             (attributes & nvk::os::FILE_ATTRIBUTE_DIRECTORY) != 0) {
+             return nvk::tool::Fail(name + " is a folder");
+         }
          EIndexFile index;
-         if (!index.Create(args[0].c_str(), static_cast<unsigned long>(pageSize))) {
-             return nvk::tool::Fail("cannot create " + args[0] +
-                                    " (it exists, or the page size is out of range)");
+         if (!index.Create(name.c_str(), static_cast<unsigned long>(pageSize))) {
+             return nvk::tool::Fail(attributes != nvk::os::INVALID_FILE_ATTRIBUTES
+                                        ? name + " exists and is not empty"
+                                        : "page size " + args[1] +
+                                              " out of range (12 to 16777216)");
+         }
+         // Creation answers as if it had made the file even when it could not:
+         // look for it.
+         EBaseFile made;
+         if (!made.Open(name.c_str(), EBaseFile::kRead, 1)) {
+             return nvk::tool::Fail(WhyNotMade(name));
          }
          return nvk::tool::kOk;
      }},
     {"add-index", "FILE KEYSIZE KEYTYPE DUPLICATES",
-     "add an index and print its number (DUPLICATES 0: unique keys)",
+     "add an index and print its number (from 1); KEYSIZE 1 to 251 bytes, at least what "
+     "KEYTYPE compares; DUPLICATES 0 for unique keys, 1 to allow equal keys"
+     "\n  key types: 0 string ending with a zero byte, at most KEYSIZE bytes; 1 signed integer"
+     "\n  of 1, 2 or 4 bytes (a larger key compares its first 4); 2 double (8 bytes); 4, 5, 12"
+     "\n  signed 32-bit; 14 unsigned byte; 15 signed 16-bit; 16 unsigned 16-bit; 18 unsigned"
+     "\n  32-bit; 20, 29 signed 64-bit; 23 float, equal when less than 1 apart; 255 raw bytes."
+     "\n  Numbers are little-endian.",
      [](const Args& args) {
          long long keySize = 0;
          long long keyType = 0;
          long long duplicates = 0;
-         if (args.size() != 4 || !ParseNumber(args[1], 0, 255, keySize) ||
-             !ParseNumber(args[2], 0, 255, keyType) || !ParseNumber(args[3], 0, 255, duplicates)) {
+         if (args.size() != 4) {
              return nvk::tool::Fail("usage: index add-index FILE KEYSIZE KEYTYPE DUPLICATES");
+         }
+         if (!ParseNumber(args[1], 1, 251, keySize)) {
+             return nvk::tool::Fail("KEYSIZE is a number of bytes from 1 to 251: " + args[1]);
+         }
+         if (!ParseNumber(args[2], 0, 255, keyType) || !KnownKeyType(keyType)) {
+             return nvk::tool::Fail(
+                 "unknown key type " + args[2] +
+                 " (0, 1, 2, 4, 5, 12, 14, 15, 16, 18, 20, 23, 29 or 255; see --help)");
+         }
+         if (!ParseNumber(args[3], 0, 1, duplicates)) {
+             return nvk::tool::Fail("DUPLICATES is 0 (unique keys) or 1 (equal keys allowed): " +
+                                    args[3]);
+         }
+         const int needed = nvk::KeyTypeSize(static_cast<int>(keyType), static_cast<int>(keySize));
+         if (needed > keySize) {
+             return nvk::tool::Fail("key type " + args[2] + " needs keys of " +
+                                    std::to_string(needed) + " bytes at least");
          }
          EIndexFile index;
          if (!index.Open(args[0].c_str())) {
@@ -221,15 +301,24 @@ const Command kCommands[] = {
                                               static_cast<int>(duplicates));
          if (number == 0) {
              return nvk::tool::Fail(
-                 "cannot add an index: 16 already, or the key does not fit a page");
+                 "cannot add an index: 16 already, or a page holds fewer than two entries");
          }
          std::cout << number << '\n';
          return nvk::tool::kOk;
      }},
     {"run", "FILE",
-     "run commands from standard input, one answer a line: insert|delete I KEY VALUE, "
-     "update I OLDKEY NEWKEY VALUE, equal|ge|le I KEY, first|last|count I, getat I RANK, "
-     "next, prev",
+     "run commands from standard input, one answer line for each command line:"
+     "\n  insert|delete I KEY VALUE, update I OLDKEY NEWKEY VALUE: answer 0 done, 1 the key"
+     "\n    is already in a unique index, 79 no index I, 128 damaged tree or no such entry;"
+     "\n  equal|ge|le I KEY, first|last I, getat I RANK, next, prev: the VALUE and KEY of"
+     "\n    the entry found, or 0 for none; count I: the number of keys;"
+     "\n  a line that is no valid command answers error, says why on standard error, and"
+     "\n  the exit status is then 2."
+     "\n  I is the index number from 1; KEY is the key's KEYSIZE bytes in hexadecimal, two"
+     "\n  digits a byte (0A000000 is 10 as a 4-byte number); VALUE is 1 to 4294967295"
+     "\n  (a value 0 can't be told from none)."
+     "\n  A string key (type 0) holds its ending zero byte (414200 is \"AB\")."
+     "\n  Example: printf 'insert 1 0A000000 7\\nequal 1 0A000000\\n' | nvk index run f.idx",
      [](const Args& args) {
          if (args.size() != 1) {
              return nvk::tool::Fail("usage: index run FILE");
@@ -251,9 +340,10 @@ const Command kCommands[] = {
              if (words.empty()) {
                  continue;
              }
-             if (!session.Answer(words, std::cout)) {
+             const std::string error = session.Answer(words, std::cout);
+             if (!error.empty()) {
                  std::cout << "error\n";
-                 std::cerr << "nvk: not a command: " << line << '\n';
+                 std::cerr << "nvk: " << error << '\n';
                  status = nvk::tool::kFailure;
              }
          }

@@ -60,7 +60,7 @@ public:
     virtual long GetFocus(int index, void* prefix, unsigned long prefixSize);
 
     void* AdrCle() const { return m_KeyBuffer; }
-    unsigned long Nombre(int index) const;
+    unsigned long Nombre(int index);
     unsigned long Nombre(int index, void* prefix, unsigned long prefixSize);
 
 protected:
@@ -118,11 +118,17 @@ private:
     bool ReadAt(std::uint64_t offset, void* buffer, std::uint32_t size);
     void WriteAt(std::uint64_t offset, const void* buffer, std::uint32_t size);
     std::uint32_t PagesInFile();
+    std::uint32_t PagesIn(std::uint64_t size) const;
     bool PageInFile(std::uint32_t page);
     // Writes m_Page to its place; false if it did not all go out.
     bool WritePage();
     void AllocateKeyBuffer();
     void Release();
+    // Drops what this object holds of the file (cached pages, the header)
+    // when another object may have changed it; at the start of every public
+    // operation.
+    void Refresh();
+    void ReloadHeader(std::uint64_t size);
 
     // Entries of the page in m_Page.
     char* EntryAt(int index, int slot) const;
@@ -144,14 +150,20 @@ private:
     Walk WalkPrefix(int index, const void* prefix, unsigned long prefixSize, bool wholeKey,
                     int& slot);
 
-    int ChangeCheck(int index) const;
-    int Finish();
+    int ChangeCheck(int index);
+    int Finish(int result, const nvk::index_format::Header& before);
     int Split(int index, const void* key);
+    bool FindChild(int index, void* key, std::uint32_t child, unsigned long level, int& slot);
+    int InsSeparator(int index, void* leftKey, std::uint32_t left, void* separator,
+                     std::uint32_t right, unsigned long level);
     bool SeekValue(int index, unsigned long value, int& slot);
 
     nvk::PageCache* m_Cache = nullptr;           // pages of a named file, written through
     std::uint64_t m_FileAt = ~std::uint64_t{0};  // where the file stands; unknown
     std::uint32_t m_FilePages = 0;               // pages the file held when last asked
+    std::uint64_t m_StampSize = 0;               // the file's size when last looked at
+    std::uint64_t m_StampTime = 0;               // its time of last write then
+    bool m_Settled = false;                      // that time was long enough ago to tell
     std::uint32_t m_Walked = 0;                  // leaves left by Next and Prev since Position
     std::uint32_t m_Deletions = 0;               // entries removed by this object
     std::uint32_t m_DeletionsSeen = 0;           // the same, when the cursor last moved

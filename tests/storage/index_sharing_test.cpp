@@ -1,0 +1,146 @@
+// One index file open in two objects, and in two processes: each sees what
+// the other wrote, whatever it keeps of the file.
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+#include "os/api/environment.h"
+#include "os/api/module.h"
+#include "os/api/process.h"
+#include "storage_support.h"
+
+namespace nvk::test {
+namespace {
+
+constexpr const char* kChildVariable = "NVK_INDEX_SHARING_CHILD";
+
+std::vector<char> Key32(std::uint32_t value) {
+    std::vector<char> key(4 + 16, 0);
+    std::memcpy(key.data(), &value, 4);
+    return key;
+}
+
+// Run as a child ("FILE FROM COUNT" in the variable), this program inserts
+// keys FROM to FROM + COUNT - 1, with themselves as values, and ends.
+const bool kChild = [] {
+    char task[1024] = {};
+    if (os::GetEnvironmentVariableA(kChildVariable, task, sizeof task) == 0) {
+        return false;
+    }
+    std::string text(task);
+    const std::size_t second = text.rfind(' ');
+    const std::size_t first = text.rfind(' ', second - 1);
+    const std::uint32_t from = std::stoul(text.substr(first + 1, second - first - 1));
+    const std::uint32_t count = std::stoul(text.substr(second + 1));
+    EIndexFile index;
+    int status = index.Open(text.substr(0, first).c_str()) ? 0 : 100;
+    for (std::uint32_t k = from; status == 0 && k < from + count; ++k) {
+        status = index.Insere(1, Key32(k).data(), k);
+    }
+    index.Close();
+    std::exit(status);
+}();
+
+long InsertInChild(const char* path, std::uint32_t from, std::uint32_t count) {
+    char self[1024] = {};
+    os::GetModuleFileNameA(nullptr, self, sizeof self);
+    const std::string task =
+        std::string(path) + " " + std::to_string(from) + " " + std::to_string(count);
+    os::SetEnvironmentVariableA(kChildVariable, task.c_str());
+    std::string line = "\"" + std::string(self) + "\"";
+    os::PROCESS_INFORMATION process = {};
+    const bool started = os::CreateProcessA(nullptr, line.data(), nullptr, nullptr, os::FALSE, 0,
+                                            nullptr, nullptr, nullptr, &process);
+    os::SetEnvironmentVariableA(kChildVariable, nullptr);
+    if (!started) {
+        return -1;
+    }
+    os::DWORD code = 99;
+    os::WaitForSingleObject(process.hProcess, 60000);
+    os::GetExitCodeProcess(process.hProcess, &code);
+    os::CloseHandle(process.hThread);
+    os::CloseHandle(process.hProcess);
+    return static_cast<long>(code);
+}
+
+class SharedIndex : public ::testing::Test {
+protected:
+    void SetUp() override {
+        ASSERT_EQ(1, m_Reader.Create(m_Path.c_str(), 44));  // 4 entries a page
+        ASSERT_EQ(1, m_Reader.Open(m_Path.c_str()));
+        ASSERT_EQ(1, m_Reader.CreateIndex(4, 18, 0));
+        for (std::uint32_t k = 1; k <= 10; ++k) {
+            ASSERT_EQ(0, m_Reader.Insere(1, Key32(k * 10).data(), k * 10));
+        }
+        ASSERT_EQ(1, m_Writer.Open(m_Path.c_str()));
+    }
+    // Every key the reader finds, by a walk and by a search each.
+    std::vector<std::uint32_t> Walk() {
+        std::vector<std::uint32_t> values;
+        for (unsigned long v = m_Reader.First(1); v != 0 && values.size() < 1000;
+             v = m_Reader.Next()) {
+            values.push_back(static_cast<std::uint32_t>(v));
+        }
+        for (std::uint32_t v : values) {
+            EXPECT_EQ(v, m_Reader.Equal(1, Key32(v).data()));
+        }
+        return values;
+    }
+
+    TempPath m_Path{"shared.idx"};
+    EIndexFile m_Reader;
+    EIndexFile m_Writer;
+};
+
+TEST_F(SharedIndex, TwoObjectsSeeEachOthersChanges) {
+    EXPECT_EQ(10u, Walk().size());
+    // Splits, a new root, and a key changed in place at the same size.
+    for (std::uint32_t k = 11; k <= 40; ++k) {
+        ASSERT_EQ(0, m_Writer.Insere(1, Key32(k * 10).data(), k * 10));
+    }
+    EXPECT_EQ(40u, m_Reader.Nombre(1));
+    EXPECT_EQ(40u, Walk().size());
+    EXPECT_EQ(400u, m_Reader.Last(1));
+    ASSERT_EQ(0, m_Writer.Delete(1, Key32(200).data(), 200));
+    ASSERT_EQ(0, m_Writer.Insere(1, Key32(200).data(), 201));
+    EXPECT_EQ(201u, m_Reader.Equal(1, Key32(200).data()));
+    // And the other way round, with an index added.
+    ASSERT_EQ(0, m_Reader.Delete(1, Key32(10).data(), 10));
+    ASSERT_EQ(2, m_Reader.CreateIndex(8, 20, 1));
+    EXPECT_EQ(20u, m_Writer.First(1));
+    EXPECT_EQ(39u, m_Writer.Nombre(1));
+    EXPECT_EQ(3, m_Writer.CreateIndex(4, 18, 0));
+    m_Reader.Close();
+    m_Writer.Close();
+    CheckedIndex again;
+    ASSERT_EQ(1, again.Open(m_Path.c_str()));
+    EXPECT_EQ("", again.Check());
+}
+
+// What a reader kept from a file untouched for some seconds is trusted until
+// the file changes.
+TEST_F(SharedIndex, PagesKeptFromAQuietFileGiveWayToAChange) {
+    os::Sleep(4000);
+    EXPECT_EQ(10u, Walk().size());
+    EXPECT_EQ(10u, Walk().size());
+    ASSERT_EQ(0, m_Writer.Delete(1, Key32(50).data(), 50));
+    ASSERT_EQ(0, m_Writer.Insere(1, Key32(50).data(), 51));
+    EXPECT_EQ(51u, m_Reader.Equal(1, Key32(50).data()));
+}
+
+TEST_F(SharedIndex, AnotherProcessWrites) {
+    EXPECT_EQ(10u, Walk().size());
+    ASSERT_EQ(0, InsertInChild(m_Path.c_str(), 1000, 30));
+    EXPECT_EQ(40u, Walk().size());
+    EXPECT_EQ(1005u, m_Reader.Equal(1, Key32(1005).data()));
+    ASSERT_EQ(0, m_Reader.Delete(1, Key32(1005).data(), 1005));
+    ASSERT_EQ(1, InsertInChild(m_Path.c_str(), 1004, 1));  // the child sees it is there
+    ASSERT_EQ(0, InsertInChild(m_Path.c_str(), 1005, 1));  // and that this one went
+    EXPECT_EQ(1005u, m_Reader.Equal(1, Key32(1005).data()));
+}
+
+}  // namespace
+}  // namespace nvk::test
