@@ -144,7 +144,7 @@ const Command kCommands[] = {
          long long size = 0;
          if (args.size() != 2 || !nvk::tool::ParseLong(args[1], size) || size < 0 ||
              size > 0xFFFFFFFF) {
-             return nvk::tool::Fail("usage: data create FILE RECORDSIZE");
+             return nvk::tool::Fail("usage: nvk data create FILE RECORDSIZE");
          }
          const std::string sizeText = std::to_string(size);
          if (size > static_cast<long long>(EDataFile::kMaxRecordSize)) {
@@ -176,7 +176,7 @@ const Command kCommands[] = {
      "update HEX, delete, first, next, last, prev, count",
      [](const Args& args) {
          if (args.size() != 1) {
-             return nvk::tool::Fail("usage: data run FILE");
+             return nvk::tool::Fail("usage: nvk data run FILE");
          }
          EDataFile records;
          if (records.Open(args[0].c_str()) == nullptr) {
@@ -205,7 +205,7 @@ const Command kCommands[] = {
     {"dump", "FILE", "show the header and every record",
      [](const Args& args) {
          if (args.size() != 1) {
-             return nvk::tool::Fail("usage: data dump FILE");
+             return nvk::tool::Fail("usage: nvk data dump FILE");
          }
          EBaseFile file;
          dfmt::Header header{};

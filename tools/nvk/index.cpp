@@ -235,7 +235,7 @@ const Command kCommands[] = {
      [](const Args& args) {
          long long pageSize = 0;
          if (args.size() != 2 || !ParseNumber(args[1], 1, 0xFFFFFFFF, pageSize)) {
-             return nvk::tool::Fail("usage: index create FILE PAGESIZE");
+             return nvk::tool::Fail("usage: nvk index create FILE PAGESIZE");
          }
          const std::string& name = args[0];
          if (name.empty()) {
@@ -263,18 +263,13 @@ const Command kCommands[] = {
      }},
     {"add-index", "FILE KEYSIZE KEYTYPE DUPLICATES",
      "add an index and print its number (from 1); KEYSIZE 1 to 251 bytes, at least what "
-     "KEYTYPE compares; DUPLICATES 0 for unique keys, 1 to allow equal keys"
-     "\n  key types: 0 string ending with a zero byte, at most KEYSIZE bytes; 1 signed integer"
-     "\n  of 1, 2 or 4 bytes (a larger key compares its first 4); 2 double (8 bytes); 4, 5, 12"
-     "\n  signed 32-bit; 14 unsigned byte; 15 signed 16-bit; 16 unsigned 16-bit; 18 unsigned"
-     "\n  32-bit; 20, 29 signed 64-bit; 23 float, equal when less than 1 apart; 255 raw bytes."
-     "\n  Numbers are little-endian.",
+     "KEYTYPE compares; DUPLICATES 0 for unique keys, 1 to allow equal keys",
      [](const Args& args) {
          long long keySize = 0;
          long long keyType = 0;
          long long duplicates = 0;
          if (args.size() != 4) {
-             return nvk::tool::Fail("usage: index add-index FILE KEYSIZE KEYTYPE DUPLICATES");
+             return nvk::tool::Fail("usage: nvk index add-index FILE KEYSIZE KEYTYPE DUPLICATES");
          }
          if (!ParseNumber(args[1], 1, 251, keySize)) {
              return nvk::tool::Fail("KEYSIZE is a number of bytes from 1 to 251: " + args[1]);
@@ -305,23 +300,16 @@ const Command kCommands[] = {
          }
          std::cout << number << '\n';
          return nvk::tool::kOk;
-     }},
-    {"run", "FILE",
-     "run commands from standard input, one answer line for each command line:"
-     "\n  insert|delete I KEY VALUE, update I OLDKEY NEWKEY VALUE: answer 0 done, 1 the key"
-     "\n    is already in a unique index, 79 no index I, 128 damaged tree or no such entry;"
-     "\n  equal|ge|le I KEY, first|last I, getat I RANK, next, prev: the VALUE and KEY of"
-     "\n    the entry found, or 0 for none; count I: the number of keys;"
-     "\n  a line that is no valid command answers error, says why on standard error, and"
-     "\n  the exit status is then 2."
-     "\n  I is the index number from 1; KEY is the key's KEYSIZE bytes in hexadecimal, two"
-     "\n  digits a byte (0A000000 is 10 as a 4-byte number); VALUE is 1 to 4294967295"
-     "\n  (a value 0 can't be told from none)."
-     "\n  A string key (type 0) holds its ending zero byte (414200 is \"AB\")."
-     "\n  Example: printf 'insert 1 0A000000 7\\nequal 1 0A000000\\n' | nvk index run f.idx",
+     },
+     "  key types: 0 string ending with a zero byte, at most KEYSIZE bytes; 1 signed integer"
+     "\n  of 1, 2 or 4 bytes (a larger key compares its first 4); 2 double (8 bytes); 4, 5, 12"
+     "\n  signed 32-bit; 14 unsigned byte; 15 signed 16-bit; 16 unsigned 16-bit; 18 unsigned"
+     "\n  32-bit; 20, 29 signed 64-bit; 23 float, equal when less than 1 apart; 255 raw bytes."
+     "\n  Numbers are little-endian."},
+    {"run", "FILE", "run commands from standard input, one answer line for each command line",
      [](const Args& args) {
          if (args.size() != 1) {
-             return nvk::tool::Fail("usage: index run FILE");
+             return nvk::tool::Fail("usage: nvk index run FILE");
          }
          fmt::Header header{};
          EIndexFile index;
@@ -348,13 +336,24 @@ const Command kCommands[] = {
              }
          }
          return status;
-     }},
+     },
+     "  insert|delete I KEY VALUE, update I OLDKEY NEWKEY VALUE: answer 0 done, 1 the key"
+     "\n    is already in a unique index, 79 no index I, 128 damaged tree or no such entry;"
+     "\n  equal|ge|le I KEY, first|last I, getat I RANK, next, prev: the VALUE and KEY of"
+     "\n    the entry found, or 0 for none; count I: the number of keys;"
+     "\n  a line that is no valid command answers error, says why on standard error, and"
+     "\n  the exit status is then 2."
+     "\n  I is the index number from 1; KEY is the key's KEYSIZE bytes in hexadecimal, two"
+     "\n  digits a byte (0A000000 is 10 as a 4-byte number); VALUE is 1 to 4294967295"
+     "\n  (a value 0 can't be told from none)."
+     "\n  A string key (type 0) holds its ending zero byte (414200 is \"AB\")."
+     "\n  Example: printf 'insert 1 0A000000 7\\nequal 1 0A000000\\n' | nvk index run f.idx"},
     {"check", "FILE",
      "verify every tree (order, links, parent keys, counts) and the free list; exit 1 with the "
      "first violation",
      [](const Args& args) {
          if (args.size() != 1) {
-             return nvk::tool::Fail("usage: index check FILE");
+             return nvk::tool::Fail("usage: nvk index check FILE");
          }
          EBaseFile file;
          if (!file.Open(args[0].c_str(), EBaseFile::kRead, 1)) {
@@ -371,7 +370,7 @@ const Command kCommands[] = {
     {"dump", "FILE", "show the header, the index descriptors and every page",
      [](const Args& args) {
          if (args.size() != 1) {
-             return nvk::tool::Fail("usage: index dump FILE");
+             return nvk::tool::Fail("usage: nvk index dump FILE");
          }
          EBaseFile file;
          fmt::Header header{};
