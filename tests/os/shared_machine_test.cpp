@@ -44,12 +44,7 @@ protected:
                             nullptr, &process)) {
             return 1000 + GetLastError();
         }
-        WaitForSingleObject(process.hProcess, INFINITE);
-        DWORD code = 0;
-        GetExitCodeProcess(process.hProcess, &code);
-        CloseHandle(process.hThread);
-        CloseHandle(process.hProcess);
-        return code;
+        return test::Finish(process);
     }
 
     test::TempFolder folder_;
