@@ -60,11 +60,6 @@ public:
 
     int fd() const { return fd_; }
     int Descriptor() const override { return fd_; }
-    int MappingDescriptor(bool& canRead, bool& canWrite) override {
-        canRead = CanRead();
-        canWrite = CanWrite() && writable_;
-        return fd_;
-    }
     bool CanRead() const { return (access_ & kReadAccess) != 0; }
     bool CanWrite() const { return (access_ & kWriteAccess) != 0; }
     bool writable() const { return writable_; }
@@ -312,6 +307,16 @@ HANDLE OpenFile(LPCSTR fileName, DWORD desiredAccess, DWORD shareMode, DWORD cre
 }
 
 }  // namespace
+
+int posix::DescriptorOf(HANDLE handle, bool& canRead, bool& canWrite) {
+    File* file = FileOf(handle);
+    if (file == nullptr) {
+        return -1;
+    }
+    canRead = file->CanRead();
+    canWrite = file->CanWrite() && file->writable();
+    return file->fd();
+}
 
 HANDLE CreateFileA(LPCSTR fileName, DWORD desiredAccess, DWORD shareMode,
                    LPSECURITY_ATTRIBUTES /*attributes*/, DWORD creationDisposition,

@@ -153,12 +153,10 @@ std::shared_ptr<Section> SectionOf(std::shared_ptr<posix::NamedObject> named) {
 // The section of a file handle, `size` bytes of it (0: the whole file),
 // growing the file to that size.
 std::shared_ptr<Section> FileSection(HANDLE file, bool writable, ULONGLONG size) {
-    posix::KernelObject* object = posix::LookupHandle(file);
     bool canRead = false;
     bool canWrite = false;
-    const int fd = object != nullptr ? object->MappingDescriptor(canRead, canWrite) : -1;
+    const int fd = posix::DescriptorOf(file, canRead, canWrite);
     if (fd < 0) {
-        SetErrorCode(ERROR_INVALID_HANDLE);
         return nullptr;
     }
     if (!canRead || (writable && !canWrite)) {

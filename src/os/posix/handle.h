@@ -24,9 +24,6 @@ public:
         SetErrorCode(ERROR_INVALID_HANDLE);
         return WAIT_FAILED;
     }
-    // A file's descriptor for CreateFileMappingA, with the handle's rights;
-    // -1 for objects that are not files.
-    virtual int MappingDescriptor(bool& /*canRead*/, bool& /*canWrite*/) { return -1; }
 };
 
 // Called on entry of the calls that change files, with the call's name; runs
@@ -37,6 +34,9 @@ void OnCall(const char* call);
 // that work on the open file rather than on whatever has its name); -1 with
 // ERROR_INVALID_HANDLE set for a handle that has none.
 int DescriptorOf(HANDLE handle);
+// The same for a file's handle, with what the handle may do: reading, and
+// writing through a descriptor that was opened for it (CreateFileMappingA).
+int DescriptorOf(HANDLE file, bool& canRead, bool& canWrite);
 
 // Enters the object in the table and returns its handle.
 HANDLE RegisterHandle(KernelObject* object);
