@@ -1,0 +1,57 @@
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "os/api/error.h"
+#include "os/api/kernel_text.h"
+#include "os/api/system_info.h"
+
+namespace nvk::os {
+namespace {
+
+TEST(KernelText, MulDivRoundsHalfAwayFromZeroAndRefusesWhatDoesNotFit) {
+    EXPECT_EQ(MulDiv(5, 1, 2), 3);
+    EXPECT_EQ(MulDiv(-5, 1, 2), -3);
+    EXPECT_EQ(MulDiv(5, -1, 2), -3);
+    EXPECT_EQ(MulDiv(5, 1, -2), -3);
+    EXPECT_EQ(MulDiv(-5, -1, -2), -3);
+    EXPECT_EQ(MulDiv(7, 3, 4), 5);  // 5.25
+    EXPECT_EQ(MulDiv(250, 1200, 500), 600);
+    EXPECT_EQ(MulDiv(1 << 30, 1 << 30, 1 << 30), 1 << 30);  // 64-bit product
+    EXPECT_EQ(MulDiv(1, 2, 0), -1);
+    EXPECT_EQ(MulDiv(1 << 30, 4, 1), -1);
+}
+
+TEST(KernelText, CopiesAndFormatsWithinTheirRoom) {
+    char buffer[8] = "xxxxxxx";
+    EXPECT_EQ(lstrcpynA(buffer, "abcdef", 4), buffer);
+    EXPECT_STREQ(buffer, "abc");
+    lstrcpynA(buffer, "ab", 8);
+    EXPECT_STREQ(buffer, "ab");
+    lstrcpynA(buffer, "zz", 0);  // no room: untouched
+    EXPECT_STREQ(buffer, "ab");
+
+    char text[2048];
+    EXPECT_EQ(wsprintfA(text, "%s-%d-%lu", "a", -3, 7ul), 6);
+    EXPECT_STREQ(text, "a--3-7");
+    const std::string big(3000, 'q');
+    EXPECT_EQ(wsprintfA(text, "%s", big.c_str()), 1023);
+    EXPECT_EQ(std::string(text), big.substr(0, 1023));
+}
+
+TEST(SystemInfo, AnswersAsAnNtSystemOfVersionTenForEitherRecord) {
+    OSVERSIONINFOEXA extended{};
+    extended.dwOSVersionInfoSize = sizeof extended;
+    ASSERT_TRUE(GetVersionExA(reinterpret_cast<OSVERSIONINFOA*>(&extended)));
+    EXPECT_EQ(extended.dwPlatformId, VER_PLATFORM_WIN32_NT);
+    EXPECT_EQ(extended.dwMajorVersion, 10u);
+    EXPECT_EQ(extended.wProductType, 1);
+
+    OSVERSIONINFOA plain{};
+    plain.dwOSVersionInfoSize = sizeof plain - 1;
+    EXPECT_FALSE(GetVersionExA(&plain));
+    EXPECT_EQ(GetLastError(), ERROR_INSUFFICIENT_BUFFER);
+}
+
+}  // namespace
+}  // namespace nvk::os
