@@ -4,6 +4,7 @@
 
 #include "os/api/error.h"
 #include "os/api/kernel_text.h"
+#include "os/api/keyboard.h"
 #include "os/api/system_info.h"
 
 namespace nvk::os {
@@ -51,6 +52,16 @@ TEST(SystemInfo, AnswersAsAnNtSystemOfVersionTenForEitherRecord) {
     plain.dwOSVersionInfoSize = sizeof plain - 1;
     EXPECT_FALSE(GetVersionExA(&plain));
     EXPECT_EQ(GetLastError(), ERROR_INSUFFICIENT_BUFFER);
+}
+
+TEST(Keyboard, NoKeyIsDownUnlessTheApplicationsHookSaysSo) {
+    EXPECT_EQ(GetKeyState(VK_CONTROL), 0);
+    const KeyStateHook previous = SetKeyStateHook(
+        [](int key) -> SHORT { return key == VK_CONTROL ? SHORT(0x8000) : SHORT{0}; });
+    EXPECT_LT(GetKeyState(VK_CONTROL), 0);
+    EXPECT_EQ(GetKeyState(VK_SHIFT), 0);
+    SetKeyStateHook(previous);
+    EXPECT_EQ(GetKeyState(VK_CONTROL), 0);
 }
 
 }  // namespace
