@@ -9,6 +9,7 @@ packages=(
     libinih-dev libsqlite3-dev liblmdb-dev
     python3  # the tool's contract test
     tzdata   # the time tests name real zones
+    libcairo2-dev libpango1.0-dev fonts-dejavu-core  # device contexts and their text
 )
 
 sudo=""
