@@ -10,6 +10,8 @@ packages=(
     python3  # the tool's contract test
     tzdata   # the time tests name real zones
     libcairo2-dev libpango1.0-dev fonts-dejavu-core  # device contexts and their text
+    libzint-dev  # the bar-code engine
+    zbar-tools poppler-utils librsvg2-bin  # the bar-code tests read what is drawn
 )
 
 sudo=""
