@@ -1,6 +1,8 @@
 // BitBlt: raster operations as pixel loops over the bitmaps of memory device
 // contexts, since cairo has no bitwise operators; operations that read
 // neither source nor destination are fills, which every device takes.
+#include <pixman.h>
+
 #include <cmath>
 #include <vector>
 
@@ -125,7 +127,10 @@ BOOL BitBlt(HDC dc, int x, int y, int cx, int cy, HDC source, int xSource, int y
         return TRUE;
     }
 
-    if (!readsSource && !readsTarget) {
+    cairo_matrix_t matrix = target->Matrix();
+    bool upright = matrix.xy == 0 && matrix.yx == 0;
+    if (!readsSource && !readsTarget && (!target->IsImage() || !upright)) {
+        // A fill, which any surface takes, turned or not.
         cairo_t* cairo = target->Prepare();
         if (cairo != nullptr) {
             gdi::SetCairoColour(cairo, gdi::ColourOf(gdi::Rop3(index, pattern, 0, 0)));
@@ -172,6 +177,18 @@ BOOL BitBlt(HDC dc, int x, int y, int cx, int cy, HDC source, int xSource, int y
         }
     }
     cairo_surface_flush(bitmap->m_surface);
+    if (!readsSource && !readsTarget) {
+        // A fill: one value for every pixel, by pixman's own fast fill.
+        int left = std::max(0, to.left), top = std::max(0, to.top);
+        int right = std::min(bitmap->m_width, to.left + to.width);
+        int bottom = std::min(bitmap->m_height, to.top + to.height);
+        if (left < right && top < bottom) {
+            pixman_fill(reinterpret_cast<std::uint32_t*>(bitmap->m_data), bitmap->m_stride / 4, 32,
+                        left, top, right - left, bottom - top, gdi::Rop3(index, pattern, 0, 0));
+        }
+        cairo_surface_mark_dirty(bitmap->m_surface);
+        return TRUE;
+    }
     for (int row = std::max(0, -to.top); row < to.height && to.top + row < bitmap->m_height;
          ++row) {
         std::uint32_t* line = bitmap->Row(to.top + row);

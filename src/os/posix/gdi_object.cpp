@@ -20,9 +20,11 @@ std::mutex& TableLock() {
     return lock;
 }
 
+// Never destroyed: objects that their owners leave to the end of the
+// process, as Windows lets them, stay reachable in it until then.
 std::unordered_set<const void*>& Table() {
-    static std::unordered_set<const void*> table;
-    return table;
+    static auto* table = new std::unordered_set<const void*>;
+    return *table;
 }
 
 }  // namespace
@@ -32,15 +34,12 @@ Bitmap::Bitmap(int width, int height, bool monochrome)
       m_width(width),
       m_height(height),
       m_monochrome(monochrome),
-      m_surface(cairo_image_surface_create(CAIRO_FORMAT_RGB24, width, height)) {}
+      m_surface(cairo_image_surface_create(CAIRO_FORMAT_RGB24, width, height)),
+      m_data(cairo_image_surface_get_data(m_surface)),
+      m_stride(cairo_image_surface_get_stride(m_surface)) {}
 
 Bitmap::~Bitmap() {
     cairo_surface_destroy(m_surface);
-}
-
-std::uint32_t* Bitmap::Row(int y) const {
-    unsigned char* data = cairo_image_surface_get_data(m_surface);
-    return reinterpret_cast<std::uint32_t*>(data + y * cairo_image_surface_get_stride(m_surface));
 }
 
 HGDIOBJ Register(Object* object) {

@@ -45,11 +45,15 @@ struct Font : Object {
 struct Bitmap : Object {
     Bitmap(int width, int height, bool monochrome);
     ~Bitmap() override;
-    std::uint32_t* Row(int y) const;
+    std::uint32_t* Row(int y) const {
+        return reinterpret_cast<std::uint32_t*>(m_data + static_cast<std::ptrdiff_t>(y) * m_stride);
+    }
     int m_width;
     int m_height;
     bool m_monochrome;
     cairo_surface_t* m_surface;
+    unsigned char* m_data;
+    int m_stride;
 };
 
 // Enters an object in the table and gives its handle; the table owns it.

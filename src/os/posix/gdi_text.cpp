@@ -47,7 +47,13 @@ cairo_t* ScratchCairo() {
 }
 
 Layout MakeLayout(cairo_t* cairo, const LOGFONTA& font, double em, const std::string& text) {
-    Layout layout(pango_cairo_create_layout(cairo));
+    // One Pango context for the thread, brought to the cairo context's
+    // transformation for each layout: making one for every layout costs as
+    // much as the drawing.
+    thread_local std::unique_ptr<PangoContext, void (*)(gpointer)> context(
+        pango_font_map_create_context(pango_cairo_font_map_get_default()), g_object_unref);
+    pango_cairo_update_context(cairo, context.get());
+    Layout layout(pango_layout_new(context.get()));
     PangoFontDescription* description = pango_font_description_new();
     pango_font_description_set_family(description,
                                       font.lfFaceName[0] != '\0' ? font.lfFaceName : "Sans");

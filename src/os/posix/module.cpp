@@ -79,7 +79,16 @@ void* HandleOf(const char* file) {
 
 // Whether the loader knows the handle; a stray pointer is never given to it.
 bool IsLoaded(HMODULE module) {
-    for (link_map* map = MainLinkMap(); map != nullptr; map = map->l_next) {
+    link_map* first = MainLinkMap();
+    // The GNU loader's handle of an object is its entry in this list: that
+    // is found without a lookup by name of every loaded object.
+    for (link_map* map = first; map != nullptr; map = map->l_next) {
+        if (static_cast<void*>(map) == static_cast<void*>(module) && map->l_name != nullptr &&
+            map->l_name[0] != '\0') {
+            return true;
+        }
+    }
+    for (link_map* map = first; map != nullptr; map = map->l_next) {
         if (map->l_name != nullptr && map->l_name[0] != '\0' &&
             HandleOf(map->l_name) == static_cast<void*>(module)) {
             return true;
