@@ -2,6 +2,7 @@
 // share modes are those of every other file call.
 #include "os/api/profile.h"
 
+#include <algorithm>
 #include <cstring>
 #include <functional>
 #include <optional>
