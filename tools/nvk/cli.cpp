@@ -43,16 +43,17 @@ bool Expect(const Args& args, std::size_t minimum, std::size_t maximum, const Co
     const auto option = std::find_if(args.begin(), args.end(), [](const std::string& arg) {
         return arg.size() > 2 && arg.starts_with("--");
     });
+    // A command that is its area's only one is called by the area's name.
+    const std::string called = "nvk " + std::string(g_area) +
+                               (command.name == g_area ? "" : " " + std::string(command.name));
     if (option != args.end()) {
-        Fail("unknown option " + *option + " (see nvk " + std::string(g_area) + " " +
-             std::string(command.name) + " --help)");
+        Fail("unknown option " + *option + " (see " + called + " --help)");
         return false;
     }
     if (args.size() >= minimum && args.size() <= maximum) {
         return true;
     }
-    Fail("usage: nvk " + std::string(g_area) + " " + std::string(command.name) + " " +
-         std::string(command.usage));
+    Fail("usage: " + called + " " + std::string(command.usage));
     return false;
 }
 

@@ -31,9 +31,17 @@ void PrintCommands(const Area& area) {
     std::cout << "\nnvk " << area.name << " <command> --help tells more of each.\n";
 }
 
+// An area whose only command bears its name is that command: "nvk find ROOT".
+bool IsCommandArea(const Area& area) {
+    return area.commands.size() == 1 && area.commands[0].name == area.name;
+}
+
 void PrintCommand(const Area& area, const nvk::tool::Command& command) {
-    std::cout << "usage: nvk " << area.name << ' ' << command.name << ' ' << command.usage << "\n  "
-              << command.summary << '\n';
+    std::cout << "usage: nvk " << area.name << ' ';
+    if (!IsCommandArea(area)) {
+        std::cout << command.name << ' ';
+    }
+    std::cout << command.usage << "\n  " << command.summary << '\n';
     if (!command.answers.empty()) {
         std::cout << '\n' << command.answers << '\n';
     }
@@ -53,6 +61,15 @@ int RunDemo() {
         }
     }
     return nvk::tool::kOk;
+}
+
+// An answer that could not be written (a full disk, a closed pipe) is a
+// failure, whatever the command found.
+int Finish(int status) {
+    if (status != nvk::tool::kFailure && !std::cout.flush()) {
+        return nvk::tool::Fail("cannot write to standard output");
+    }
+    return status;
 }
 
 bool IsHelp(const std::string& word) {
@@ -90,6 +107,15 @@ int main(int argc, char** argv) {
         if (area.name != args[0]) {
             continue;
         }
+        if (IsCommandArea(area)) {
+            const Args rest(args.begin() + 1, args.end());
+            if (AsksHelp(rest)) {
+                PrintCommand(area, area.commands[0]);
+                return nvk::tool::kOk;
+            }
+            nvk::tool::SetCurrentArea(area.name);
+            return Finish(area.commands[0].run(rest));
+        }
         if (args.size() >= 2 && IsHelp(args[1])) {
             PrintCommands(area);
             return nvk::tool::kOk;
@@ -106,13 +132,7 @@ int main(int argc, char** argv) {
                     return nvk::tool::kOk;
                 }
                 nvk::tool::SetCurrentArea(area.name);
-                const int status = command.run(rest);
-                // An answer that could not be written (a full disk, a closed
-                // pipe) is a failure, whatever the command found.
-                if (status != nvk::tool::kFailure && !std::cout.flush()) {
-                    return nvk::tool::Fail("cannot write to standard output");
-                }
-                return status;
+                return Finish(command.run(rest));
             }
         }
         return nvk::tool::Fail("unknown command '" + args[1] + "' in area '" + args[0] +
