@@ -77,8 +77,11 @@ class Contract(unittest.TestCase):
 
     def test_every_command_has_help_and_refuses_bad_usage(self):
         for area in areas():
-            self.assertFailure(run(area), f"nvk {area}")
-            self.assertFailure(run(area, "nosuch"), f"nvk {area} nosuch")
+            # "nvk version" alone is the tool's version, and "nvk version X"
+            # the version of the file X.
+            if area != "version":
+                self.assertFailure(run(area), f"nvk {area}")
+                self.assertFailure(run(area, "nosuch"), f"nvk {area} nosuch")
             if not commands(area):
                 help_ = run(area, "--help")
                 self.assertEqual(help_.returncode, 0)

@@ -92,7 +92,9 @@ int main(int argc, char** argv) {
         PrintAreas();
         return nvk::tool::kOk;
     }
-    if (args[0] == "version" || args[0] == "--version") {
+    // "nvk version" alone is the tool's own version; "nvk version FILE" is
+    // the version area's show command.
+    if ((args[0] == "version" && args.size() == 1) || args[0] == "--version") {
         std::cout << "nvk " << kVersion << '\n';
         return nvk::tool::kOk;
     }
@@ -102,6 +104,9 @@ int main(int argc, char** argv) {
             return nvk::tool::kOk;
         }
         return args.size() == 1 ? RunDemo() : nvk::tool::Fail("usage: nvk demo");
+    }
+    if (args[0] == "version" && !IsHelp(args[1]) && args[1] != "show" && args[1] != "patch") {
+        args.insert(args.begin() + 1, "show");
     }
     for (const Area& area : nvk::tool::Areas()) {
         if (area.name != args[0]) {
