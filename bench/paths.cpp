@@ -43,12 +43,14 @@ struct Installation {
     static Chaine Windows(const fs::path& path) {
         return nvk::os::ToWindowsPath(path.c_str()).c_str();
     }
-    // A Paths.ini of an installation that moved its documents, with the
-    // lines of other keys that such files carry.
+    // A Paths.ini of an installation that moved its documents and shared
+    // data (so that nothing is made in the system's folders), with the lines
+    // of other keys that such files carry.
     void WritePathsIni() const {
         std::ofstream out(root / "app/Paths.ini", std::ios::binary);
         out << "; moved by the installer\r\n[Paths]\r\nDocumentsRootID="
-            << Windows(root / "docs").c_str() << "\r\nConfigInetShared=inet\r\n";
+            << Windows(root / "docs").c_str()
+            << "\r\nConfigInetShared=inet\r\nSocietyDataShared=shared\r\n";
         for (int i = 0; i < 20; ++i) {
             out << "Own" << i << "=own\\" << i << "\r\n";
         }

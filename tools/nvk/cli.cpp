@@ -5,6 +5,9 @@
 #include <iostream>
 #include <sstream>
 
+#include "nvk/paths/special_nvk_path.h"
+#include "nvk/services/global_dico.h"
+
 namespace nvk::tool {
 
 namespace {
@@ -105,6 +108,29 @@ bool TakeFlag(Args& args, std::string_view name) {
     }
     args.erase(it);
     return true;
+}
+
+bool TakeDico(Args& args) {
+    for (auto it = std::find(args.begin(), args.end(), "--dico"); it != args.end();
+         it = std::find(args.begin(), args.end(), "--dico")) {
+        const std::size_t equals = it + 1 == args.end() ? std::string::npos : (it + 1)->find('=');
+        if (equals == std::string::npos || equals == 0) {
+            Fail("--dico takes KEY=VALUE");
+            return false;
+        }
+        const std::string& entry = *(it + 1);
+        GlobalDico::Get().SetValue(entry.substr(0, equals).c_str(),
+                                   entry.substr(equals + 1).c_str());
+        args.erase(it, it + 2);
+    }
+    return true;
+}
+
+void TakeAppFolder(Args& args) {
+    const std::string folder = TakeOption(args, "--app-folder");
+    if (!folder.empty()) {
+        SpecialNVKPath::SetAppFolder(Chaine(folder.c_str()).MakeAbsolute());
+    }
 }
 
 bool ParseLong(const std::string& text, long long& value) {
