@@ -7,6 +7,7 @@
 
 #include "nvk/paths/special_nvk_path.h"
 #include "nvk/services/global_dico.h"
+#include "os/api/path_map.h"
 
 namespace nvk::tool {
 
@@ -128,9 +129,13 @@ bool TakeDico(Args& args) {
 
 void TakeAppFolder(Args& args) {
     const std::string folder = TakeOption(args, "--app-folder");
-    if (!folder.empty()) {
-        SpecialNVKPath::SetAppFolder(Chaine(folder.c_str()).MakeAbsolute());
+    if (folder.empty()) {
+        return;
     }
+    // A folder of this system's own syntax, or one in drive form.
+    Chaine path = folder.starts_with('/') ? Chaine(os::ToWindowsPath(folder.c_str()).c_str())
+                                          : Chaine(folder.c_str());
+    SpecialNVKPath::SetAppFolder(path.MakeAbsolute());
 }
 
 bool ParseLong(const std::string& text, long long& value) {
