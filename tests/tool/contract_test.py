@@ -37,6 +37,7 @@ GOOD_LINES = {
     ("path", "valid-name"): "a:b",
     ("path", "native"): "Z:\\etc",
     ("path", "windows"): "/etc",
+    ("key", "show"): "0102030405060708",
 }
 
 
