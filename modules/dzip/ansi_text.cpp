@@ -22,4 +22,17 @@ std::string AnsiToUtf8(std::string_view ansi) {
     return utf8;
 }
 
+std::string NameToUtf8(std::string_view name) {
+    bool ascii = true;
+    for (char c : name) {
+        ascii = ascii && static_cast<unsigned char>(c) < 0x80;
+    }
+    if (ascii) {
+        return std::string(name);
+    }
+    bool utf8 = MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, name.data(),
+                                    static_cast<int>(name.size()), nullptr, 0) > 0;
+    return utf8 ? std::string(name) : AnsiToUtf8(name);
+}
+
 }  // namespace zipengine

@@ -10,4 +10,9 @@ namespace zipengine {
 
 std::string AnsiToUtf8(std::string_view ansi);
 
+// Names of files come as the file system holds them: bytes that are
+// already UTF-8 (the names this system's own programs give) stay as they
+// are, others are Windows-1252 (the names the applications give).
+std::string NameToUtf8(std::string_view name);
+
 }  // namespace zipengine

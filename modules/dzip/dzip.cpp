@@ -59,7 +59,7 @@ public:
         int number = 0;
         bool selected = false;
         for (Item const& item : items) {
-            std::string name = AnsiToUtf8(item.name);
+            std::string name = NameToUtf8(item.name);
             zip_int64_t existing = zip_name_locate(
                 m_archive, (name + (item.folder ? "/" : "")).c_str(), ZIP_FL_NOCASE);
             if (!Wanted(item, existing)) {
@@ -83,7 +83,7 @@ public:
     int Delete() {
         std::vector<std::string> patterns;
         for (std::string const& item : SplitItems(m_command.lpszItemList)) {
-            std::string pattern = AnsiToUtf8(item);
+            std::string pattern = NameToUtf8(item);
             for (char& c : pattern) {
                 c = c == '\\' ? '/' : c;
             }
@@ -115,7 +115,7 @@ public:
             (m_command.lpMemBlock == nullptr && m_command.lMemBlockSize > 0)) {
             return ZE_PARMS;
         }
-        std::string name = AnsiToUtf8(names[0]);
+        std::string name = NameToUtf8(names[0]);
         zip_source_t* source = zip_source_buffer(
             m_archive, m_command.lpMemBlock, static_cast<zip_uint64_t>(m_command.lMemBlockSize), 0);
         zip_int64_t index = source == nullptr ? -1

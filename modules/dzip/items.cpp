@@ -21,6 +21,12 @@ char Lower(char c) {
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }
 
+// A path that begins with one '/' is the system's own, where '\\' is part of
+// a name; every other path takes either separator.
+char SeparatorOf(std::string const& path) {
+    return path.starts_with('/') && !path.starts_with("//") ? '/' : '\\';
+}
+
 std::string FolderOf(std::string const& path) {
     std::size_t slash = path.find_last_of("\\/");
     return slash == std::string::npos ? std::string() : path.substr(0, slash + 1);
@@ -137,7 +143,8 @@ public:
             }
             Add(item, data, attributes);
             if ((attributes & FILE_ATTRIBUTE_DIRECTORY) != 0 && recurse) {
-                Walk(item + (item.ends_with('\\') ? "" : "\\"), "*.*");
+                char separator = SeparatorOf(item);
+                Walk(item.ends_with(separator) ? item : item + separator, "*.*");
             }
             return;
         }
@@ -179,7 +186,7 @@ private:
                 continue;
             }
             Add(folder + name, data, data.dwFileAttributes);
-            Walk(folder + name + "\\", pattern);
+            Walk(folder + name + SeparatorOf(folder), pattern);
         } while (FindNextFileA(find, &data));
         FindClose(find);
     }

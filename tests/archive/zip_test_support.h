@@ -44,7 +44,7 @@ struct Output {
 };
 
 // Runs a shell command, standard error with standard output.
-inline Output Run(std::string const& command) {
+inline Output Shell(std::string const& command) {
     Output output{-1, {}};
     FILE* pipe = popen((command + " 2>&1").c_str(), "r");
     if (pipe == nullptr) {
@@ -62,8 +62,8 @@ inline Output Run(std::string const& command) {
 
 // A Python expression over `z`, the archive opened by zipfile.
 inline Output Python(std::string const& archive, std::string const& expression) {
-    return Run("python3 -c 'import zipfile,sys; z = zipfile.ZipFile(sys.argv[1]); print(" +
-               expression + ")' '" + archive + "'");
+    return Shell("python3 -c 'import zipfile,sys; z = zipfile.ZipFile(sys.argv[1]); print(" +
+                 expression + ")' '" + archive + "'");
 }
 
 // An add command of the items whose entries are named below `root`.
