@@ -1,6 +1,7 @@
 #include "ansi_text.h"
 
 #include "os/api/nls.h"
+#include "os/api/path_map.h"
 
 namespace zipengine {
 
@@ -33,6 +34,14 @@ std::string NameToUtf8(std::string_view name) {
     bool utf8 = MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, name.data(),
                                     static_cast<int>(name.size()), nullptr, 0) > 0;
     return utf8 ? std::string(name) : AnsiToUtf8(name);
+}
+
+std::string WindowsForm(std::string const& path) {
+    if (path.starts_with('/') && !path.starts_with("//")) {
+        std::string windows = ToWindowsPath(path.c_str());
+        return windows.empty() ? path : windows;
+    }
+    return path;
 }
 
 }  // namespace zipengine

@@ -15,4 +15,8 @@ std::string AnsiToUtf8(std::string_view ansi);
 // are, others are Windows-1252 (the names the applications give).
 std::string NameToUtf8(std::string_view name);
 
+// A folder or file path in a form where '\\' separates: the system's own
+// absolute paths ("/home/ann") take their drive form.
+std::string WindowsForm(std::string const& path);
+
 }  // namespace zipengine

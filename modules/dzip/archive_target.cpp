@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <memory>
 
+#include "ansi_text.h"
 #include "os/api/error.h"
 #include "os/api/file.h"
 #include "os/api/file_attributes.h"
@@ -202,7 +203,7 @@ zip_source_t* ArchiveTarget(Job& job, std::string const& archive, std::string co
     auto state = std::make_unique<TargetState>(
         TargetState{job,
                     archive,
-                    tempFolder.empty() ? FolderOf(archive) : tempFolder,
+                    WindowsForm(tempFolder.empty() ? FolderOf(archive) : tempFolder),
                     INVALID_HANDLE_VALUE,
                     INVALID_HANDLE_VALUE,
                     {},

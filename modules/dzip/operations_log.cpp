@@ -2,6 +2,7 @@
 
 #include <cstdio>
 
+#include "ansi_text.h"
 #include "os/api/file.h"
 #include "os/api/sync.h"
 #include "os/api/time_zone.h"
@@ -42,8 +43,9 @@ void OperationsLog::Write(std::string const& archive) const {
         return;
     }
     std::string name = m_job.Text(701, "\\DZIPLOG.TXT");
-    std::size_t slash = archive.find_last_of("\\/");
-    std::string folder = slash == std::string::npos ? "" : archive.substr(0, slash);
+    std::string path = WindowsForm(archive);
+    std::size_t slash = path.find_last_of("\\/");
+    std::string folder = slash == std::string::npos ? "." : path.substr(0, slash);
     HANDLE file =
         CreateFileA((folder + (name.starts_with('\\') ? "" : "\\") + name).c_str(), GENERIC_WRITE,
                     FILE_SHARE_READ, nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
