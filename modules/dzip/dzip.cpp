@@ -93,12 +93,11 @@ public:
         zip_int64_t entries = zip_get_num_entries(m_archive, 0);
         for (zip_int64_t index = 0; index < entries; ++index) {
             char const* name = zip_get_name(m_archive, static_cast<zip_uint64_t>(index), 0);
-            std::string plain = name == nullptr ? "" : name;
-            if (plain.ends_with('/')) {
-                plain.pop_back();
-            }
+            // A folder's entry goes with its name or with its contents'.
+            std::string full = name == nullptr ? "" : name;
+            std::string plain = full.ends_with('/') ? full.substr(0, full.size() - 1) : full;
             for (std::string const& pattern : patterns) {
-                if (MatchesWildcard(pattern, plain)) {
+                if (MatchesWildcard(pattern, plain) || MatchesWildcard(pattern, full)) {
                     zip_delete(m_archive, static_cast<zip_uint64_t>(index));
                     m_log.Add(704, name);
                     deleted = true;
