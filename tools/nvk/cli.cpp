@@ -45,14 +45,14 @@ bool Expect(const Args& args, std::size_t minimum, std::size_t maximum, const Co
     });
     if (option != args.end()) {
         Fail("unknown option " + *option + " (see nvk " + std::string(g_area) + " " +
-             std::string(command.name) + " --help)");
+             std::string(command.name) + (command.name.empty() ? "" : " ") + "--help)");
         return false;
     }
     if (args.size() >= minimum && args.size() <= maximum) {
         return true;
     }
-    Fail("usage: nvk " + std::string(g_area) + " " + std::string(command.name) + " " +
-         std::string(command.usage));
+    Fail("usage: nvk " + std::string(g_area) + " " + std::string(command.name) +
+         (command.name.empty() ? "" : " ") + std::string(command.usage));
     return false;
 }
 

@@ -32,8 +32,9 @@ void PrintCommands(const Area& area) {
 }
 
 void PrintCommand(const Area& area, const nvk::tool::Command& command) {
-    std::cout << "usage: nvk " << area.name << ' ' << command.name << ' ' << command.usage << "\n  "
-              << command.summary << '\n';
+    std::cout << "usage: nvk " << area.name << ' ' << command.name
+              << (command.name.empty() ? "" : " ") << command.usage << "\n  " << command.summary
+              << '\n';
     if (!command.answers.empty()) {
         std::cout << '\n' << command.answers << '\n';
     }
@@ -57,6 +58,17 @@ int RunDemo() {
 
 bool IsHelp(const std::string& word) {
     return word == "--help" || word == "-h" || word == "help";
+}
+
+int Run(const Area& area, const nvk::tool::Command& command, const Args& rest) {
+    nvk::tool::SetCurrentArea(area.name);
+    const int status = command.run(rest);
+    // An answer that could not be written (a full disk, a closed pipe) is a
+    // failure, whatever the command found.
+    if (status != nvk::tool::kFailure && !std::cout.flush()) {
+        return nvk::tool::Fail("cannot write to standard output");
+    }
+    return status;
 }
 
 bool AsksHelp(const Args& args) {
@@ -90,6 +102,16 @@ int main(int argc, char** argv) {
         if (area.name != args[0]) {
             continue;
         }
+        // An area that is one command ("nvk unzip ARCHIVE ...") takes its
+        // arguments right after its name.
+        if (area.commands.size() == 1 && area.commands[0].name.empty()) {
+            const Args rest(args.begin() + 1, args.end());
+            if (AsksHelp(rest)) {
+                PrintCommand(area, area.commands[0]);
+                return nvk::tool::kOk;
+            }
+            return Run(area, area.commands[0], rest);
+        }
         if (args.size() >= 2 && IsHelp(args[1])) {
             PrintCommands(area);
             return nvk::tool::kOk;
@@ -105,14 +127,7 @@ int main(int argc, char** argv) {
                     PrintCommand(area, command);
                     return nvk::tool::kOk;
                 }
-                nvk::tool::SetCurrentArea(area.name);
-                const int status = command.run(rest);
-                // An answer that could not be written (a full disk, a closed
-                // pipe) is a failure, whatever the command found.
-                if (status != nvk::tool::kFailure && !std::cout.flush()) {
-                    return nvk::tool::Fail("cannot write to standard output");
-                }
-                return status;
+                return Run(area, command, rest);
             }
         }
         return nvk::tool::Fail("unknown command '" + args[1] + "' in area '" + args[0] +
