@@ -50,6 +50,8 @@ int DrawProgress(char* text, long percent, void*) {
 }
 
 int List(EUnzipCmd& command) {
+    // Functions that don't work on items would run again for each batch.
+    command.lpszFilespec = nullptr;
     command.function = nvk::unzip::kCountAll;
     int code = command.dunzip();
     if (code != 0) {
