@@ -9,6 +9,7 @@ packages=(
     libinih-dev libsqlite3-dev liblmdb-dev
     python3  # the tool's contract test
     tzdata   # the time tests name real zones
+    libzip-dev zip unzip 7zip  # the unzip engine; archives of other writers in its tests, and its benchmark's peer
 )
 
 sudo=""
