@@ -468,15 +468,32 @@ private:
         return worst;
     }
 
+    int OpenMember(const Member& member, FilePtr& data) {
+        // libzip leaks the sources it has stacked when it then finds a method
+        // it lacks, so those members are refused before it is asked.
+        if (!zip_compression_method_supported(member.Stat.comp_method, 0) ||
+            (member.Stat.encryption_method != ZIP_EM_NONE &&
+             !zip_encryption_method_supported(member.Stat.encryption_method, 0))) {
+            return kUnzipUnknownMethod;
+        }
+        data.reset(zip_fopen_index(m_Zip.get(), member.Index, 0));
+        return data != nullptr ? kUnzipOk
+                               : CodeOfError(zip_error_code_zip(zip_get_error(m_Zip.get())));
+    }
+
     // Reads a member through, into `file` when there is one; checks the size
     // it says it has, the run's limits and the checksum (libzip's).
     int Read(const Member& member, Destination::File* file, Mode mode) {
         if (member.IsFolder) {
             return kUnzipOk;
         }
-        FilePtr data(zip_fopen_index(m_Zip.get(), member.Index, 0));
-        if (data == nullptr) {
-            return CodeOfError(zip_error_code_zip(zip_get_error(m_Zip.get())));
+        // A member that owns up to its size is stopped before any byte.
+        if (member.Stat.size > m_OutputLimit - std::min(m_Output, m_OutputLimit)) {
+            return kUnzipAborted;
+        }
+        FilePtr data;
+        if (int code = OpenMember(member, data); code != kUnzipOk) {
+            return code;
         }
         const std::string text = mode == Mode::Test ? Status(73, "Testing: %s", member.Ansi)
                                                     : Status(72, "Extracting: %s", member.Ansi);
@@ -610,9 +627,9 @@ private:
         if (member.IsFolder) {
             return kUnzipOk;
         }
-        FilePtr data(zip_fopen_index(m_Zip.get(), member.Index, 0));
-        if (data == nullptr) {
-            return CodeOfError(zip_error_code_zip(zip_get_error(m_Zip.get())));
+        FilePtr data;
+        if (int code = OpenMember(member, data); code != kUnzipOk) {
+            return code;
         }
         const std::string text = Status(132, "Unzipping to memory: %s", member.Ansi);
         for (;;) {
