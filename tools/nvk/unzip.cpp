@@ -93,9 +93,9 @@ int Unzip(const Args& arguments) {
     if (items.empty()) {
         items = "\"*\"";
     }
-    const std::string archive = Utf8ToAnsi(args[0]);
-    const std::string folder = Utf8ToAnsi(destination);
-    EUnzipCmd command(archive.c_str(), folder.c_str(), items.c_str());
+    // Paths go to the file system as typed; member names and the password are
+    // the library's text.
+    EUnzipCmd command(args[0].c_str(), destination.c_str(), items.c_str());
     command.decryptFlag = hasPassword ? 1 : 0;
     command.lpszDecryptCode = const_cast<char*>(password.c_str());
     command.overWriteFlag = overwrite ? 1 : 0;
