@@ -226,7 +226,7 @@ int EUnzipCmd::dunzip() {
         }
         m_CurrentItem = 1;
 
-        Chaine waiting;
+        static Chaine waiting;
         waiting.LoadString(kWaitString);
         std::string batch;
         std::size_t next = 0;
