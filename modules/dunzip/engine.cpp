@@ -445,13 +445,15 @@ private:
             return code;
         }
         int worst = kUnzipOk;
-        const std::string itemFormat = Message(m_Command, 71, "Item %d of %d");
         const std::string total = std::to_string(members.size());
         for (std::size_t i = 0; i < members.size(); ++i) {
             const Member& member = *members[i];
             const long percent = static_cast<long>(i * 100 / members.size());
+            // Asked for each member: a caller that counts items itself
+            // answers with its own numbers.
+            const std::string item = Message(m_Command, 71, "Item %d of %d");
             if (!Report(m_Command.lpMajorStatus, m_Command.lpMajorUserData,
-                        Substitute(itemFormat, {std::to_string(i + 1), total}), percent)) {
+                        Substitute(item, {std::to_string(i + 1), total}), percent)) {
                 return kUnzipAbortedByApp;
             }
             int code = mode == Mode::Test ? Read(member, nullptr, Mode::Test)

@@ -14,12 +14,14 @@ using namespace unzip_test;
 
 struct Progress {
     std::vector<long> Percents;
+    std::vector<std::string> Texts;
     int Waits = 0;
 };
 
 int Record(char* text, long percent, void* data) {
     auto* progress = static_cast<Progress*>(data);
     progress->Percents.push_back(percent);
+    progress->Texts.emplace_back(text);
     if (std::strcmp(text, "Veuillez patienter...") == 0) {
         ++progress->Waits;
     }
@@ -74,6 +76,7 @@ TEST_F(UnzipCmdTest, BatchesOf500WithOneProgressForTheRun) {
     EXPECT_EQ(small.Waits, 1);
     // One call: the engine's own percentages reach the callback unchanged.
     EXPECT_EQ(small.Percents[498], 498 * 100 / 499);
+    EXPECT_EQ(small.Texts[498], "El\xe9ment 499 sur un total de 499");
 
     Progress exact;
     EXPECT_EQ(Test(Items(500), exact), 0);
@@ -93,6 +96,8 @@ TEST_F(UnzipCmdTest, BatchesOf500WithOneProgressForTheRun) {
     EXPECT_EQ(large.Percents[500], 42);
     EXPECT_EQ(large.Percents[1001], 83);
     EXPECT_EQ(large.Percents.back(), 100);
+    // The front-end counts the items of a batched run itself.
+    EXPECT_EQ(large.Texts[0], "El\xe9ment 1 sur un total de 1200");
 }
 
 TEST_F(UnzipCmdTest, AnErrorStopsTheRunAndRestoresThePointers) {
