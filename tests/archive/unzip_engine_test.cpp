@@ -227,3 +227,37 @@ TEST(UnzipFlags, OverwriteFreshenAndUpdate) {
 }
 
 }  // namespace
+
+namespace {
+
+// Moves a.txt into a folder, skips b.txt, and sends c.txt out of the
+// destination, which the engine refuses.
+int Rename(void* record, void*) {
+    auto& rename = *static_cast<nvk::unzip::UnzipRenameRecord*>(record);
+    std::string source = rename.szSourceName;
+    if (source == "dir/b.txt") {
+        return 1;
+    }
+    std::strcpy(rename.szNewName, source == "dir/a.txt" ? "moved\\a.txt" : "..\\c.txt");
+    return 0;
+}
+
+TEST(UnzipFlags, RenamingAndFlatExtraction) {
+    Scratch s;
+    Python(s.Path(),
+           "with z.ZipFile('a.zip', 'w') as a:\n"
+           "    for n in 'abc': a.writestr('dir/%s.txt' % n, n)\n");
+    Command renamed(s / "a.zip", s / "r");
+    renamed.lpRenameProc = Rename;
+    EXPECT_EQ(renamed.dunzip(), nvk::unzip::kUnzipSkipped);
+    EXPECT_EQ(Read(s / "r/moved/a.txt"), "a");
+    EXPECT_FALSE(fs::exists(s / "r/dir"));
+    EXPECT_FALSE(fs::exists(s / "c.txt"));
+
+    Command flat(s / "a.zip", s / "f", "dir/b.txt");
+    flat.noDirectoryNamesFlag = 1;
+    ASSERT_EQ(flat.dunzip(), 0);
+    EXPECT_EQ(Read(s / "f/b.txt"), "b");
+}
+
+}  // namespace
