@@ -1,5 +1,6 @@
 #include "progress.h"
 
+#include <algorithm>
 #include <chrono>
 #include <condition_variable>
 #include <cstdio>
@@ -9,15 +10,17 @@
 #include <thread>
 
 #include "os/api/console.h"
+#include "terminal_text.h"
 
 namespace nvk::tool {
 
+namespace os = nvk::os;
+
 namespace {
 
-bool OnTerminal() {
-    namespace os = nvk::os;
+bool OnTerminal(os::DWORD stream) {
     os::DWORD mode = 0;
-    return os::GetConsoleMode(os::GetStdHandle(os::STD_OUTPUT_HANDLE), &mode) != 0;
+    return os::GetConsoleMode(os::GetStdHandle(stream), &mode) != 0;
 }
 
 // "label [    <=>      ] 2.4 s": the marker goes to and fro.
@@ -35,7 +38,7 @@ std::string Bar(std::string_view label, int tick, double seconds) {
 }  // namespace
 
 void RunWithProgress(std::string_view label, const std::function<void()>& work) {
-    if (!OnTerminal()) {
+    if (!OnTerminal(os::STD_OUTPUT_HANDLE)) {
         work();
         return;
     }
@@ -64,5 +67,19 @@ void RunWithProgress(std::string_view label, const std::function<void()>& work) 
         std::cout << '\r' << std::string(drawn, ' ') << '\r' << std::flush;
     }
 }
+
+bool ErrorOnTerminal() { return OnTerminal(os::STD_ERROR_HANDLE); }
+
+void DrawPercentBar(const char* label, long percent) {
+    constexpr long kWidth = 30;
+    const long shown = std::clamp(percent, 0L, 100L);
+    std::string bar(static_cast<std::size_t>(shown * kWidth / 100), '#');
+    bar.resize(kWidth, ' ');
+    const std::string text = AnsiToUtf8(label == nullptr ? "" : label).substr(0, 40);
+    std::fprintf(stderr, "\r[%s] %3ld%% %-40s", bar.c_str(), shown, text.c_str());
+    std::fflush(stderr);
+}
+
+void EndPercentBar() { std::fputc('\n', stderr); }
 
 }  // namespace nvk::tool

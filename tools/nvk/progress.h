@@ -1,4 +1,4 @@
-// The bar that long tree operations show on a terminal.
+// The bars that long operations show on a terminal, and only there.
 #pragma once
 
 #include <functional>
@@ -11,5 +11,13 @@ namespace nvk::tool {
 // steps, so the bar shows that work goes on, not how much is left. Without a
 // terminal on standard output, `work` just runs.
 void RunWithProgress(std::string_view label, const std::function<void()>& work);
+
+// Whether standard error is a terminal, where a percentage bar belongs.
+bool ErrorOnTerminal();
+
+// "[#####     ]  50% label" redrawn in place on standard error; `label` is the
+// library's text. EndPercentBar ends its line.
+void DrawPercentBar(const char* label, long percent);
+void EndPercentBar();
 
 }  // namespace nvk::tool

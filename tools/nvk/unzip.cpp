@@ -8,7 +8,7 @@
 #include "cli.h"
 #include "nvk/archive/unzip_cmd.h"
 #include "nvk/archive/unzip_engine.h"
-#include "os/api/console.h"
+#include "progress.h"
 #include "terminal_text.h"
 
 namespace nvk::tool {
@@ -17,7 +17,7 @@ namespace {
 int Unzip(const Args& args);
 
 const Command kUnzipCommands[] = {
-    {"", "ARCHIVE [-d DIR] [ITEM...] [--test] [--list] [--password P] [--overwrite]",
+    {"unzip", "ARCHIVE [-d DIR] [ITEM...] [--test] [--list] [--password P] [--overwrite]",
      "extracts the archive's members (all, or the ITEMs, which may use * and ?) into DIR (the "
      "current folder by default); --list lists them, --test checks them",
      Unzip,
@@ -37,15 +37,9 @@ int FailWith(int code, bool verify) {
     return Fail(AnsiToUtf8(text));
 }
 
-// A bar on the terminal's last line, redrawn in place.
+// The front-end's progress, as a bar on the terminal.
 int DrawProgress(char* text, long percent, void*) {
-    constexpr int kWidth = 30;
-    const long filled = std::max(0L, std::min<long>(percent, 100)) * kWidth / 100;
-    std::string bar(static_cast<std::size_t>(filled), '#');
-    bar.resize(kWidth, ' ');
-    std::string label = AnsiToUtf8(text == nullptr ? "" : text).substr(0, 40);
-    std::fprintf(stderr, "\r[%s] %3ld%% %-40s", bar.c_str(), percent, label.c_str());
-    std::fflush(stderr);
+    DrawPercentBar(text, static_cast<long>(std::min<long>(percent, 100)));
     return 0;
 }
 
@@ -102,14 +96,14 @@ int Unzip(const Args& arguments) {
     if (list) {
         return List(command);
     }
-    const bool bar = os::IsConsoleStream(os::STD_ERROR_HANDLE) != 0;
+    const bool bar = ErrorOnTerminal();
     if (bar) {
         command.lpMajorStatus = DrawProgress;
     }
     command.function = test ? nvk::unzip::kTestNamed : nvk::unzip::kExtract;
     const int code = command.dunzip();
     if (bar) {
-        std::fprintf(stderr, "\n");
+        EndPercentBar();
     }
     return code == 0 ? kOk : FailWith(code, test);
 }
