@@ -9,6 +9,7 @@ packages=(
     libinih-dev libsqlite3-dev liblmdb-dev
     python3  # the tool's contract test
     tzdata   # the time tests name real zones
+    libsystemd-dev dbus-daemon  # DDE over the session bus, and the tests' private bus
 )
 
 sudo=""
