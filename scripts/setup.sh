@@ -13,6 +13,7 @@ packages=(
     binutils-mingw-w64-x86-64 gcc-mingw-w64-x86-64  # Windows executables for the version tests
     libcairo2-dev libpango1.0-dev fonts-dejavu-core  # device contexts and their text
     libzip-dev zip unzip 7zip libarchive-tools  # the zip engine; the readers and peer of its tests and benchmark
+    libsystemd-dev dbus-daemon  # DDE over the session bus, and the tests' private bus
 )
 
 sudo=""

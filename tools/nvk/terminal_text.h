@@ -7,6 +7,8 @@
 namespace nvk::tool {
 
 std::string AnsiToUtf8(std::string_view ansi);
+// The terminal's text in Windows-1252; what it can't hold becomes '?'.
+std::string Utf8ToAnsi(std::string_view utf8);
 
 }  // namespace nvk::tool
 
