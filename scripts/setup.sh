@@ -14,6 +14,8 @@ packages=(
     libcairo2-dev libpango1.0-dev fonts-dejavu-core  # device contexts and their text
     libzip-dev zip unzip 7zip libarchive-tools  # the zip engine; the readers and peer of its tests and benchmark
     libsystemd-dev dbus-daemon  # DDE over the session bus, and the tests' private bus
+    libzint-dev  # the bar-code engine
+    zbar-tools poppler-utils librsvg2-bin  # the bar-code tests read what is drawn
 )
 
 sudo=""

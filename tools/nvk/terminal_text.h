@@ -11,10 +11,3 @@ std::string AnsiToUtf8(std::string_view ansi);
 std::string Utf8ToAnsi(std::string_view utf8);
 
 }  // namespace nvk::tool
-
-namespace nvk::tool {
-
-// The other way: arguments typed on the terminal, for the library.
-std::string Utf8ToAnsi(std::string_view utf8);
-
-}  // namespace nvk::tool
