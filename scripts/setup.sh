@@ -9,6 +9,8 @@ packages=(
     libinih-dev libsqlite3-dev liblmdb-dev
     python3  # the tool's contract test
     tzdata   # the time tests name real zones
+    binutils-mingw-w64-x86-64 gcc-mingw-w64-x86-64  # Windows executables for the version tests
+    libcairo2-dev libpango1.0-dev fonts-dejavu-core  # device contexts and their text
 )
 
 sudo=""
