@@ -1,9 +1,8 @@
 // BitBlt: raster operations as pixel loops over the bitmaps of memory device
 // contexts, since cairo has no bitwise operators; operations that read
 // neither source nor destination are fills, which every device takes.
-#include <pixman.h>
-
 #include <cmath>
+#include <cwchar>
 #include <vector>
 
 #include "os/api/gdi.h"
@@ -178,13 +177,16 @@ BOOL BitBlt(HDC dc, int x, int y, int cx, int cy, HDC source, int xSource, int y
     }
     cairo_surface_flush(bitmap->m_surface);
     if (!readsSource && !readsTarget) {
-        // A fill: one value for every pixel, by pixman's own fast fill.
+        // A fill: one value for every pixel, each row by the C library's
+        // wide-character fill, which is a vector loop over 32-bit units.
+        static_assert(sizeof(wchar_t) == sizeof(std::uint32_t));
         int left = std::max(0, to.left), top = std::max(0, to.top);
         int right = std::min(bitmap->m_width, to.left + to.width);
         int bottom = std::min(bitmap->m_height, to.top + to.height);
-        if (left < right && top < bottom) {
-            pixman_fill(reinterpret_cast<std::uint32_t*>(bitmap->m_data), bitmap->m_stride / 4, 32,
-                        left, top, right - left, bottom - top, gdi::Rop3(index, pattern, 0, 0));
+        const auto value = static_cast<wchar_t>(gdi::Rop3(index, pattern, 0, 0));
+        for (int row = top; row < bottom; ++row) {
+            std::wmemset(reinterpret_cast<wchar_t*>(bitmap->Row(row) + left), value,
+                         static_cast<std::size_t>(right - left));
         }
         cairo_surface_mark_dirty(bitmap->m_surface);
         return TRUE;
