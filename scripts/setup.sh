@@ -11,6 +11,7 @@ packages=(
     tzdata   # the time tests name real zones
     binutils-mingw-w64-x86-64 gcc-mingw-w64-x86-64  # Windows executables for the version tests
     libcairo2-dev libpango1.0-dev fonts-dejavu-core  # device contexts and their text
+    liblnk-utils desktop-file-utils  # readers of the shell links and desktop entries we write
 )
 
 sudo=""

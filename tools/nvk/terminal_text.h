@@ -7,5 +7,7 @@
 namespace nvk::tool {
 
 std::string AnsiToUtf8(std::string_view ansi);
+// Characters that Windows-1252 lacks become "?".
+std::string Utf8ToAnsi(std::string_view utf8);
 
 }  // namespace nvk::tool
