@@ -7,7 +7,7 @@
 namespace nvk::tool {
 
 std::string AnsiToUtf8(std::string_view ansi);
-// Characters that Windows-1252 lacks become "?".
+// The terminal's text in Windows-1252; what it can't hold becomes '?'.
 std::string Utf8ToAnsi(std::string_view utf8);
 
 }  // namespace nvk::tool
