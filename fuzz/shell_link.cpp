@@ -34,9 +34,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (ReadShellLink(bytes, link) && link.Path.find('\0') == std::string::npos) {
         const std::vector<unsigned char> written = WriteShellLink(link);
         LinkData again;
-        if (!ReadShellLink(std::string_view(reinterpret_cast<const char*>(written.data()),
-                                            written.size()),
-                           again) ||
+        if (!ReadShellLink(
+                std::string_view(reinterpret_cast<const char*>(written.data()), written.size()),
+                again) ||
             !SameLink(link, again)) {
             std::abort();
         }

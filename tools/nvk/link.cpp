@@ -73,8 +73,7 @@ int Resolve(const Args& args) {
     if (resolver.GetResult() < 0 || target.IsEmpty()) {
         return Fail("can't read the link " + args[0]);
     }
-    std::cerr << "nvk: the target " << target.GetString()
-              << " is missing or is the link itself\n";
+    std::cerr << "nvk: the target " << target.GetString() << " is missing or is the link itself\n";
     return kNegative;
 }
 
