@@ -1,39 +1,13 @@
 #include "nvk/afx/message_box.h"
 
+#include "os/api/message_box.h"
+
 #include <atomic>
 #include <cstdio>
-#include <span>
 
 namespace {
 
 std::atomic<nvk::afx::MessageBoxHook> g_hook{nullptr};
-
-// The buttons of each style, left to right.
-std::span<const int> Buttons(unsigned type) {
-    static constexpr int kOk[] = {IDOK};
-    static constexpr int kOkCancel[] = {IDOK, IDCANCEL};
-    static constexpr int kAbortRetryIgnore[] = {IDABORT, IDRETRY, IDIGNORE};
-    static constexpr int kYesNoCancel[] = {IDYES, IDNO, IDCANCEL};
-    static constexpr int kYesNo[] = {IDYES, IDNO};
-    static constexpr int kRetryCancel[] = {IDRETRY, IDCANCEL};
-    static constexpr int kCancelTryContinue[] = {IDCANCEL, IDTRYAGAIN, IDCONTINUE};
-    switch (type & MB_TYPEMASK) {
-        case MB_OKCANCEL:
-            return kOkCancel;
-        case MB_ABORTRETRYIGNORE:
-            return kAbortRetryIgnore;
-        case MB_YESNOCANCEL:
-            return kYesNoCancel;
-        case MB_YESNO:
-            return kYesNo;
-        case MB_RETRYCANCEL:
-            return kRetryCancel;
-        case MB_CANCELTRYCONTINUE:
-            return kCancelTryContinue;
-        default:
-            return kOk;
-    }
-}
 
 }  // namespace
 
@@ -44,10 +18,7 @@ MessageBoxHook SetMessageBoxHook(MessageBoxHook hook) {
 }
 
 int DefaultButton(unsigned type) {
-    const std::span<const int> buttons = Buttons(type);
-    const std::size_t index = (type & MB_DEFMASK) >> 8;
-    // A default beyond the last button falls back to the first, as on Windows.
-    return buttons[index < buttons.size() ? index : 0];
+    return nvk::os::MessageBoxDefaultButton(type);
 }
 
 }  // namespace nvk::afx

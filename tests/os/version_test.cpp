@@ -115,6 +115,66 @@ TEST(VersionTest, OurCompilerLaysOutTheTreeAsThePlatformsDoes) {
     EXPECT_EQ(windows, ours);
 }
 
+// The applications are 32-bit: a PE32 file, laid out by hand around the
+// tree of the ELF fixture, with the version in a second language after a
+// first one, reads the same.
+TEST(VersionTest, ThirtyTwoBitExecutable) {
+    std::vector<BYTE> tree = Block(NVK_VERSION_ELF);
+    ASSERT_FALSE(tree.empty());
+    tree.resize(tree[0] | (tree[1] << 8));
+    std::vector<BYTE> file(0x200);
+    auto put = [&file](std::size_t at, DWORD value, int width) {
+        if (file.size() < at + width) {
+            file.resize(at + width);
+        }
+        for (int i = 0; i < width; ++i) {
+            file[at + i] = static_cast<BYTE>(value >> (8 * i));
+        }
+    };
+    put(0, 'M' | ('Z' << 8), 2);
+    put(0x3C, 0x40, 4);
+    put(0x40, 0x00004550, 4);        // "PE\0\0"
+    put(0x44, 0x14C, 2);             // i386
+    put(0x46, 1, 2);                 // one section
+    put(0x54, 224, 2);               // optional header size
+    put(0x58, 0x10B, 2);             // PE32
+    put(0x58 + 92, 16, 4);           // data directories
+    put(0x58 + 96 + 16, 0x1000, 4);  // resources at 0x1000
+    const std::size_t section = 0x58 + 224;
+    const DWORD size = static_cast<DWORD>(0x58 + tree.size());
+    put(section + 8, size, 4);
+    put(section + 12, 0x1000, 4);
+    put(section + 16, size, 4);
+    put(section + 20, 0x200, 4);
+    // Three directories of one entry (the version type, name 1, French
+    // and then English: the first language counts), a data entry, the tree.
+    const std::size_t root = 0x200;
+    put(root + 14, 1, 2);
+    put(root + 16, 16, 4);
+    put(root + 20, 0x80000018, 4);
+    put(root + 0x18 + 14, 1, 2);
+    put(root + 0x18 + 16, 1, 4);
+    put(root + 0x18 + 20, 0x80000030, 4);
+    put(root + 0x30 + 14, 2, 2);
+    put(root + 0x30 + 16, 0x40C, 4);
+    put(root + 0x30 + 20, 0x48, 4);
+    put(root + 0x30 + 24, 0x409, 4);
+    put(root + 0x30 + 28, 0x99999, 4);
+    put(root + 0x48, 0x1058, 4);
+    put(root + 0x48 + 4, static_cast<DWORD>(tree.size()), 4);
+    file.resize(root + 0x58);
+    file.insert(file.end(), tree.begin(), tree.end());
+
+    test::TempFolder folder;
+    const std::string path = folder / "app32.exe";
+    std::ofstream(path, std::ios::binary)
+        .write(reinterpret_cast<const char*>(file.data()),
+               static_cast<std::streamsize>(file.size()));
+    std::vector<BYTE> block = Block(path.c_str());
+    ASSERT_FALSE(block.empty()) << GetLastError();
+    EXPECT_EQ(Text(block, "\\StringFileInfo\\040C04E4\\FileVersion"), "3.2 r\xE9vision 7");
+}
+
 TEST(VersionTest, TheToolAndTheLibraryCarryTheProjectVersion) {
     for (const char* file : {NVK_TOOL, NVK_LIBRARY}) {
         std::vector<BYTE> block = Block(file);

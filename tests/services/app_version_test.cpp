@@ -63,20 +63,20 @@ TEST_F(AppVersionTest, APatchShowsWithTheResourceText) {
     Side("1234", "3", "05/11/09");
     const PATCHVALUE patch = GetNVKAppPatchValue(exe_.c_str());
     EXPECT_EQ(patch.patch, 3);
-    EXPECT_EQ(patch.date.day, 5);
-    EXPECT_EQ(patch.date.month, 11);
-    EXPECT_EQ(patch.date.year, 2009);
+    EXPECT_EQ(int{patch.date.day}, 5);
+    EXPECT_EQ(int{patch.date.month}, 11);
+    EXPECT_EQ(int{patch.date.year}, 2009);
     const std::string patched = std::string(kFileText) + " - Patch 3 (05/11/9)";
     EXPECT_EQ(Version(0), patched);
     EXPECT_EQ(Version(1), patched) << "a patch gives up the numbers";
     EXPECT_EQ(Version(7), kFileText);
 
     Side("1234", "255", "31.12.1985");
-    EXPECT_EQ(GetNVKAppPatchValue(exe_.c_str()).date.year, 1985);
+    EXPECT_EQ(int{GetNVKAppPatchValue(exe_.c_str()).date.year}, 1985);
     Side("1234", "1", "05/11/85");
-    EXPECT_EQ(GetNVKAppPatchValue(exe_.c_str()).date.year, 1985);
+    EXPECT_EQ(int{GetNVKAppPatchValue(exe_.c_str()).date.year}, 1985);
     Side("1234", "1", "05/11/79");
-    EXPECT_EQ(GetNVKAppPatchValue(exe_.c_str()).date.year, 2079);
+    EXPECT_EQ(int{GetNVKAppPatchValue(exe_.c_str()).date.year}, 2079);
 }
 
 TEST_F(AppVersionTest, SideFilesThatDoNotFitAreIgnored) {

@@ -111,11 +111,4 @@ TEST(LibraryHandle, LoadsOnceAndNamesItsFile) {
     EXPECT_EQ(missing.Module, nullptr);
 }
 
-TEST(AppIdentity, AnEmptyValueRemovesTheVariable) {
-    EXPECT_TRUE(SetEnvironment("x", "NVK_IDENTITY_TEST"));
-    EXPECT_STREQ(std::getenv("NVK_IDENTITY_TEST"), "x");
-    EXPECT_TRUE(SetEnvironment("", "NVK_IDENTITY_TEST"));
-    EXPECT_EQ(std::getenv("NVK_IDENTITY_TEST"), nullptr);
-}
-
 }  // namespace

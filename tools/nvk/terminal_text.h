@@ -7,12 +7,7 @@
 namespace nvk::tool {
 
 std::string AnsiToUtf8(std::string_view ansi);
-
-}  // namespace nvk::tool
-
-namespace nvk::tool {
-
-// The other way: arguments typed on the terminal, for the library.
+// The terminal's text in Windows-1252; what it can't hold becomes '?'.
 std::string Utf8ToAnsi(std::string_view utf8);
 
 }  // namespace nvk::tool

@@ -6,7 +6,7 @@
 
 #include "cli.h"
 #include "nvk/archive/zip_cmd.h"
-#include "os/api/console.h"
+#include "progress.h"
 #include "terminal_text.h"
 
 namespace nvk::tool {
@@ -15,7 +15,7 @@ namespace {
 int Zip(const Args& args);
 
 const Command kZipCommands[] = {
-    {"",
+    {"zip",
      "ARCHIVE FILE... [-r] [-0..-9] [--password P] [--comment TEXT] [--freshen|--update|--delete]",
      "adds the FILEs (which may use * and ?) to the archive, made if it is missing; -r goes into "
      "folders, -0 stores and -1 to -9 compress (9 by default), --password encrypts, --comment "
@@ -31,15 +31,9 @@ int FailWith(int code) {
     return Fail(AnsiToUtf8(text));
 }
 
-// A bar on the terminal's last line, redrawn in place.
+// The front-end's progress, as a bar on the terminal.
 int DrawProgress(char* text, unsigned long percent, void*) {
-    constexpr unsigned long kWidth = 30;
-    unsigned long shown = std::min(percent, 100UL);
-    std::string bar(shown * kWidth / 100, '#');
-    bar.resize(kWidth, ' ');
-    std::string label = AnsiToUtf8(text == nullptr ? "" : text).substr(0, 40);
-    std::fprintf(stderr, "\r[%s] %3lu%% %-40s", bar.c_str(), shown, label.c_str());
-    std::fflush(stderr);
+    DrawPercentBar(text, static_cast<long>(std::min<unsigned long>(percent, 100)));
     return 0;
 }
 
@@ -93,13 +87,13 @@ int Zip(const Args& arguments) {
     command.lpszEncryptCode = const_cast<char*>(password.c_str());
     command.addCommentFlag = hasComment ? 1 : 0;
     command.lpszComment = const_cast<char*>(comment.c_str());
-    const bool bar = os::IsConsoleStream(os::STD_ERROR_HANDLE) != 0;
+    const bool bar = ErrorOnTerminal();
     if (bar) {
         command.lpMajorStatus = DrawProgress;
     }
     const int code = command.dzip();
     if (bar) {
-        std::fprintf(stderr, "\n");
+        EndPercentBar();
     }
     return code == 0 ? kOk : FailWith(code);
 }

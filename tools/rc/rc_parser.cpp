@@ -7,6 +7,7 @@
 #include <set>
 #include <stdexcept>
 
+#include "rc_icon.h"
 #include "rc_text.h"
 
 namespace nvk::rc {
@@ -366,6 +367,10 @@ private:
             Fail("a resource type was expected");
         }
         resource.type = Id();
+        if (resource.type.text == "ICON") {
+            Icon(resource.name, resource.line);
+            return;
+        }
         if (resource.type.text == "VERSIONINFO") {
             Version(resource.line);
             return;
@@ -406,6 +411,24 @@ private:
             }
         }
         m_Script.data.push_back(std::move(resource));
+    }
+
+    // name ICON [flags] "file.ico"
+    void Icon(const ResourceId& name, int line) {
+        while (m_Token.kind == Kind::Word && IsMemoryFlag(m_Token.text)) {
+            Advance();
+        }
+        if (m_Token.kind != Kind::String) {
+            Fail("an icon file was expected");
+        }
+        std::vector<unsigned char> file;
+        try {
+            file = ToAnsi(Text());
+        } catch (const std::invalid_argument& e) {
+            Fail(e.what());
+        }
+        Advance();
+        AddIcon(m_Script, name, m_Language, std::string(file.begin(), file.end()), m_File, line);
     }
 
     // VERSIONINFO: fixed fields up to BEGIN, then BLOCK and VALUE statements.

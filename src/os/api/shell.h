@@ -3,6 +3,7 @@
 
 #include "nvk/os/shell.h"
 #include "nvk/os/types.h"
+#include "os/api/window.h"
 
 namespace nvk::os {
 
@@ -19,8 +20,6 @@ int SHFileOperationA(SHFILEOPSTRUCTA* operation);
 // Shows the application's browser; without one, answers as a cancelled
 // dialog, with null.
 LPITEMIDLIST SHBrowseForFolderA(BROWSEINFOA* info);
-// What a callback sends to the browser's window.
-LRESULT SendMessageA(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 // The item list of a special folder (a CSIDL value), from the shell's
 // allocator; the places without a path (computer, network, printers) give a
 // list with an empty path. E_INVALIDARG for an unknown value.

@@ -25,13 +25,15 @@ constexpr char kWindowsFolder[] = "C:\\Windows";
 constexpr int kAttempts = 100;
 constexpr DWORD kRetryMilliseconds = 10;
 
+bool HasFolder(std::string_view name) {
+    return name.find_first_of("\\/:") != std::string_view::npos;
+}
+
 // Where a name without a folder lives; a null name is the system's own file.
 std::string PathOf(LPCSTR fileName) {
     const std::string_view name = fileName != nullptr ? fileName : "win.ini";
-    if (name.find_first_of("\\/:") != std::string_view::npos) {
-        return std::string(name);
-    }
-    return std::string(kWindowsFolder) + "\\" + std::string(name);
+    return HasFolder(name) ? std::string(name)
+                           : std::string(kWindowsFolder) + "\\" + std::string(name);
 }
 
 HANDLE Open(const std::string& path, DWORD access, DWORD share, DWORD disposition) {
@@ -84,8 +86,9 @@ std::optional<posix::ProfileText> Load(LPCSTR fileName) {
 // when `create` says so; otherwise there is nothing to change.
 BOOL Modify(LPCSTR fileName, bool create, const std::function<bool(posix::ProfileText&)>& change) {
     const std::string path = PathOf(fileName);
-    if (create && path.starts_with(kWindowsFolder) && path.size() > sizeof kWindowsFolder &&
-        path[sizeof kWindowsFolder - 1] == '\\') {
+    if (create && (fileName == nullptr || !HasFolder(fileName))) {
+        // The Windows folder is always there on Windows; here it is made
+        // on the first write.
         CreateDirectoryA(kWindowsFolder, nullptr);
     }
     HANDLE file = Open(path, GENERIC_READ | GENERIC_WRITE, 0, create ? OPEN_ALWAYS : OPEN_EXISTING);

@@ -6,6 +6,7 @@
 
 #include "os/api/shell.h"
 #include "os/api/shell_folder.h"
+#include "os/api/window.h"
 
 namespace nvk::os {
 
@@ -23,13 +24,30 @@ Allocator g_Allocator;
 std::mutex g_HookLock;
 FolderBrowserHook g_Hook{};
 
-// The browser's window while its dialog runs: what the callback's messages
-// are told apart by.
-struct BrowserWindow {};
-
 FolderBrowserHook CurrentHook() {
     std::lock_guard<std::mutex> lock(g_HookLock);
     return g_Hook;
+}
+
+// The browser's window while its dialog runs: what the callback sends it goes
+// to the hook; its own coming and going does not.
+LRESULT BrowserProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+    const FolderBrowserHook hook = CurrentHook();
+    if (hook.message == nullptr || message == WM_DESTROY || message == WM_NCDESTROY) {
+        return DefWindowProcA(window, message, wParam, lParam);
+    }
+    return hook.message(window, message, wParam, lParam);
+}
+
+const char* BrowserClass() {
+    static const char* name = [] {
+        WNDCLASSA windowClass{};
+        windowClass.lpfnWndProc = BrowserProcedure;
+        windowClass.lpszClassName = "NvkFolderBrowser";
+        RegisterClassA(&windowClass);
+        return "NvkFolderBrowser";
+    }();
+    return name;
 }
 
 }  // namespace
@@ -46,15 +64,11 @@ LPITEMIDLIST SHBrowseForFolderA(BROWSEINFOA* info) {
     if (info == nullptr || hook.run == nullptr) {
         return nullptr;
     }
-    BrowserWindow window;
-    return hook.run(*info, reinterpret_cast<HWND>(&window));
-}
-
-LRESULT SendMessageA(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
-    const FolderBrowserHook hook = CurrentHook();
-    return window != nullptr && hook.message != nullptr
-               ? hook.message(window, message, wParam, lParam)
-               : 0;
+    HWND window = CreateWindowExA(0, BrowserClass(), nullptr, 0, 0, 0, 0, 0, nullptr, nullptr,
+                                  nullptr, nullptr);
+    LPITEMIDLIST chosen = hook.run(*info, window);
+    DestroyWindow(window);
+    return chosen;
 }
 
 LPITEMIDLIST ItemListFromPath(LPCSTR path) {

@@ -1,0 +1,439 @@
+#include <algorithm>
+#include <optional>
+#include <string_view>
+
+#include "os/posix/dde_instance.h"
+
+namespace nvk::os::dde {
+
+namespace {
+
+// How long a client waits for the data of an advise it was told of.
+constexpr DWORD kAdviseFetchTimeout = 5000;
+
+std::string ReadText(sd_bus_message* message) {
+    const void* bytes = nullptr;
+    std::size_t size = 0;
+    if (sd_bus_message_read_array(message, 'y', &bytes, &size) < 0 || size == 0) {
+        return {};
+    }
+    return std::string(static_cast<const char*>(bytes), size);
+}
+
+std::vector<BYTE> ReadBytes(sd_bus_message* message) {
+    const void* bytes = nullptr;
+    std::size_t size = 0;
+    if (sd_bus_message_read_array(message, 'y', &bytes, &size) < 0 || size == 0) {
+        return {};
+    }
+    const auto* first = static_cast<const BYTE*>(bytes);
+    return std::vector<BYTE>(first, first + size);
+}
+
+std::string_view Sender(sd_bus_message* message) {
+    const char* sender = sd_bus_message_get_sender(message);
+    return sender != nullptr ? sender : "";
+}
+
+// The conversation `id` of this side, if the message comes from its partner.
+Conversation* Partner(Instance& instance, sd_bus_message* message, std::uint64_t id, bool server) {
+    const auto found = instance.conversations.find(id);
+    if (found == instance.conversations.end() || found->second->ended ||
+        found->second->server != server || found->second->peer != Sender(message)) {
+        return nullptr;
+    }
+    return found->second.get();
+}
+
+void ReplyError(sd_bus_message* message, const char* name) {
+    sd_bus_reply_method_errorf(message, name, "%s", name);
+}
+
+// A name of the message's text, held for one callback.
+class TempString {
+public:
+    TempString(Instance& instance, const std::string& text)
+        : m_Instance(instance), m_Hsz(AcquireString(instance, text)) {}
+    ~TempString() { ReleaseString(m_Instance, m_Hsz); }
+    TempString(const TempString&) = delete;
+    TempString& operator=(const TempString&) = delete;
+    HSZ get() const { return m_Hsz; }
+
+private:
+    Instance& m_Instance;
+    HSZ m_Hsz;
+};
+
+// Incoming data, the system's for one callback, which may free it.
+class TempData {
+public:
+    TempData(Instance& instance, const std::vector<BYTE>& bytes, UINT format)
+        : m_Data(MakeData(instance.id, bytes.data(), bytes.size(), format, false)) {}
+    ~TempData() { ReleaseUsedData(m_Data); }
+    TempData(const TempData&) = delete;
+    TempData& operator=(const TempData&) = delete;
+    HDDEDATA get() const { return m_Data; }
+
+private:
+    HDDEDATA m_Data;
+};
+
+bool Registered(const Instance& instance, const std::string& folded) {
+    return std::any_of(instance.services.begin(), instance.services.end(),
+                       [&](const Service& service) {
+                           const StringEntry* name = StringOf(instance, service.name);
+                           return name != nullptr && name->folded == folded;
+                       });
+}
+
+void OnConnect(Instance& instance, sd_bus_message* message) {
+    std::uint64_t clientConv = 0;
+    sd_bus_message_read(message, "t", &clientConv);
+    const std::string service = ReadText(message);
+    const std::string topic = ReadText(message);
+    const std::string sender(Sender(message));
+    const bool self = sender == instance.uniqueName;
+    if ((instance.flags & (APPCMD_CLIENTONLY | CBF_FAIL_CONNECTIONS)) != 0 ||
+        (self && (instance.flags & CBF_FAIL_SELFCONNECTIONS) != 0) ||
+        !Registered(instance, Fold(service))) {
+        ReplyError(message, kErrorRefused);
+        return;
+    }
+    const HSZ topicName = AcquireString(instance, topic);
+    const HSZ serviceName = AcquireString(instance, service);
+    const bool accepted = topicName != nullptr && serviceName != nullptr &&
+                          CallBack(instance, XTYP_CONNECT, 0, 0, topicName, serviceName, nullptr, 0,
+                                   self ? 1 : 0) != nullptr &&
+                          Watch(instance, sender);
+    if (!accepted) {
+        ReleaseString(instance, topicName);
+        ReleaseString(instance, serviceName);
+        ReplyError(message, kErrorRefused);
+        return;
+    }
+    const std::uint64_t id =
+        AddConversation(instance, true, sender, clientConv, topicName, serviceName).id;
+    sd_bus_reply_method_return(message, "t", id);
+    if ((instance.flags & CBF_SKIP_CONNECT_CONFIRMS) == 0) {
+        CallBack(instance, XTYP_CONNECT_CONFIRM, 0, id, topicName, serviceName, nullptr, 0,
+                 self ? 1 : 0);
+    }
+}
+
+void OnDisconnect(Instance& instance, sd_bus_message* message) {
+    std::uint64_t id = 0;
+    sd_bus_message_read(message, "t", &id);
+    const auto found = instance.conversations.find(id);
+    if (found != instance.conversations.end() && found->second->peer == Sender(message)) {
+        EndConversation(instance, id, true);
+    }
+}
+
+// Execute and Poke: the acknowledgement flags of the callback.
+void OnFlagsTransaction(Instance& instance, sd_bus_message* message, bool poke) {
+    std::uint64_t id = 0;
+    sd_bus_message_read(message, "t", &id);
+    const std::string item = poke ? ReadText(message) : std::string();
+    UINT format = 0;
+    sd_bus_message_read(message, "u", &format);
+    const std::vector<BYTE> bytes = ReadBytes(message);
+    Conversation* conversation = Partner(instance, message, id, true);
+    if (conversation == nullptr) {
+        ReplyError(message, kErrorNoConversation);
+        return;
+    }
+    UINT flags = DDE_FNOTPROCESSED;
+    if ((instance.flags & (poke ? CBF_FAIL_POKES : CBF_FAIL_EXECUTES)) == 0) {
+        const HSZ topic = conversation->topic;
+        TempString itemName(instance, item);
+        TempData data(instance, bytes, format);
+        const HDDEDATA answer = CallBack(instance, poke ? XTYP_POKE : XTYP_EXECUTE, format, id,
+                                         topic, poke ? itemName.get() : nullptr, data.get(), 0, 0);
+        flags =
+            static_cast<UINT>(reinterpret_cast<std::uintptr_t>(answer)) & (DDE_FACK | DDE_FBUSY);
+    }
+    sd_bus_reply_method_return(message, "u", flags);
+}
+
+// Request and AdviseRequest: the data of the callback, if it gave any.
+void OnDataTransaction(Instance& instance, sd_bus_message* message, bool advise) {
+    std::uint64_t id = 0;
+    sd_bus_message_read(message, "t", &id);
+    const std::string item = ReadText(message);
+    UINT format = 0;
+    sd_bus_message_read(message, "u", &format);
+    Conversation* conversation = Partner(instance, message, id, true);
+    if (conversation == nullptr) {
+        ReplyError(message, kErrorNoConversation);
+        return;
+    }
+    const std::string folded = Fold(item);
+    const bool looping = std::any_of(
+        conversation->loops.begin(), conversation->loops.end(),
+        [&](const AdviseLoop& loop) { return loop.item == folded && loop.format == format; });
+    HDDEDATA answer = nullptr;
+    if (advise ? looping : (instance.flags & CBF_FAIL_REQUESTS) == 0) {
+        TempString itemName(instance, item);
+        answer = CallBack(instance, advise ? XTYP_ADVREQ : XTYP_REQUEST, format, id,
+                          conversation->topic, itemName.get(), nullptr, 0, 0);
+    }
+    std::vector<BYTE> bytes;
+    UINT dataFormat = 0;
+    const bool found = answer != nullptr && ReadData(answer, bytes, dataFormat);
+    if (found) {
+        ReleaseUsedData(answer);
+    }
+    sd_bus_message* reply = nullptr;
+    if (sd_bus_message_new_method_return(message, &reply) >= 0 &&
+        sd_bus_message_append(reply, "b", found ? 1 : 0) >= 0 &&
+        sd_bus_message_append_array(reply, 'y', bytes.empty() ? nullptr : bytes.data(),
+                                    bytes.size()) >= 0) {
+        sd_bus_send(nullptr, reply, nullptr);
+    }
+    sd_bus_message_unref(reply);
+}
+
+void OnAdviseStart(Instance& instance, sd_bus_message* message) {
+    std::uint64_t id = 0;
+    sd_bus_message_read(message, "t", &id);
+    const std::string item = ReadText(message);
+    UINT format = 0;
+    UINT flags = 0;
+    sd_bus_message_read(message, "uu", &format, &flags);
+    Conversation* conversation = Partner(instance, message, id, true);
+    if (conversation == nullptr) {
+        ReplyError(message, kErrorNoConversation);
+        return;
+    }
+    bool accepted = false;
+    if ((instance.flags & CBF_FAIL_ADVISES) == 0) {
+        TempString itemName(instance, item);
+        accepted = CallBack(instance, XTYP_ADVSTART, format, id, conversation->topic,
+                            itemName.get(), nullptr, 0, 0) != nullptr;
+    }
+    conversation = Partner(instance, message, id, true);
+    if (accepted && conversation != nullptr) {
+        const std::string folded = Fold(item);
+        std::erase_if(conversation->loops, [&](const AdviseLoop& loop) {
+            return loop.item == folded && loop.format == format;
+        });
+        conversation->loops.push_back({folded, item, format, flags});
+    }
+    sd_bus_reply_method_return(message, "b", accepted ? 1 : 0);
+}
+
+void OnAdviseStop(Instance& instance, sd_bus_message* message) {
+    std::uint64_t id = 0;
+    sd_bus_message_read(message, "t", &id);
+    const std::string item = ReadText(message);
+    UINT format = 0;
+    sd_bus_message_read(message, "u", &format);
+    Conversation* conversation = Partner(instance, message, id, true);
+    if (conversation == nullptr) {
+        ReplyError(message, kErrorNoConversation);
+        return;
+    }
+    const std::string folded = Fold(item);
+    const std::size_t removed = std::erase_if(conversation->loops, [&](const AdviseLoop& loop) {
+        return loop.item == folded && loop.format == format;
+    });
+    if (removed > 0) {
+        TempString itemName(instance, item);
+        CallBack(instance, XTYP_ADVSTOP, format, id, conversation->topic, itemName.get(), nullptr,
+                 0, 0);
+    }
+    sd_bus_reply_method_return(message, "b", removed > 0 ? 1 : 0);
+}
+
+// The client's side of an advise: the server said the item changed; the data
+// is asked for, unless the loop wants none, and handed to XTYP_ADVDATA.
+void OnAdviseSignal(Instance& instance, sd_bus_message* message) {
+    std::uint64_t id = 0;
+    sd_bus_message_read(message, "t", &id);
+    const std::string item = ReadText(message);
+    UINT format = 0;
+    UINT flags = 0;
+    sd_bus_message_read(message, "uu", &format, &flags);
+    Conversation* conversation = Partner(instance, message, id, false);
+    if (conversation == nullptr) {
+        return;
+    }
+    std::vector<BYTE> bytes;
+    bool found = (flags & XTYPF_NODATA) != 0;
+    if (!found) {
+        sd_bus_message* call = nullptr;
+        sd_bus_message* reply = nullptr;
+        if (sd_bus_message_new_method_call(instance.bus, &call, conversation->peer.c_str(), kPath,
+                                           kInterface, "AdviseRequest") >= 0 &&
+            sd_bus_message_append(call, "t", conversation->peerConv) >= 0 &&
+            sd_bus_message_append_array(call, 'y', item.data(), item.size()) >= 0 &&
+            sd_bus_message_append(call, "u", format) >= 0) {
+            BeginBusy(instance, id);
+            if (Call(instance, call, kAdviseFetchTimeout, reply) == CallEnd::Answered) {
+                int has = 0;
+                found = sd_bus_message_read(reply, "b", &has) >= 0 && has != 0;
+                bytes = ReadBytes(reply);
+            }
+            EndBusy(instance, id);
+        }
+        sd_bus_message_unref(call);
+        sd_bus_message_unref(reply);
+        conversation = Partner(instance, message, id, false);
+    }
+    if (!found || conversation == nullptr) {
+        return;
+    }
+    TempString itemName(instance, item);
+    std::optional<TempData> data;
+    if ((flags & XTYPF_NODATA) == 0) {
+        data.emplace(instance, bytes, format);
+    }
+    CallBack(instance, XTYP_ADVDATA, format, id, conversation->topic, itemName.get(),
+             data ? data->get() : nullptr, 0, 0);
+}
+
+void OnOwnerChanged(Instance& instance, sd_bus_message* message) {
+    const char* name = nullptr;
+    const char* oldOwner = nullptr;
+    const char* newOwner = nullptr;
+    if (sd_bus_message_read(message, "sss", &name, &oldOwner, &newOwner) < 0 || *newOwner != '\0' ||
+        instance.watched.count(name) == 0) {
+        return;
+    }
+    std::vector<std::uint64_t> ended;
+    for (const auto& [id, conversation] : instance.conversations) {
+        if (conversation->peer == name) {
+            ended.push_back(id);
+        }
+    }
+    for (const std::uint64_t id : ended) {
+        EndConversation(instance, id, true);
+    }
+}
+
+}  // namespace
+
+void HandleIncoming(Instance& instance, sd_bus_message* message) {
+    if (sd_bus_message_is_signal(message, "org.freedesktop.DBus", "NameOwnerChanged") > 0) {
+        OnOwnerChanged(instance, message);
+    } else if (sd_bus_message_is_signal(message, kInterface, "Advise") > 0) {
+        OnAdviseSignal(instance, message);
+    } else if (sd_bus_message_is_method_call(message, kInterface, "Connect") > 0) {
+        OnConnect(instance, message);
+    } else if (sd_bus_message_is_method_call(message, kInterface, "Disconnect") > 0) {
+        OnDisconnect(instance, message);
+    } else if (sd_bus_message_is_method_call(message, kInterface, "Execute") > 0) {
+        OnFlagsTransaction(instance, message, false);
+    } else if (sd_bus_message_is_method_call(message, kInterface, "Poke") > 0) {
+        OnFlagsTransaction(instance, message, true);
+    } else if (sd_bus_message_is_method_call(message, kInterface, "Request") > 0) {
+        OnDataTransaction(instance, message, false);
+    } else if (sd_bus_message_is_method_call(message, kInterface, "AdviseRequest") > 0) {
+        OnDataTransaction(instance, message, true);
+    } else if (sd_bus_message_is_method_call(message, kInterface, "AdviseStart") > 0) {
+        OnAdviseStart(instance, message);
+    } else if (sd_bus_message_is_method_call(message, kInterface, "AdviseStop") > 0) {
+        OnAdviseStop(instance, message);
+    } else if (sd_bus_message_is_method_call(message, nullptr, nullptr) > 0) {
+        sd_bus_reply_method_errorf(message, SD_BUS_ERROR_UNKNOWN_METHOD, "unknown method");
+    }
+}
+
+}  // namespace nvk::os::dde
+
+namespace nvk::os {
+
+using namespace dde;
+
+HDDEDATA DdeNameService(DWORD idInst, HSZ hsz1, HSZ /*hsz2*/, UINT command) {
+    const InstancePtr instance = FindInstance(idInst);
+    if (instance == nullptr) {
+        return nullptr;
+    }
+    if ((instance->flags & APPCMD_CLIENTONLY) != 0) {
+        instance->lastError = DMLERR_DLL_USAGE;
+        return nullptr;
+    }
+    const StringEntry* name = StringOf(*instance, hsz1);
+    const std::string folded = name != nullptr ? name->folded : std::string();
+    const auto same = [&](const Service& service) {
+        const StringEntry* entry = StringOf(*instance, service.name);
+        return hsz1 == nullptr || (entry != nullptr && entry->folded == folded);
+    };
+    if ((command & DNS_REGISTER) != 0) {
+        if (name == nullptr) {
+            instance->lastError = DMLERR_INVALIDPARAMETER;
+            return nullptr;
+        }
+        if (std::none_of(instance->services.begin(), instance->services.end(), same)) {
+            // Queued behind another process that serves the name already:
+            // this one takes over when that one ends.
+            std::string busName = ServiceBusName(folded);
+            const int r = sd_bus_request_name(instance->bus, busName.c_str(), SD_BUS_NAME_QUEUE);
+            if (r < 0) {
+                instance->lastError = BusError(r);
+                return nullptr;
+            }
+            instance->services.push_back(
+                {AcquireString(*instance, name->text), std::move(busName)});
+        }
+        return reinterpret_cast<HDDEDATA>(1);
+    }
+    if ((command & DNS_UNREGISTER) != 0) {
+        if (hsz1 != nullptr && name == nullptr) {
+            instance->lastError = DMLERR_INVALIDPARAMETER;
+            return nullptr;
+        }
+        for (auto service = instance->services.begin(); service != instance->services.end();) {
+            if (same(*service)) {
+                sd_bus_release_name(instance->bus, service->busName.c_str());
+                ReleaseString(*instance, service->name);
+                service = instance->services.erase(service);
+            } else {
+                ++service;
+            }
+        }
+        return reinterpret_cast<HDDEDATA>(1);
+    }
+    instance->lastError = DMLERR_INVALIDPARAMETER;
+    return nullptr;
+}
+
+BOOL DdePostAdvise(DWORD idInst, HSZ topic, HSZ item) {
+    const InstancePtr instance = FindInstance(idInst);
+    if (instance == nullptr) {
+        return FALSE;
+    }
+    const StringEntry* topicName = StringOf(*instance, topic);
+    const StringEntry* itemName = StringOf(*instance, item);
+    if ((topic != nullptr && topicName == nullptr) || (item != nullptr && itemName == nullptr)) {
+        instance->lastError = DMLERR_INVALIDPARAMETER;
+        return FALSE;
+    }
+    for (const auto& [id, conversation] : instance->conversations) {
+        const StringEntry* ownTopic = StringOf(*instance, conversation->topic);
+        if (!conversation->server || conversation->ended ||
+            (topicName != nullptr &&
+             (ownTopic == nullptr || ownTopic->folded != topicName->folded))) {
+            continue;
+        }
+        for (const AdviseLoop& loop : conversation->loops) {
+            if (itemName != nullptr && loop.item != itemName->folded) {
+                continue;
+            }
+            sd_bus_message* signal = nullptr;
+            if (sd_bus_message_new_signal(instance->bus, &signal, kPath, kInterface, "Advise") >=
+                    0 &&
+                sd_bus_message_set_destination(signal, conversation->peer.c_str()) >= 0 &&
+                sd_bus_message_append(signal, "t", conversation->peerConv) >= 0 &&
+                sd_bus_message_append_array(signal, 'y', loop.text.data(), loop.text.size()) >= 0 &&
+                sd_bus_message_append(signal, "uu", loop.format, loop.flags) >= 0) {
+                sd_bus_send(instance->bus, signal, nullptr);
+            }
+            sd_bus_message_unref(signal);
+        }
+    }
+    return TRUE;
+}
+
+}  // namespace nvk::os
