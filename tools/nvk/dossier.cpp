@@ -1,14 +1,13 @@
 // nvk dossier zip: one archive of a dossier through EZipFolder, EZipCmd and
 // the engine.
 #include <algorithm>
-#include <cstdio>
 #include <string>
 
 #include "cli.h"
 #include "nvk/archive/zip_cmd.h"
 #include "nvk/archive/zip_folder.h"
-#include "os/api/console.h"
 #include "os/api/directory.h"
+#include "progress.h"
 #include "terminal_text.h"
 
 namespace nvk::tool {
@@ -26,17 +25,11 @@ const Command kDossierCommands[] = {
      DossierZip, "answers: nothing when it worked; exit 0, or 2 with the reason."},
 };
 
-// Draws the engine's overall progress on the terminal's last line.
+// Draws the engine's overall progress on the terminal.
 class ShownZipFolder : public EZipFolder {
 protected:
     bool OnMajorStatus(char* text, long percent) override {
-        constexpr long kWidth = 30;
-        long shown = std::clamp(percent, 0L, 100L);
-        std::string bar(static_cast<std::size_t>(shown * kWidth / 100), '#');
-        bar.resize(kWidth, ' ');
-        std::string label = AnsiToUtf8(text == nullptr ? "" : text).substr(0, 40);
-        std::fprintf(stderr, "\r[%s] %3ld%% %-40s", bar.c_str(), shown, label.c_str());
-        std::fflush(stderr);
+        DrawPercentBar(text, std::clamp(percent, 0L, 100L));
         return false;
     }
 };
@@ -98,13 +91,13 @@ int DossierZip(const Args& arguments) {
     folder.SetNVKKey(dossierKey);
     folder.SetExercice(static_cast<int>(number));
     folder.SetIsDemo(demo);
-    const bool bar = os::IsConsoleStream(os::STD_ERROR_HANDLE) != 0;
+    const bool bar = ErrorOnTerminal();
     // Off a terminal the plain object, whose progress draws nothing.
     EZipFolder plain(folder);
     EZipFolder& zip = bar ? folder : plain;
     const int result = zip.Zip(Utf8ToAnsi(args[1]).c_str(), description.c_str());
     if (bar) {
-        std::fprintf(stderr, "\n");
+        EndPercentBar();
     }
     return result == 0 ? kOk : FailWith(result, folder);
 }
