@@ -1,11 +1,13 @@
-# nvk_version_resource(target DESCRIPTION text [VERSION a.b.c.d]): gives a
-# module or program of the build its version resource, in the section that
-# the version functions read, from cmake/version.rc.in. The version defaults
-# to the project's; a program gets the file type of an application, anything
+# nvk_version_resource(target DESCRIPTION text [VERSION a.b.c.d]
+#                      [FILE_NAME name]): gives a module or program of the
+# build its version resource, in the section that the version functions
+# read, from cmake/version.rc.in. The version defaults to the project's; the
+# original file name to the target's (a module loaded under a Windows name
+# gives that one); a program gets the file type of an application, anything
 # else that of a library.
 
 function(nvk_version_resource target)
-    cmake_parse_arguments(V "" "DESCRIPTION;VERSION" "" ${ARGN})
+    cmake_parse_arguments(V "" "DESCRIPTION;VERSION;FILE_NAME" "" ${ARGN})
     if(NOT V_VERSION)
         set(V_VERSION ${PROJECT_VERSION})
     endif()
@@ -25,6 +27,9 @@ function(nvk_version_resource target)
     else()
         set(NVK_FILE_TYPE 2)
         set(NVK_FILE_NAME ${CMAKE_SHARED_LIBRARY_PREFIX}${target}${CMAKE_SHARED_LIBRARY_SUFFIX})
+    endif()
+    if(V_FILE_NAME)
+        set(NVK_FILE_NAME ${V_FILE_NAME})
     endif()
     set(script ${CMAKE_CURRENT_BINARY_DIR}/${target}_version.rc)
     configure_file(${CMAKE_CURRENT_FUNCTION_LIST_DIR}/version.rc.in ${script} @ONLY)

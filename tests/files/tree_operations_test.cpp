@@ -93,15 +93,17 @@ TEST(TreeSafety, LinksAreCopiedAndRemovedAsLinksAndNeverCounted) {
     fs::permissions(outside.Native("precious/keep.txt"), fs::perms::owner_read);
     TempTree tree;
     tree.File("p/a.txt", "abc");
+    tree.File("p/bad\xff\xfe/" + std::string(255, 'n'));  // not UTF-8, longest name
     fs::create_directory_symlink(outside.Native("precious"), tree.Native("p/out"));
     fs::create_directory_symlink(tree.Native("p"), tree.Native("p/loop"));
     fs::create_symlink(outside.Native("precious/keep.txt"), tree.Native("p/file-link"));
 
-    EXPECT_EQ(GetDirectorySize(tree.Path("p")), 3u);
+    EXPECT_EQ(GetDirectorySize(tree.Path("p")), 4u);
     tree.Folder("copy");
     ASSERT_EQ(CopyDirectory(tree.Path("p"), tree.Path("copy"), 1), 1);
     EXPECT_TRUE(fs::is_symlink(tree.Native("copy/out")));
     EXPECT_TRUE(fs::is_symlink(tree.Native("copy/loop")));
+    EXPECT_EQ(tree.Read("copy/bad\xff\xfe/" + std::string(255, 'n')), "x");
     EXPECT_EQ(fs::read_symlink(tree.Native("copy/file-link")),
               fs::path(outside.Native("precious/keep.txt")));
 

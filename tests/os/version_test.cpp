@@ -4,6 +4,7 @@
 
 #include <cstring>
 #include <fstream>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -175,11 +176,14 @@ TEST(VersionTest, ThirtyTwoBitExecutable) {
     EXPECT_EQ(Text(block, "\\StringFileInfo\\040C04E4\\FileVersion"), "3.2 r\xE9vision 7");
 }
 
-TEST(VersionTest, TheToolAndTheLibraryCarryTheProjectVersion) {
-    for (const char* file : {NVK_TOOL, NVK_LIBRARY}) {
-        std::vector<BYTE> block = Block(file);
+// The tool, the library and the engines, separated by '|'.
+TEST(VersionTest, TheBuildsFilesCarryTheProjectVersion) {
+    std::istringstream files(NVK_VERSIONED_FILES);
+    for (std::string file; std::getline(files, file, '|');) {
+        std::vector<BYTE> block = Block(file.c_str());
         ASSERT_FALSE(block.empty()) << file;
-        EXPECT_EQ(Text(block, "\\StringFileInfo\\040904E4\\FileVersion"), NVK_PROJECT_VERSION);
+        EXPECT_EQ(Text(block, "\\StringFileInfo\\040904E4\\FileVersion"), NVK_PROJECT_VERSION)
+            << file;
         EXPECT_EQ(Text(block, "\\StringFileInfo\\040904E4\\ProductName"), "nvkutil");
     }
 }

@@ -24,21 +24,27 @@ namespace {
 //   5  documents               XDG user directory DOCUMENTS  ($HOME/Documents)
 //   6  favourites              $XDG_DATA_HOME/Favorites      ($HOME/.local/share/Favorites)
 //   26 application data        $XDG_DATA_HOME                ($HOME/.local/share)
-//   35 common application data /var/lib
+//   35 common application data /var/lib, else $XDG_DATA_HOME
 //   38 program files           /opt
-//   46 common documents        /srv
+//   46 common documents        /srv, else XDG user directory PUBLICSHARE ($HOME/Public)
 //   4 printers, 17 computer, 18 network: no folder in the file system.
+//
+// The common folders are the ones every user writes to on Windows. Where the
+// system's place is not writable by the user (any account but root on a
+// fresh machine), the user's own place stands in for it, so that what the
+// applications keep there can be made at all.
 //
 // An XDG user directory is taken from the environment variable of its name
 // (XDG_DOCUMENTS_DIR), then from $XDG_CONFIG_HOME/user-dirs.dirs, then the
 // default in brackets.
-enum class Source { UserDirectory, DataHome, Fixed, None };
+enum class Source { UserDirectory, DataHome, Fixed, Common, None };
 
 struct SpecialFolder {
     int csidl;
     Source source;
     const char* name;      // XDG key, folder below the data home, or fixed path
-    const char* fallback;  // below $HOME, for user directories
+    const char* fallback;  // below $HOME, for user directories; the user's
+                           // place for a common folder
 };
 
 constexpr SpecialFolder kFolders[] = {
@@ -49,9 +55,9 @@ constexpr SpecialFolder kFolders[] = {
     {CSIDL_DRIVES, Source::None, "", ""},
     {CSIDL_NETWORK, Source::None, "", ""},
     {CSIDL_APPDATA, Source::DataHome, "", ""},
-    {CSIDL_COMMON_APPDATA, Source::Fixed, "/var/lib", ""},
+    {CSIDL_COMMON_APPDATA, Source::Common, "/var/lib", ""},
     {CSIDL_PROGRAM_FILES, Source::Fixed, "/opt", ""},
-    {CSIDL_COMMON_DOCUMENTS, Source::Fixed, "/srv", ""},
+    {CSIDL_COMMON_DOCUMENTS, Source::Common, "/srv", "PUBLICSHARE"},
 };
 
 std::string Home() {
@@ -135,6 +141,15 @@ HRESULT SHGetFolderPathA(HWND /*owner*/, int csidl, HANDLE /*token*/, DWORD /*fl
             break;
         case Source::Fixed:
             native = folder->name;
+            break;
+        case Source::Common:
+            if (access(folder->name, W_OK) == 0) {
+                native = folder->name;
+            } else if (folder->fallback[0] != '\0') {
+                native = UserDirectory(folder->fallback, "Public");
+            } else {
+                native = DataHome();
+            }
             break;
         case Source::None:
             return E_FAIL;
