@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -48,14 +49,21 @@ public:
 
 class ConversationTest : public testing::Test {
 protected:
-    void SetUp() override { DDEInitialize(false); }
-    void TearDown() override { DDECleanUp(); }
-
-    Recorder* Connect(const std::string& service, const std::string& topic) {
-        return static_cast<Recorder*>(m_Client.MakeConnection("", service.c_str(), topic.c_str()));
+    void SetUp() override {
+        DDEInitialize(false);
+        m_Client = std::make_unique<RecordingClient>();
+    }
+    // The thread's objects go before its DDE ends.
+    void TearDown() override {
+        m_Client.reset();
+        DDECleanUp();
     }
 
-    RecordingClient m_Client;
+    Recorder* Connect(const std::string& service, const std::string& topic) {
+        return static_cast<Recorder*>(m_Client->MakeConnection("", service.c_str(), topic.c_str()));
+    }
+
+    std::unique_ptr<RecordingClient> m_Client;
 };
 
 TEST_F(ConversationTest, TransactionsAndTheirResults) {
