@@ -186,7 +186,7 @@ TEST_F(ConversationTest, EndsTimeOutsAndDeadServers) {
 TEST_F(ConversationTest, NamesOfAnyBytes) {
     // Bytes beyond ASCII, punctuation, and a service whose escaped bus name
     // would pass the bus's length.
-    const std::string service = "Soci\xE9t\xE9 _.-" + std::string(60, '\xFF');
+    const std::string service = "Soci\xE9t\xE9 _.-" + std::string(80, '\xFF');
     const std::string topic = "Exercice 2024/\xC9t\xE9";
     Peer peer(service, topic);
     ASSERT_TRUE(peer.Ready());
