@@ -79,6 +79,10 @@ TEST(ModuleTest, LookupsByHandleAddressAndName) {
     EXPECT_EQ(GetLastError(), ERROR_SUCCESS);  // the executable
     EXPECT_EQ(GetProcAddress(module, "NoSuchEntry"), nullptr);
     EXPECT_EQ(GetLastError(), ERROR_PROC_NOT_FOUND);
+    // A __stdcall decoration finds the plain name, and only in its own form.
+    EXPECT_EQ(GetProcAddress(module, "_TestModuleFile@0"), entry);
+    EXPECT_EQ(GetProcAddress(module, "_TestModuleFile@"), nullptr);
+    EXPECT_EQ(GetProcAddress(module, "TestModuleFile@4"), nullptr);
     EXPECT_EQ(GetProcAddress(module, reinterpret_cast<LPCSTR>(1)), nullptr);
     EXPECT_EQ(GetLastError(), ERROR_PROC_NOT_FOUND);
     int stray = 0;

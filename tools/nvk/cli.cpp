@@ -5,6 +5,10 @@
 #include <iostream>
 #include <sstream>
 
+#include "nvk/paths/special_nvk_path.h"
+#include "nvk/services/global_dico.h"
+#include "os/api/path_map.h"
+
 namespace nvk::tool {
 
 namespace {
@@ -43,16 +47,17 @@ bool Expect(const Args& args, std::size_t minimum, std::size_t maximum, const Co
     const auto option = std::find_if(args.begin(), args.end(), [](const std::string& arg) {
         return arg.size() > 2 && arg.starts_with("--");
     });
+    // A command that is its area's only one is called by the area's name.
+    const std::string called = "nvk " + std::string(g_area) +
+                               (command.name == g_area ? "" : " " + std::string(command.name));
     if (option != args.end()) {
-        Fail("unknown option " + *option + " (see nvk " + std::string(g_area) + " " +
-             std::string(command.name) + " --help)");
+        Fail("unknown option " + *option + " (see " + called + " --help)");
         return false;
     }
     if (args.size() >= minimum && args.size() <= maximum) {
         return true;
     }
-    Fail("usage: nvk " + std::string(g_area) + " " + std::string(command.name) + " " +
-         std::string(command.usage));
+    Fail("usage: " + called + " " + std::string(command.usage));
     return false;
 }
 
@@ -105,6 +110,33 @@ bool TakeFlag(Args& args, std::string_view name) {
     }
     args.erase(it);
     return true;
+}
+
+bool TakeDico(Args& args) {
+    for (auto it = std::find(args.begin(), args.end(), "--dico"); it != args.end();
+         it = std::find(args.begin(), args.end(), "--dico")) {
+        const std::size_t equals = it + 1 == args.end() ? std::string::npos : (it + 1)->find('=');
+        if (equals == std::string::npos || equals == 0) {
+            Fail("--dico takes KEY=VALUE");
+            return false;
+        }
+        const std::string& entry = *(it + 1);
+        GlobalDico::Get().SetValue(entry.substr(0, equals).c_str(),
+                                   entry.substr(equals + 1).c_str());
+        args.erase(it, it + 2);
+    }
+    return true;
+}
+
+void TakeAppFolder(Args& args) {
+    const std::string folder = TakeOption(args, "--app-folder");
+    if (folder.empty()) {
+        return;
+    }
+    // A folder of this system's own syntax, or one in drive form.
+    Chaine path = folder.starts_with('/') ? Chaine(os::ToWindowsPath(folder.c_str()).c_str())
+                                          : Chaine(folder.c_str());
+    SpecialNVKPath::SetAppFolder(path.MakeAbsolute());
 }
 
 bool ParseLong(const std::string& text, long long& value) {

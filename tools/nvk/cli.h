@@ -72,6 +72,14 @@ std::string TakeOption(Args& args, std::string_view name, std::string fallback =
 // Whether "--name" is present, removed from args.
 bool TakeFlag(Args& args, std::string_view name);
 
+// Takes every "--dico KEY=VALUE" out of args into the process dictionary, as
+// an application states who it is; false, after the message, for a value
+// without "=" or an empty key.
+bool TakeDico(Args& args);
+// Takes "--app-folder DIR" out of args: the folder that stands for the
+// application's own, where Paths.ini lies (by default the tool's).
+void TakeAppFolder(Args& args);
+
 // Parses a whole decimal number; false on anything else.
 bool ParseLong(const std::string& text, long long& value);
 

@@ -31,9 +31,17 @@ void PrintCommands(const Area& area) {
     std::cout << "\nnvk " << area.name << " <command> --help tells more of each.\n";
 }
 
+// An area whose only command bears its name is that command: "nvk find ROOT".
+bool IsCommandArea(const Area& area) {
+    return area.commands.size() == 1 && area.commands[0].name == area.name;
+}
+
 void PrintCommand(const Area& area, const nvk::tool::Command& command) {
-    std::cout << "usage: nvk " << area.name << ' ' << command.name << ' ' << command.usage << "\n  "
-              << command.summary << '\n';
+    std::cout << "usage: nvk " << area.name << ' ';
+    if (!IsCommandArea(area)) {
+        std::cout << command.name << ' ';
+    }
+    std::cout << command.usage << "\n  " << command.summary << '\n';
     if (!command.answers.empty()) {
         std::cout << '\n' << command.answers << '\n';
     }
@@ -53,6 +61,15 @@ int RunDemo() {
         }
     }
     return nvk::tool::kOk;
+}
+
+// An answer that could not be written (a full disk, a closed pipe) is a
+// failure, whatever the command found.
+int Finish(int status) {
+    if (status != nvk::tool::kFailure && !std::cout.flush()) {
+        return nvk::tool::Fail("cannot write to standard output");
+    }
+    return status;
 }
 
 bool IsHelp(const std::string& word) {
@@ -75,7 +92,9 @@ int main(int argc, char** argv) {
         PrintAreas();
         return nvk::tool::kOk;
     }
-    if (args[0] == "version" || args[0] == "--version") {
+    // "nvk version" alone is the tool's own version; "nvk version FILE" is
+    // the version area's show command.
+    if ((args[0] == "version" && args.size() == 1) || args[0] == "--version") {
         std::cout << "nvk " << kVersion << '\n';
         return nvk::tool::kOk;
     }
@@ -86,9 +105,21 @@ int main(int argc, char** argv) {
         }
         return args.size() == 1 ? RunDemo() : nvk::tool::Fail("usage: nvk demo");
     }
+    if (args[0] == "version" && !IsHelp(args[1]) && args[1] != "show" && args[1] != "patch") {
+        args.insert(args.begin() + 1, "show");
+    }
     for (const Area& area : nvk::tool::Areas()) {
         if (area.name != args[0]) {
             continue;
+        }
+        if (IsCommandArea(area)) {
+            const Args rest(args.begin() + 1, args.end());
+            if (AsksHelp(rest)) {
+                PrintCommand(area, area.commands[0]);
+                return nvk::tool::kOk;
+            }
+            nvk::tool::SetCurrentArea(area.name);
+            return Finish(area.commands[0].run(rest));
         }
         if (args.size() >= 2 && IsHelp(args[1])) {
             PrintCommands(area);
@@ -106,13 +137,7 @@ int main(int argc, char** argv) {
                     return nvk::tool::kOk;
                 }
                 nvk::tool::SetCurrentArea(area.name);
-                const int status = command.run(rest);
-                // An answer that could not be written (a full disk, a closed
-                // pipe) is a failure, whatever the command found.
-                if (status != nvk::tool::kFailure && !std::cout.flush()) {
-                    return nvk::tool::Fail("cannot write to standard output");
-                }
-                return status;
+                return Finish(command.run(rest));
             }
         }
         return nvk::tool::Fail("unknown command '" + args[1] + "' in area '" + args[0] +

@@ -28,10 +28,10 @@ std::string Utf8ToAnsi(std::string_view utf8) {
     const auto size = static_cast<int>(utf8.size());
     std::vector<os::WCHAR> wide(utf8.size());
     const int units = os::MultiByteToWideChar(os::CP_UTF8, 0, utf8.data(), size, wide.data(), size);
-    std::string ansi(static_cast<std::size_t>(std::max(units, 0)), '\0');
-    const int n = os::WideCharToMultiByte(os::CP_ACP, 0, wide.data(), units, ansi.data(), units,
-                                          nullptr, nullptr);
-    ansi.resize(static_cast<std::size_t>(std::max(n, 0)));
+    const int n =
+        os::WideCharToMultiByte(os::CP_ACP, 0, wide.data(), units, nullptr, 0, nullptr, nullptr);
+    std::string ansi(static_cast<std::size_t>(std::max(n, 0)), '\0');
+    os::WideCharToMultiByte(os::CP_ACP, 0, wide.data(), units, ansi.data(), n, nullptr, nullptr);
     return ansi;
 }
 

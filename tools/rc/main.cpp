@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "rc_parser.h"
+#include "rc_version.h"
 #include "rc_writer.h"
 
 int main(int argc, char** argv) {
@@ -48,6 +49,7 @@ int main(int argc, char** argv) {
     }
     std::ostringstream source;
     nvk::rc::WriteSource(nvk::rc::Layout(script), symbol, exported, source);
+    nvk::rc::WriteVersionSection(script, source);
     // The file is rewritten only when it changes, so that nothing rebuilds
     // for an unchanged table.
     std::ifstream previous(output, std::ios::binary);

@@ -32,9 +32,34 @@ struct DataResource {
     int line;
 };
 
+// A node of a VERSIONINFO: a BLOCK with its children, or a VALUE with a
+// text or binary value.
+struct VersionNode {
+    std::u16string key;
+    bool block = false;
+    bool text = false;
+    std::u16string textValue;
+    std::vector<unsigned char> binary;
+    std::vector<VersionNode> children;
+};
+
+// A VERSIONINFO statement: its fixed fields, then its tree.
+struct VersionInfo {
+    std::uint32_t fileVersion[2] = {};  // the MS and LS words
+    std::uint32_t productVersion[2] = {};
+    std::uint32_t flagsMask = 0;
+    std::uint32_t flags = 0;
+    std::uint32_t os = 0;
+    std::uint32_t type = 0;
+    std::uint32_t subtype = 0;
+    std::vector<VersionNode> children;
+    int line = 0;
+};
+
 struct Script {
     std::vector<StringEntry> strings;
     std::vector<DataResource> data;
+    std::vector<VersionInfo> versions;
 };
 
 // A fault in a script, with the place it was found at.

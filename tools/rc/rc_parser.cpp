@@ -7,6 +7,7 @@
 #include <set>
 #include <stdexcept>
 
+#include "rc_icon.h"
 #include "rc_text.h"
 
 namespace nvk::rc {
@@ -366,6 +367,14 @@ private:
             Fail("a resource type was expected");
         }
         resource.type = Id();
+        if (resource.type.text == "ICON") {
+            Icon(resource.name, resource.line);
+            return;
+        }
+        if (resource.type.text == "VERSIONINFO") {
+            Version(resource.line);
+            return;
+        }
         resource.language = Options(m_Language);
         while (m_Token.kind != Kind::End) {
             if (m_Token.kind == Kind::String) {
@@ -402,6 +411,128 @@ private:
             }
         }
         m_Script.data.push_back(std::move(resource));
+    }
+
+    // name ICON [flags] "file.ico"
+    void Icon(const ResourceId& name, int line) {
+        while (m_Token.kind == Kind::Word && IsMemoryFlag(m_Token.text)) {
+            Advance();
+        }
+        if (m_Token.kind != Kind::String) {
+            Fail("an icon file was expected");
+        }
+        std::vector<unsigned char> file;
+        try {
+            file = ToAnsi(Text());
+        } catch (const std::invalid_argument& e) {
+            Fail(e.what());
+        }
+        Advance();
+        AddIcon(m_Script, name, m_Language, std::string(file.begin(), file.end()), m_File, line);
+    }
+
+    // VERSIONINFO: fixed fields up to BEGIN, then BLOCK and VALUE statements.
+    void Version(int line) {
+        if (!m_Script.versions.empty()) {
+            Fail("a module has one VERSIONINFO");
+        }
+        VersionInfo version;
+        version.line = line;
+        const std::map<std::string, std::uint32_t*> fields = {{"FILEFLAGSMASK", &version.flagsMask},
+                                                              {"FILEFLAGS", &version.flags},
+                                                              {"FILEOS", &version.os},
+                                                              {"FILETYPE", &version.type},
+                                                              {"FILESUBTYPE", &version.subtype}};
+        while (m_Token.kind == Kind::Word) {
+            const std::string field = m_Token.text;
+            Advance();
+            if (field == "FILEVERSION" || field == "PRODUCTVERSION") {
+                std::uint32_t* words =
+                    field == "FILEVERSION" ? version.fileVersion : version.productVersion;
+                for (int part = 0; part < 4 && (part == 0 || m_Token.kind == Kind::Comma); ++part) {
+                    if (part > 0) {
+                        Advance();
+                    }
+                    words[part / 2] |= VersionNumber(0xFFFF) << (part % 2 == 0 ? 16 : 0);
+                }
+            } else if (fields.contains(field)) {
+                *fields.at(field) = VersionNumber(0xFFFFFFFF);
+            } else {
+                Fail("unknown VERSIONINFO field " + field);
+            }
+        }
+        if (m_Token.kind != Kind::Begin) {
+            Fail("BEGIN was expected");
+        }
+        Advance();
+        version.children = VersionChildren();
+        m_Script.versions.push_back(std::move(version));
+    }
+
+    std::uint32_t VersionNumber(std::uint32_t most) {
+        bool isLong = false;
+        std::optional<std::uint32_t> number =
+            m_Token.kind == Kind::Word ? ParseNumber(m_Token.text, isLong) : std::nullopt;
+        if (!number || *number > most) {
+            Fail("a number was expected");
+        }
+        Advance();
+        return *number;
+    }
+
+    // The statements of a BLOCK, up to and past its END.
+    std::vector<VersionNode> VersionChildren() {
+        std::vector<VersionNode> children;
+        while (m_Token.kind != Kind::End) {
+            VersionNode node;
+            node.block = IsWord("BLOCK");
+            if (!node.block && !IsWord("VALUE")) {
+                Fail("BLOCK, VALUE or END was expected");
+            }
+            Advance();
+            if (m_Token.kind != Kind::String) {
+                Fail("a name was expected");
+            }
+            node.key = Text();
+            Advance();
+            if (node.block) {
+                if (m_Token.kind != Kind::Begin) {
+                    Fail("BEGIN was expected");
+                }
+                Advance();
+                node.children = VersionChildren();
+            } else {
+                VersionValue(node);
+            }
+            children.push_back(std::move(node));
+        }
+        Advance();
+        return children;
+    }
+
+    // A value is text (joined literals) or numbers: 16-bit words, or 32 bits
+    // with an L.
+    void VersionValue(VersionNode& node) {
+        bool numbers = false;
+        bool isLong = false;
+        while (m_Token.kind == Kind::Comma || m_Token.kind == Kind::String ||
+               (m_Token.kind == Kind::Word && ParseNumber(m_Token.text, isLong))) {
+            if (m_Token.kind == Kind::String) {
+                node.text = true;
+                node.textValue += Text();
+            } else if (m_Token.kind == Kind::Word) {
+                numbers = true;
+                const std::uint32_t number = *ParseNumber(m_Token.text, isLong);
+                if (!isLong && number > 0xFFFF) {
+                    Fail("a 16-bit number was expected");
+                }
+                Put(node.binary, number, isLong ? 4 : 2);
+            }
+            Advance();
+        }
+        if (node.text && numbers) {
+            Fail("a VALUE is either text or numbers");
+        }
     }
 
     static void Put(std::vector<unsigned char>& bytes, std::uint32_t value, int width) {

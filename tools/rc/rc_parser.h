@@ -5,6 +5,8 @@
 //   LANGUAGE LANG_FRENCH, SUBLANG_FRENCH  the language of what follows
 //   STRINGTABLE [flags] [LANGUAGE x, y]   BEGIN id[,] "text" ... END
 //   name TYPE [flags] BEGIN "text", 12, 7L ... END
+//   name ICON [flags] "file.ico"          see rc_icon.h
+//   1 VERSIONINFO FILEVERSION 1,2,3,4 ... BEGIN BLOCK "x" BEGIN VALUE "k", "v" END END
 //
 // Braces stand for BEGIN and END; adjacent literals join. In data blocks a
 // narrow literal gives its Windows-1252 bytes with no terminator, a wide one

@@ -225,6 +225,7 @@ struct WIN32_FIND_DATAA {
     DWORD dwReserved0;
     DWORD dwReserved1;
     char cFileName[MAX_PATH];
+    // The short 8.3 name of systems that keep one; always empty on POSIX.
     char cAlternateFileName[14];
 };
 using LPWIN32_FIND_DATAA = WIN32_FIND_DATAA*;

@@ -7,6 +7,7 @@
 namespace nvk::os {
 
 HMODULE LoadLibraryA(LPCSTR fileName);
+// A name decorated for __stdcall ("_name@12") is also found undecorated.
 FARPROC GetProcAddress(HMODULE module, LPCSTR procName);
 BOOL FreeLibrary(HMODULE module);
 // A null module names the executable. The path is in drive form.

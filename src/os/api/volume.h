@@ -9,9 +9,11 @@ namespace nvk::os {
 
 // Bit n set for each mapped drive letter 'A' + n.
 DWORD GetLogicalDrives();
-// DRIVE_REMOTE for shares and network file systems, DRIVE_RAMDISK for memory
-// file systems, DRIVE_CDROM for disc file systems, DRIVE_FIXED otherwise;
-// DRIVE_NO_ROOT_DIR when the root names nothing.
+// By the mount table: DRIVE_REMOTE for shares and network file systems,
+// DRIVE_RAMDISK for memory file systems, DRIVE_CDROM for disc file systems,
+// DRIVE_REMOVABLE for a disk whose medium can be taken out, DRIVE_UNKNOWN for
+// the kernel's pseudo file systems, DRIVE_FIXED otherwise; DRIVE_NO_ROOT_DIR
+// when the root names nothing.
 UINT GetDriveTypeA(LPCSTR rootPathName);
 // The volume name is empty; the serial number comes from the file system's
 // id, the file system name from its type.

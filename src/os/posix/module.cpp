@@ -88,6 +88,19 @@ bool IsLoaded(HMODULE module) {
     return false;
 }
 
+// A name as the 32-bit Windows compilers decorate a __stdcall function,
+// "_name@bytes", is "name" here: this system's calling convention has no
+// decoration, and its linker reads '@' in a name as a symbol version.
+std::string UndecoratedName(std::string_view name) {
+    std::size_t at = name.rfind('@');
+    if (name.size() < 4 || name[0] != '_' || at == std::string_view::npos || at < 2 ||
+        at + 1 == name.size() ||
+        name.find_first_not_of("0123456789", at + 1) != std::string_view::npos) {
+        return {};
+    }
+    return std::string(name.substr(1, at - 1));
+}
+
 }  // namespace
 
 HMODULE LoadLibraryA(LPCSTR fileName) {
@@ -120,6 +133,9 @@ FARPROC GetProcAddress(HMODULE module, LPCSTR procName) {
     }
     void* handle = module != nullptr ? static_cast<void*>(module) : dlopen(nullptr, RTLD_LAZY);
     void* symbol = dlsym(handle, procName);
+    if (symbol == nullptr) {
+        symbol = dlsym(handle, UndecoratedName(procName).c_str());
+    }
     if (module == nullptr && handle != nullptr) {
         dlclose(handle);
     }

@@ -15,6 +15,7 @@
 #include "os/api/module.h"
 #include "os/api/nls.h"
 #include "os/posix/handle.h"
+#include "os/posix/resource_tables.h"
 
 namespace nvk::os {
 
@@ -37,28 +38,6 @@ std::vector<Registration>& Registry() {
     return registry;
 }
 
-// The registered tables of a module; without any, the table it exports.
-std::vector<const ResourceTable*> TablesOf(HMODULE module) {
-    std::vector<const ResourceTable*> tables;
-    {
-        std::lock_guard lock(RegistryLock());
-        for (const Registration& entry : Registry()) {
-            if (entry.Module == module) {
-                tables.push_back(entry.Table);
-            }
-        }
-    }
-    if (tables.empty()) {
-        DWORD error = GetLastError();
-        FARPROC symbol = GetProcAddress(module, kResourceTableSymbol);
-        SetErrorCode(error);
-        if (symbol != nullptr) {
-            tables.push_back(reinterpret_cast<const ResourceTable*>(symbol));
-        }
-    }
-    return tables;
-}
-
 // "#123" names the number 123, as MAKEINTRESOURCEA(123) does.
 bool AsNumber(LPCSTR id, unsigned long& number) {
     if (IS_INTRESOURCE(id)) {
@@ -73,14 +52,6 @@ bool AsNumber(LPCSTR id, unsigned long& number) {
     return *end == '\0' && number <= 0xFFFF;
 }
 
-bool SameId(LPCSTR storedText, WORD storedId, LPCSTR asked) {
-    unsigned long number = 0;
-    if (AsNumber(asked, number)) {
-        return storedText == nullptr && storedId == number;
-    }
-    return storedText != nullptr && strcasecmp(storedText, asked) == 0;
-}
-
 // The module's entries of one type and name, ordered by language. The error
 // is set for the first of module, type and name that is missing.
 std::vector<HRSRC> Candidates(HMODULE module, LPCSTR type, LPCSTR name) {
@@ -89,14 +60,14 @@ std::vector<HRSRC> Candidates(HMODULE module, LPCSTR type, LPCSTR name) {
         SetErrorCode(ERROR_INVALID_PARAMETER);
         return found;
     }
-    std::vector<const ResourceTable*> tables = TablesOf(module);
+    std::vector<const ResourceTable*> tables = posix::TablesOf(module);
     bool typeSeen = false;
     for (const ResourceTable* table : tables) {
         for (DWORD i = 0; i < table->Count; ++i) {
             const ResourceEntry& entry = table->Entries[i];
-            if (SameId(entry.TypeText, entry.TypeId, type)) {
+            if (posix::SameId(entry.TypeText, entry.TypeId, type)) {
                 typeSeen = true;
-                if (SameId(entry.NameText, entry.NameId, name)) {
+                if (posix::SameId(entry.NameText, entry.NameId, name)) {
                     found.push_back(&entry);
                 }
             }
@@ -131,6 +102,39 @@ HRSRC InPrimaryLanguage(const std::vector<HRSRC>& candidates, WORD language) {
 }
 
 }  // namespace
+
+namespace posix {
+
+bool SameId(LPCSTR storedText, WORD storedId, LPCSTR asked) {
+    unsigned long number = 0;
+    if (AsNumber(asked, number)) {
+        return storedText == nullptr && storedId == number;
+    }
+    return storedText != nullptr && strcasecmp(storedText, asked) == 0;
+}
+
+std::vector<const ResourceTable*> TablesOf(HMODULE module) {
+    std::vector<const ResourceTable*> tables;
+    {
+        std::lock_guard lock(RegistryLock());
+        for (const Registration& entry : Registry()) {
+            if (entry.Module == module) {
+                tables.push_back(entry.Table);
+            }
+        }
+    }
+    if (tables.empty()) {
+        DWORD error = GetLastError();
+        FARPROC symbol = GetProcAddress(module, kResourceTableSymbol);
+        SetErrorCode(error);
+        if (symbol != nullptr) {
+            tables.push_back(reinterpret_cast<const ResourceTable*>(symbol));
+        }
+    }
+    return tables;
+}
+
+}  // namespace posix
 
 void RegisterResourceTable(HMODULE module, const ResourceTable* table) {
     if (table == nullptr) {

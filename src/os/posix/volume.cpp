@@ -13,6 +13,7 @@
 #include "os/posix/drive_map.h"
 #include "os/posix/fs_support.h"
 #include "os/posix/handle.h"
+#include "os/posix/mount_kind.h"
 #include "os/posix/system_drive_map.h"
 
 namespace nvk::os {
@@ -104,6 +105,11 @@ UINT GetDriveTypeA(LPCSTR rootPathName) {
     if (rootPathName != nullptr && posix::IsUncPath(rootPathName)) {
         return DRIVE_REMOTE;
     }
+    UINT type = DRIVE_UNKNOWN;
+    if (posix::DriveTypeByMountTable(native, type)) {
+        return type;
+    }
+    // Without a mount table, the file system's type decides what it can.
     struct statfs info;
     if (statfs(native.c_str(), &info) != 0) {
         return DRIVE_UNKNOWN;
