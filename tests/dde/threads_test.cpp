@@ -17,10 +17,13 @@ using nvk::dde::test::PumpUntil;
 
 const auto* const kBus = testing::AddGlobalTestEnvironment(new nvk::dde::test::PrivateBus);
 
-// Counts what it serves, answers requests with the item's name reversed.
+// Logs what it executes in its server's log (it goes when its client
+// leaves), and answers requests with the item's name reversed.
 class Counter : public CDDEConnection {
 public:
-    Counter() : CDDEConnection(m_Room, sizeof m_Room) { SetTimeout(5000); }
+    explicit Counter(std::string& log) : CDDEConnection(m_Room, sizeof m_Room), m_Executed(log) {
+        SetTimeout(5000);
+    }
     int OnExecute(const CString&, char* data, int size, int) override {
         m_Executed += std::string(data, static_cast<std::size_t>(size > 0 ? size - 1 : 0)) + ";";
         return 1;
@@ -33,16 +36,17 @@ public:
 
     char m_Room[256] = {};
     CString m_Answer;
-    std::string m_Executed;
+    std::string& m_Executed;
 };
 
 class CountingServer : public CDDEServer {
 public:
     CDDEConnection* OnAcceptConnection(const CString&) override {
-        m_Last = new Counter;
+        m_Last = new Counter(m_Executed);
         return m_Last;
     }
     Counter* m_Last = nullptr;
+    std::string m_Executed;
 };
 
 class Asker : public CDDEConnection {
@@ -67,9 +71,7 @@ TEST(DDEThreadsTest, TwoThreadsEachWithAnInstance) {
             EXPECT_EQ(service.Create("Fil"), 1);
             serving = true;
             PumpUntil([&] { return done.load(); }, 20000);
-            if (service.m_Last != nullptr) {
-                executed = service.m_Last->m_Executed;
-            }
+            executed = service.m_Executed;
         }
         DDECleanUp();
     });
@@ -117,7 +119,7 @@ TEST(DDEThreadsTest, AThreadTalksToItsOwnService) {
         int size = 0;
         EXPECT_STREQ(connection->Request("abc", &size, nvk::os::CF_TEXT), "cba");
         EXPECT_EQ(connection->Execute("x"), 1);
-        EXPECT_EQ(service.m_Last->m_Executed, "x;");
+        EXPECT_EQ(service.m_Executed, "x;");
 
         // The client leaves; the server hears of it when the thread pumps.
         connection->Disconnect();
