@@ -283,7 +283,7 @@ ChaineBuffer* FBlockStorage::PoolAlloc(std::uint32_t size) {
     return PoolAllocSlow();
 }
 
-ChaineBuffer* FBlockStorage::PoolAllocSlow() {
+[[gnu::noinline]] ChaineBuffer* FBlockStorage::PoolAllocSlow() {
     ThreadCache* cache = CacheOf();
     if (cache == nullptr) {
         // The thread's cache serves another storage.
@@ -324,7 +324,7 @@ void FBlockStorage::PoolFree(ChaineBuffer* block) {
     PoolFreeSlow(block);
 }
 
-void FBlockStorage::PoolFreeSlow(ChaineBuffer* block) {
+[[gnu::noinline]] void FBlockStorage::PoolFreeSlow(ChaineBuffer* block) {
     if (block->IsHeapBlock()) {
         delete[] reinterpret_cast<char*>(block);
         return;
