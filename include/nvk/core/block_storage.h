@@ -35,8 +35,8 @@ struct ThreadCache {
     // that the cache needs no guard of its own on every use.
     static void ThreadEnds(void* cache);
 
-    // The storage served; null while none. Written under the owner's lock and
-    // the process lock, read lock-free by the cache's own thread only.
+    // The storage served; null while none. Set under the owner's lock, cleared
+    // under it and the process lock; read lock-free by the cache's thread.
     std::atomic<FBlockStorage*> Owner{nullptr};
     ChaineBuffer* Head = nullptr;  // linked as the shared list is
     std::uint32_t Count = 0;
