@@ -17,6 +17,7 @@ packages=(
     libsystemd-dev dbus-daemon  # DDE over the session bus, and the tests' private bus
     libzint-dev  # the bar-code engine
     zbar-tools poppler-utils librsvg2-bin  # the bar-code tests read what is drawn
+    valgrind  # scripts/bench.sh --callgrind counts the hot paths' instructions
 )
 
 sudo=""
