@@ -163,3 +163,9 @@ void CFile::Abort() {
 void CFile::ThrowLastError() const {
     CFileException::ThrowOsError(static_cast<long>(GetLastError()), m_strFileName);
 }
+
+void CFile::Remove(const char* fileName) {
+    if (!nvk::os::DeleteFileA(fileName)) {
+        CFileException::ThrowOsError(static_cast<long>(nvk::os::GetLastError()), fileName);
+    }
+}

@@ -1,5 +1,7 @@
 #include "nvk/core/block_storage.h"
 
+#include <cxxabi.h>
+
 #include <cstring>
 #include <mutex>
 #include <new>
@@ -7,6 +9,10 @@
 #include "nvk/afx/exceptions.h"
 #include "nvk/core/process_singleton.h"
 #include "os/api/memory.h"
+
+// This module's own handle, by which the runtime knows whose code a thread's
+// end calls.
+extern "C" __attribute__((visibility("hidden"))) void* __dso_handle;
 
 std::uint32_t g_BlockStorageBlockSize = 64;
 std::uint32_t g_BlockStorageBlocksPerPage = 512;
@@ -16,6 +22,21 @@ namespace {
 using namespace nvk::os;
 
 constexpr std::uint32_t kHeader = sizeof(ChaineBuffer);
+// Blocks moved between a thread's cache and the shared list at once: one lock
+// for this many allocations.
+constexpr std::uint32_t kBatch = ThreadCache::kCacheBlocks / 2;
+
+// Trivially destructible, so that using it costs no check: its end is
+// registered by hand, once, when it first serves a storage.
+constinit thread_local ThreadCache t_Cache;
+
+// Set before the module's static objects go. A cache that starts to serve
+// then would register an end to call after the module's code is gone: from
+// here on, threads whose cache isn't already in use take the shared list.
+std::atomic<bool> g_ModuleEnding{false};
+__attribute__((destructor)) void MarkModuleEnding() {
+    g_ModuleEnding.store(true, std::memory_order_relaxed);
+}
 
 void* Commit(void* address, std::uint64_t size, DWORD type) {
     void* memory = VirtualAlloc(address, size, type, PAGE_READWRITE);
@@ -88,6 +109,15 @@ FBlockStorage* FBlockStorage::Create(std::uint32_t blockSize, std::uint32_t bloc
 }
 
 void FBlockStorage::Destroy(FBlockStorage* storage) {
+    {
+        // A thread that ends meanwhile finds its cache cut loose, not a
+        // storage that is gone.
+        ProcessLock process;
+        std::lock_guard guard(storage->m_Lock);
+        while (storage->m_Caches != nullptr) {
+            storage->Forget(*storage->m_Caches);
+        }
+    }
     FreePages(storage->m_FirstPage);
     storage->~FBlockStorage();
     Release(storage);
@@ -131,25 +161,141 @@ void FBlockStorage::AddPage() {
     m_FreeHead = page->Blocks;
 }
 
-ChaineBuffer* FBlockStorage::PoolAlloc(std::uint32_t size) {
-    std::unique_lock guard(m_Lock);
-    ChaineBuffer* block = m_FreeHead;
-    if (block->Capacity < size) {
-        guard.unlock();
-        return HeapAlloc(size);
-    }
-    m_FreeHead = NextOf(block);
+// Under the lock: takes the shared list's blocks up to `last`. The list is
+// never left empty between calls, even when the new page can't be had, so
+// taking its last block brings the next page.
+ChaineBuffer* FBlockStorage::TakeShared(ChaineBuffer* last) {
+    ChaineBuffer* first = m_FreeHead;
+    m_FreeHead = NextOf(last);
     if (m_FreeHead == nullptr) {
-        // The list is never left empty between calls, even when the new page
-        // can't be had.
         try {
             AddPage();
         } catch (...) {
-            SetNext(block, nullptr);
-            m_FreeHead = block;
+            m_FreeHead = first;
             throw;
         }
     }
+    SetNext(last, nullptr);
+    return first;
+}
+
+ThreadCache* FBlockStorage::CacheOf() {
+    if (g_ModuleEnding.load(std::memory_order_relaxed)) {
+        return nullptr;
+    }
+    ThreadCache& cache = t_Cache;
+    FBlockStorage* owner = cache.Owner.load(std::memory_order_acquire);
+    if (owner == this) {
+        return &cache;
+    }
+    // A cache whose thread is ending serves no storage again: it would keep
+    // its blocks, and its storage's list would keep it.
+    if (owner != nullptr || cache.Ended) {
+        return nullptr;
+    }
+    if (!cache.Registered) {
+        // While the end is pending the runtime keeps this module loaded, so
+        // the cache never outlives its code.
+        if (__cxxabiv1::__cxa_thread_atexit(ThreadCache::ThreadEnds, &cache, &__dso_handle) != 0) {
+            return nullptr;
+        }
+        cache.Registered = true;
+    }
+    // Blocks left from a storage that has ended went with its pages.
+    cache.Head = nullptr;
+    cache.Count = 0;
+    std::lock_guard guard(m_Lock);
+    cache.Prev = nullptr;
+    cache.Next = m_Caches;
+    if (m_Caches != nullptr) {
+        m_Caches->Prev = &cache;
+    }
+    m_Caches = &cache;
+    cache.Owner.store(this, std::memory_order_release);
+    return &cache;
+}
+
+void FBlockStorage::Refill(ThreadCache& cache) {
+    std::lock_guard guard(m_Lock);
+    // The list's last block comes alone, so that the next page comes when a
+    // single allocation would have brought it.
+    ChaineBuffer* last = m_FreeHead;
+    std::uint32_t count = 1;
+    for (ChaineBuffer* next = NextOf(last);
+         count < kBatch && next != nullptr && NextOf(next) != nullptr; next = NextOf(last)) {
+        last = next;
+        ++count;
+    }
+    cache.Head = TakeShared(last);
+    cache.Count = count;
+}
+
+void FBlockStorage::Drain(ThreadCache& cache, std::uint32_t count) {
+    if (count == 0) {
+        return;
+    }
+    ChaineBuffer* first = cache.Head;
+    ChaineBuffer* last = first;
+    for (std::uint32_t i = 1; i < count; ++i) {
+        last = NextOf(last);
+    }
+    cache.Head = NextOf(last);
+    cache.Count -= count;
+    std::lock_guard guard(m_Lock);
+    SetNext(last, m_FreeHead);
+    m_FreeHead = first;
+}
+
+void FBlockStorage::Forget(ThreadCache& cache) {
+    (cache.Prev != nullptr ? cache.Prev->Next : m_Caches) = cache.Next;
+    if (cache.Next != nullptr) {
+        cache.Next->Prev = cache.Prev;
+    }
+    cache.Owner.store(nullptr, std::memory_order_release);
+}
+
+void ThreadCache::ThreadEnds(void* ending) {
+    auto& cache = *static_cast<ThreadCache*>(ending);
+    cache.Ended = true;
+    if (cache.Owner.load(std::memory_order_acquire) == nullptr) {
+        return;
+    }
+    // The process lock keeps the storage from ending while its blocks go back.
+    ProcessLock process;
+    if (FBlockStorage* owner = cache.Owner.load(std::memory_order_acquire)) {
+        owner->Drain(cache, cache.Count);
+        std::lock_guard guard(owner->m_Lock);
+        owner->Forget(cache);
+    }
+}
+
+ChaineBuffer* FBlockStorage::PoolAlloc(std::uint32_t size) {
+    if (size > m_BlockSize) {
+        return HeapAlloc(size);
+    }
+    ThreadCache& cache = t_Cache;
+    if (cache.Owner.load(std::memory_order_acquire) == this && cache.Head != nullptr) {
+        ChaineBuffer* block = cache.Head;
+        cache.Head = NextOf(block);
+        --cache.Count;
+        return block;
+    }
+    return PoolAllocSlow();
+}
+
+[[gnu::noinline]] ChaineBuffer* FBlockStorage::PoolAllocSlow() {
+    ThreadCache* cache = CacheOf();
+    if (cache == nullptr) {
+        // The thread's cache serves another storage.
+        std::lock_guard guard(m_Lock);
+        return TakeShared(m_FreeHead);
+    }
+    if (cache->Head == nullptr) {
+        Refill(*cache);
+    }
+    ChaineBuffer* block = cache->Head;
+    cache->Head = NextOf(block);
+    --cache->Count;
     return block;
 }
 
@@ -163,13 +309,37 @@ ChaineBuffer* FBlockStorage::HeapAlloc(std::uint32_t size) {
     return block;
 }
 
+// A block made on another thread or by another module's copy joins this
+// thread's cache: every cache of the storage ends in its shared list.
 void FBlockStorage::PoolFree(ChaineBuffer* block) {
+    ThreadCache& cache = t_Cache;
+    if (!block->IsHeapBlock() && cache.Owner.load(std::memory_order_acquire) == this &&
+        cache.Count < ThreadCache::kCacheBlocks) {
+        block->RefCount = 0;
+        SetNext(block, cache.Head);
+        cache.Head = block;
+        ++cache.Count;
+        return;
+    }
+    PoolFreeSlow(block);
+}
+
+[[gnu::noinline]] void FBlockStorage::PoolFreeSlow(ChaineBuffer* block) {
     if (block->IsHeapBlock()) {
         delete[] reinterpret_cast<char*>(block);
         return;
     }
-    std::lock_guard guard(m_Lock);
     block->RefCount = 0;
+    if (ThreadCache* cache = CacheOf()) {
+        if (cache->Count >= ThreadCache::kCacheBlocks) {
+            Drain(*cache, kBatch);
+        }
+        SetNext(block, cache->Head);
+        cache->Head = block;
+        ++cache->Count;
+        return;
+    }
+    std::lock_guard guard(m_Lock);
     SetNext(block, m_FreeHead);
     m_FreeHead = block;
 }

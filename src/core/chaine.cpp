@@ -256,14 +256,6 @@ Chaine operator+(char left, const Chaine& right) {
     return left == '\0' ? right : text + right;
 }
 
-bool Chaine::operator==(const Chaine& other) const {
-    if (m_pText == other.m_pText) {
-        return true;
-    }
-    const std::uint32_t size = Buffer()->Size;
-    return size == other.Buffer()->Size && std::memcmp(m_pText, other.m_pText, size) == 0;
-}
-
 bool Chaine::operator==(const char* text) const {
     if (text == nullptr) {
         return IsEmpty();

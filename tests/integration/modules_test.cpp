@@ -3,7 +3,11 @@
 // the module that made them.
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <memory>
 #include <string>
+#include <thread>
+#include <vector>
 
 #include "module.h"
 #include "nvk/core/block_storage.h"
@@ -98,6 +102,67 @@ TEST(Modules, LoadAndUnloadManyTimes) {
         a.Entry<FreeTextFn>("FreeText")(text);
     }
     EXPECT_STREQ(survivor + "!", "made here!");
+}
+
+int PageCount(const FBlockStorage* storage) {
+    int count = 0;
+    for (const PageRecord* page = storage->FirstPage(); page != nullptr; page = page->Next) {
+        ++count;
+    }
+    return count;
+}
+
+// Each module copy keeps free blocks per thread; whichever copy and thread
+// frees a block, it goes back to the one storage when the thread ends.
+TEST(Modules, BlocksMadeAndFreedInOtherModulesOnEndedThreadsAreUsedAgain) {
+    Module a(NVK_TEST_MODULE_A);
+    Module b(NVK_TEST_MODULE_B);
+    const auto make = a.Entry<MakeTextFn>("MakeText");
+    const auto free = b.Entry<FreeTextFn>("FreeText");
+    const auto round = [&] {
+        std::vector<const char*> texts;
+        std::thread([&] {
+            for (int i = 0; i < 300; ++i) {
+                texts.push_back(make("short"));
+            }
+        }).join();
+        std::thread([&] {
+            for (const char* text : texts) {
+                free(text);
+            }
+        }).join();
+    };
+    round();
+    const int pages = PageCount(BlockStorage());
+    for (int i = 0; i < 30; ++i) {
+        round();
+    }
+    EXPECT_EQ(PageCount(BlockStorage()), pages);
+}
+
+TEST(Modules, AThreadOutlivesTheModuleItUsed) {
+    auto a = std::make_unique<Module>(NVK_TEST_MODULE_A);
+    const auto make = a->Entry<MakeTextFn>("MakeText");
+    const auto free = a->Entry<FreeTextFn>("FreeText");
+    std::atomic<int> step{0};
+    const char* kept = nullptr;
+    std::thread worker([&] {
+        free(make("dropped"));  // a block in the thread's cache of module a
+        kept = make("kept");
+        step.store(1);
+        while (step.load() != 2) {
+            std::this_thread::yield();
+        }
+    });
+    while (step.load() != 1) {
+        std::this_thread::yield();
+    }
+    a.reset();
+    step.store(2);
+    worker.join();  // the cache goes back as the thread ends
+    Module b(NVK_TEST_MODULE_B);
+    EXPECT_STREQ(kept, "kept (made in a)");
+    b.Entry<FreeTextFn>("FreeText")(kept);
 }
 
 }  // namespace

@@ -23,6 +23,24 @@ std::string Win(const fs::path& path) {
     return nvk::os::ToWindowsPath(path.c_str());
 }
 
+// The exchange file lies in the temporary folder, which the process reads
+// once: a folder of this process's own, so that tests running at the same
+// time keep their exchange files apart.
+void UseOwnTempFolder() {
+    static const struct OwnTemp {
+        OwnTemp() {
+            std::string pattern = (fs::temp_directory_path() / "nvk_vars_temp_XXXXXX").string();
+            folder = mkdtemp(pattern.data());
+            setenv("TMP", folder.c_str(), 1);
+        }
+        ~OwnTemp() {
+            std::error_code ignored;
+            fs::remove_all(folder, ignored);
+        }
+        fs::path folder;
+    } own;
+}
+
 class NVKVarsTest : public testing::Test {
 protected:
     NVKVarsTest() {
@@ -30,6 +48,7 @@ protected:
         m_Root = mkdtemp(pattern.data());
         fs::create_directories(m_Root / "tools");
         setenv("NVK_REGISTRY_DIR", m_Root.c_str(), 1);
+        UseOwnTempFolder();
         setenv("cdCountry", "CH", 1);
         SpecialNVKPath::SetAppFolder(Win(m_Root / "tools").c_str());
         Chaine temp;

@@ -193,6 +193,8 @@ int Serve(const Args& given) {
 class ClientRun {
 public:
     explicit ClientRun(bool clientOnly) : m_Session(clientOnly) {}
+    ClientRun(const ClientRun&) = delete;
+    ClientRun& operator=(const ClientRun&) = delete;
 
     // The connection to SERVICE TOPIC, with the --timeout of `args`.
     CDDEConnection* Connect(Args& args, std::size_t count, const Command& command) {
@@ -230,10 +232,10 @@ public:
         return Fail(AnsiToUtf8(nvk::dde::ErrorText(error).GetString()));
     }
 
-    CDDEClient m_Client;
-
 private:
+    // The thread's DDE outlives the client, which outlives its buffer.
     Session m_Session;
+    CDDEClient m_Client;
     std::unique_ptr<char[]> m_Buffer;
 };
 

@@ -60,6 +60,9 @@ public:
 
     const CString& GetFilePath() const { return m_strFileName; }
 
+    // Deletes a file, or throws CFileException* with the OS error's cause.
+    static void Remove(const char* fileName);
+
     // INVALID_HANDLE_VALUE when no file is open.
     nvk::os::HANDLE m_hFile;
 

@@ -3,6 +3,7 @@
 // tells the two apart on release: even for a pool block, odd for a heap block.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 
 #include "nvk/core/chaine_buffer.h"
@@ -18,6 +19,32 @@ struct PageRecord {
     std::uint32_t Stride;  // BlockSize + 12, rounded up to four bytes
     std::uint32_t BlockCount;
     PageRecord* Next;
+};
+
+class FBlockStorage;
+
+// A thread's blocks at hand in front of a storage's shared list, so that
+// taking and giving back a block takes no lock. Each module copy has one per
+// thread; it holds at most kCacheBlocks blocks, and gives them back to the
+// shared list when its thread ends. A storage that ends first cuts its caches
+// loose, and their blocks go with its pages.
+struct ThreadCache {
+    static constexpr std::uint32_t kCacheBlocks = 64;
+
+    // Registered with the runtime as the cache starts to serve its thread, so
+    // that the cache needs no guard of its own on every use.
+    static void ThreadEnds(void* cache);
+
+    // The storage served; null while none. Set under the owner's lock, cleared
+    // under it and the process lock; read lock-free by the cache's thread.
+    std::atomic<FBlockStorage*> Owner{nullptr};
+    ChaineBuffer* Head = nullptr;  // linked as the shared list is
+    std::uint32_t Count = 0;
+    bool Registered = false;  // ThreadEnds is to run at its thread's end
+    bool Ended = false;       // ThreadEnds has run
+    // The owner's list of caches.
+    ThreadCache* Prev = nullptr;
+    ThreadCache* Next = nullptr;
 };
 
 // The pool has no bound of its own: it starts with one page, grows by one page
@@ -45,15 +72,31 @@ public:
     const PageRecord* FirstPage() const { return m_FirstPage; }
 
 private:
+    friend struct ThreadCache;
+
     FBlockStorage() = default;
     void AddPage();
     PageRecord* BuildPage(ChaineBuffer* last);
+    ChaineBuffer* TakeShared(ChaineBuffer* last);
+    // Everything but a pop from or a push to the thread's cache.
+    ChaineBuffer* PoolAllocSlow();
+    void PoolFreeSlow(ChaineBuffer* block);
+
+    // The calling thread's cache, when it serves this storage or can start to.
+    ThreadCache* CacheOf();
+    // Fills an empty cache from the shared list.
+    void Refill(ThreadCache& cache);
+    // Moves `count` blocks from the cache to the shared list.
+    void Drain(ThreadCache& cache, std::uint32_t count);
+    // A cache whose thread ends, or that this storage lets go when it ends.
+    void Forget(ThreadCache& cache);
 
     nvk::SpinLock m_Lock;
     std::uint32_t m_BlockSize = 0;
     std::uint32_t m_BlocksPerPage = 0;
     PageRecord* m_FirstPage = nullptr;
     ChaineBuffer* m_FreeHead = nullptr;
+    ThreadCache* m_Caches = nullptr;
 };
 
 // The storage of the process ("BlockStorage V2"), made by the first module

@@ -7,6 +7,7 @@
 
 #include <cstdarg>
 #include <cstdint>
+#include <cstring>
 
 #include "nvk/core/chaine_buffer.h"
 #include "nvk/os/types.h"
@@ -64,8 +65,15 @@ public:
     Chaine& operator+=(const char* text);
     Chaine& operator+=(char c);
 
-    // Byte equality over Size bytes, the terminator with them.
-    bool operator==(const Chaine& other) const;
+    // Byte equality over Size bytes, the terminator with them. Inline, as
+    // std::string's is: most comparisons end at the pointer or the sizes.
+    bool operator==(const Chaine& other) const {
+        if (m_pText == other.m_pText) {
+            return true;
+        }
+        const std::uint32_t size = Buffer()->Size;
+        return size == other.Buffer()->Size && std::memcmp(m_pText, other.m_pText, size) == 0;
+    }
     bool operator==(const char* text) const;
     // Equality that makes equal texts share one block: when equal with
     // different buffers, this value takes the other's.

@@ -50,9 +50,13 @@ inline void AddReference(ChaineBuffer* buffer) {
     __atomic_add_fetch(&buffer->RefCount, 1, __ATOMIC_SEQ_CST);
 }
 
-// One reference given back; the last frees the block.
+// One reference given back; the last frees the block. A holder that finds
+// itself the only one frees without the locked instruction: with no other
+// reference to copy from, nobody can raise the count meanwhile, and the
+// acquiring read orders the other holders' earlier releases before the free.
 inline void ReleaseBuffer(ChaineBuffer* buffer) {
-    if (__atomic_sub_fetch(&buffer->RefCount, 1, __ATOMIC_SEQ_CST) == 0) {
+    if (__atomic_load_n(&buffer->RefCount, __ATOMIC_ACQUIRE) == 1 ||
+        __atomic_sub_fetch(&buffer->RefCount, 1, __ATOMIC_SEQ_CST) == 0) {
         FreeBuffer(buffer);
     }
 }

@@ -91,7 +91,8 @@ public:
     }
 
 private:
-    static Object* Construct() {
+    // Apart, so that Get's test of the guard stays a few instructions.
+    [[gnu::noinline]] static Object* Construct() {
         std::lock_guard start(ModuleStartLock());
         if ((s_Guard.load(std::memory_order_relaxed) & 1u) == 0) {
             // A failed construction leaves the guard clear, so the next call

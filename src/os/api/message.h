@@ -5,12 +5,9 @@
 #pragma once
 
 #include "nvk/os/types.h"
+#include "nvk/os/window_types.h"
 
 namespace nvk::os {
-
-using WPARAM = ULONG_PTR;
-using LPARAM = LONG_PTR;
-using LRESULT = LONG_PTR;
 
 struct MSG {
     HWND hwnd;

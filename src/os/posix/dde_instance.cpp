@@ -252,7 +252,7 @@ int WaitThreadTraffic(std::uint64_t deadline) {
             continue;
         }
         std::uint64_t due = UINT64_MAX;
-        if (!instance.incoming.empty() ||
+        if (!instance.incoming.empty() || !instance.endedLater.empty() ||
             (sd_bus_get_timeout(instance.bus, &due) >= 0 && due <= Now())) {
             return static_cast<int>(i);
         }

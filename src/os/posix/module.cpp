@@ -88,7 +88,11 @@ bool IsLoaded(HMODULE module) {
             return true;
         }
     }
-    for (link_map* map = first; map != nullptr; map = map->l_next) {
+    // The next entry is read first: HandleOf's dlclose unloads an object whose
+    // unloading was put off (a thread-local destructor pending at its last
+    // FreeLibrary), and its entry goes with it.
+    for (link_map *map = first, *next = nullptr; map != nullptr; map = next) {
+        next = map->l_next;
         if (map->l_name != nullptr && map->l_name[0] != '\0' &&
             HandleOf(map->l_name) == static_cast<void*>(module)) {
             return true;
