@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <string>
 
+#include "bench_dossier.h"
 #include "nvk/archive/unzip_cmd.h"
 #include "nvk/archive/unzip_engine.h"
 #include "ratio.h"
@@ -19,27 +20,16 @@ namespace {
 namespace fs = std::filesystem;
 
 const fs::path& Work() {
-    static const fs::path folder = [] {
-        const char* kept = std::getenv("NVK_BENCH_DOSSIER");
-        fs::path path =
-            kept != nullptr ? fs::path(kept) : fs::temp_directory_path() / "nvk-bench-unzip";
-        fs::create_directories(path);
-        return path;
-    }();
-    return folder;
+    return nvk::bench::Work("nvk-bench-unzip");
 }
 
 const fs::path& Archive() {
     static const fs::path archive = [] {
         fs::path zip = Work() / "dossier.zip";
         if (!fs::exists(zip)) {
-            std::string make = "python3 '" NVK_SOURCE_DIR "/bench/make_dossier.py' '" +
-                               (Work() / "Soc").string() + "' >/dev/null && cd '" +
-                               Work().string() + "' && zip -q -r -6 dossier.zip Soc";
-            if (std::system(make.c_str()) != 0) {
-                std::fprintf(stderr, "cannot make the dossier archive\n");
-                std::exit(1);
-            }
+            nvk::bench::Dossier(Work());
+            nvk::bench::MakeOrExit("cd '" + Work().string() + "' && zip -q -r -6 dossier.zip Soc",
+                                   "dossier archive");
         }
         return zip;
     }();

@@ -12,6 +12,7 @@
 #include <map>
 #include <string>
 
+#include "bench_dossier.h"
 #include "nvk/archive/zip_cmd.h"
 #include "ratio.h"
 
@@ -20,29 +21,11 @@ namespace {
 namespace fs = std::filesystem;
 
 const fs::path& Work() {
-    static const fs::path folder = [] {
-        const char* kept = std::getenv("NVK_BENCH_DOSSIER");
-        fs::path path =
-            kept != nullptr ? fs::path(kept) : fs::temp_directory_path() / "nvk-bench-zip";
-        fs::create_directories(path);
-        return path;
-    }();
-    return folder;
+    return nvk::bench::Work("nvk-bench-zip");
 }
 
 const fs::path& Dossier() {
-    static const fs::path dossier = [] {
-        fs::path soc = Work() / "Soc";
-        if (!fs::exists(soc)) {
-            std::string make = "python3 '" NVK_SOURCE_DIR "/bench/make_dossier.py' '" +
-                               soc.string() + "' >/dev/null";
-            if (std::system(make.c_str()) != 0) {
-                std::fprintf(stderr, "cannot make the dossier\n");
-                std::exit(1);
-            }
-        }
-        return soc;
-    }();
+    static const fs::path dossier = nvk::bench::Dossier(Work());
     return dossier;
 }
 
