@@ -1,4 +1,4 @@
-// Desktop entries of the freedesktop.org Desktop Entry specification, for
+// Desktop entries in the freedesktop.org format (.desktop files), for
 // the links the Linux desktop shows: an application with its command, a
 // comment and an icon. Texts are UTF-8, as the entries are; paths native.
 #pragma once

@@ -1,6 +1,6 @@
-// The desktop's trash, laid out as the freedesktop.org Trash specification
-// says, so that a file put there shows in the file manager's trash and can be
-// restored from it.
+// The desktop's trash, in the freedesktop.org layout that desktops share
+// (files/ and info/NAME.trashinfo), so that a file put there shows in the
+// file manager's trash and can be restored from it.
 #pragma once
 
 #include <string>
