@@ -18,6 +18,7 @@
 #include "os/posix/full_path.h"
 #include "os/posix/handle.h"
 #include "os/posix/names.h"
+#include "os/posix/native_names.h"
 #include "os/posix/wildcard.h"
 
 namespace nvk::os {
@@ -43,17 +44,19 @@ private:
 };
 
 // The entry `name` of the native folder `folder`, open as `folderFd` when
-// that is not -1; false if it is gone or its name doesn't fit. A link is
+// that is not -1, under its ANSI name `ansiName`; false if it is gone or its
+// name doesn't fit. A link is
 // reported as itself, a reparse point, with the type of what it points to,
 // as Windows reports a link to a folder. The open folder spares the system a
 // lookup of the whole path for each entry, which is most of a large search.
 bool Describe(int folderFd, const std::string& folder, const std::string& name,
-              WIN32_FIND_DATAA& data) {
-    if (name.size() >= sizeof data.cFileName) {
+              std::string_view ansiName, WIN32_FIND_DATAA& data) {
+    if (ansiName.size() >= sizeof data.cFileName) {
         return false;
     }
-    const std::string path =
-        folderFd >= 0 ? name : folder == "/" ? "/" + name : folder + "/" + name;
+    const std::string path = folderFd >= 0   ? name
+                             : folder == "/" ? "/" + name
+                                             : folder + "/" + name;
     const int at = folderFd >= 0 ? folderFd : AT_FDCWD;
     struct statx info;
     unsigned mask = STATX_BASIC_STATS | STATX_BTIME;
@@ -75,7 +78,8 @@ bool Describe(int folderFd, const std::string& folder, const std::string& name,
         data.nFileSizeHigh = static_cast<DWORD>(info.stx_size >> 32);
         data.nFileSizeLow = static_cast<DWORD>(info.stx_size);
     }
-    std::memcpy(data.cFileName, name.c_str(), name.size() + 1);
+    std::memcpy(data.cFileName, ansiName.data(), ansiName.size());
+    data.cFileName[ansiName.size()] = '\0';
     return true;
 }
 
@@ -137,11 +141,14 @@ HANDLE FindFirstFileA(LPCSTR fileName, LPWIN32_FIND_DATAA findData) {
     std::vector<WIN32_FIND_DATAA> entries;
     WIN32_FIND_DATAA data;
     if (!posix::HasWildcards(name)) {
-        name = posix::TrimComponent(name);
+        name = posix::NativeName(posix::TrimComponent(name));
         std::string path = folder + "/" + name;
-        if (!Describe(-1, folder, name, data) &&
-            !(posix::ResolveCase(path) &&
-              Describe(-1, folder, path.substr(path.find_last_of('/') + 1), data))) {
+        bool found = Describe(-1, folder, name, posix::AnsiName(name), data);
+        if (!found && posix::ResolveCase(path)) {
+            name = path.substr(path.find_last_of('/') + 1);
+            found = Describe(-1, folder, name, posix::AnsiName(name), data);
+        }
+        if (!found) {
             posix::SetPathError(ENOENT, path);
             return INVALID_HANDLE_VALUE;
         }
@@ -156,11 +163,17 @@ HANDLE FindFirstFileA(LPCSTR fileName, LPWIN32_FIND_DATAA findData) {
         // A drive's root has no "." and ".."; a share's root has them.
         std::string full = posix::SystemFullPath(windowsFolder);
         bool root = posix::IsFullRoot(full) && !posix::IsUncPath(full);
+        std::string ansi;
         while (const dirent* entry = readdir(directory)) {
             std::string entryName = entry->d_name;
             bool dots = entryName == "." || entryName == "..";
-            if ((!dots || !root) && posix::MatchWildcard(name, entryName) &&
-                Describe(dirfd(directory), folder, entryName, data)) {
+            const bool ascii = posix::IsAscii(entryName);
+            if (!ascii) {
+                ansi = posix::AnsiName(entryName);
+            }
+            const std::string_view ansiName = ascii ? std::string_view(entryName) : ansi;
+            if ((!dots || !root) && posix::MatchWildcard(name, ansiName) &&
+                Describe(dirfd(directory), folder, entryName, ansiName, data)) {
                 entries.push_back(data);
             }
         }

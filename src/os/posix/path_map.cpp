@@ -8,6 +8,7 @@
 #include <sstream>
 
 #include "os/posix/environment.h"
+#include "os/posix/native_names.h"
 #include "os/posix/system_drive_map.h"
 #include "os/posix/user_folders.h"
 
@@ -68,7 +69,13 @@ std::string ToNativePath(LPCSTR windowsPath) {
         return {};
     }
     std::string driveC = DefaultDriveC();
+    // Names on disk are UTF-8; the drive map's folders are already native.
     std::string_view path(windowsPath);
+    std::string utf8;
+    if (!posix::IsAscii(path)) {
+        utf8 = posix::NativeName(path);
+        path = utf8;
+    }
     posix::DriveMap map = posix::SystemDriveMap(posix::IsUncPath(path));
     char letter = 0;
     std::string native = posix::MapToNative(map, path, posix::NativeCurrentDirectory(), &letter);
@@ -85,8 +92,9 @@ std::string ToWindowsPath(LPCSTR nativePath) {
     if (nativePath == nullptr) {
         return {};
     }
-    return posix::MapToWindows(posix::SystemDriveMap(false), nativePath,
-                               posix::NativeCurrentDirectory());
+    std::string windows = posix::MapToWindows(posix::SystemDriveMap(false), nativePath,
+                                              posix::NativeCurrentDirectory());
+    return posix::IsAscii(windows) ? windows : posix::AnsiName(windows);
 }
 
 }  // namespace nvk::os
