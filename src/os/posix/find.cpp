@@ -5,9 +5,10 @@
 #include <sys/stat.h>
 
 #include <algorithm>
-#include <cctype>
 #include <cerrno>
+#include <cstdint>
 #include <cstring>
+#include <numeric>
 #include <string>
 #include <vector>
 
@@ -29,45 +30,49 @@ using posix::SetErrorCode;
 
 class Search final : public posix::KernelObject {
 public:
-    explicit Search(std::vector<WIN32_FIND_DATAA> entries) : entries_(std::move(entries)) {}
+    // The entries are handed out in `order`, the places of `entries`: sorting
+    // the places spares moving the records, which are large.
+    Search(std::vector<WIN32_FIND_DATAA> entries, std::vector<std::uint32_t> order)
+        : entries_(std::move(entries)), order_(std::move(order)) {}
     bool Next(WIN32_FIND_DATAA& data) {
-        if (next_ == entries_.size()) {
+        if (next_ == order_.size()) {
             return false;
         }
-        data = entries_[next_++];
+        data = entries_[order_[next_++]];
         return true;
     }
 
 private:
     std::vector<WIN32_FIND_DATAA> entries_;
+    std::vector<std::uint32_t> order_;
     std::size_t next_ = 0;
 };
 
 // The entry `name` of the native folder `folder`, open as `folderFd` when
 // that is not -1, under its ANSI name `ansiName`; false if it is gone or its
-// name doesn't fit. A link is
-// reported as itself, a reparse point, with the type of what it points to,
-// as Windows reports a link to a folder. The open folder spares the system a
-// lookup of the whole path for each entry, which is most of a large search.
+// name doesn't fit. A link is reported as itself, a reparse point, with the
+// type of what it points to, as Windows reports a link to a folder. The open
+// folder spares the system a lookup of the whole path for each entry, which
+// is most of a large search.
 bool Describe(int folderFd, const std::string& folder, const std::string& name,
               std::string_view ansiName, WIN32_FIND_DATAA& data) {
     if (ansiName.size() >= sizeof data.cFileName) {
         return false;
     }
-    const std::string path = folderFd >= 0   ? name
+    const std::string full = folderFd >= 0   ? std::string()
                              : folder == "/" ? "/" + name
                                              : folder + "/" + name;
+    const char* path = folderFd >= 0 ? name.c_str() : full.c_str();
     const int at = folderFd >= 0 ? folderFd : AT_FDCWD;
     struct statx info;
     unsigned mask = STATX_BASIC_STATS | STATX_BTIME;
-    if (statx(at, path.c_str(), AT_SYMLINK_NOFOLLOW, mask, &info) != 0) {
+    if (statx(at, path, AT_SYMLINK_NOFOLLOW, mask, &info) != 0) {
         return false;
     }
     const bool link = S_ISLNK(info.stx_mode);
     struct statx target;
-    const mode_t mode = link && statx(at, path.c_str(), 0, STATX_TYPE, &target) == 0
-                            ? target.stx_mode
-                            : info.stx_mode;
+    const mode_t mode =
+        link && statx(at, path, 0, STATX_TYPE, &target) == 0 ? target.stx_mode : info.stx_mode;
     data = {};
     data.dwFileAttributes = posix::AttributesOf(mode, name, link);
     data.ftCreationTime =
@@ -83,10 +88,15 @@ bool Describe(int folderFd, const std::string& folder, const std::string& name,
     return true;
 }
 
+int Upper(char c) {
+    const auto u = static_cast<unsigned char>(c);
+    return u >= 'a' && u <= 'z' ? u - ('a' - 'A') : u;
+}
+
 int CompareNames(const char* a, const char* b) {
     for (;; ++a, ++b) {
-        int x = std::toupper(static_cast<unsigned char>(*a));
-        int y = std::toupper(static_cast<unsigned char>(*b));
+        int x = Upper(*a);
+        int y = Upper(*b);
         if (x != y || x == 0) {
             return x - y;
         }
@@ -130,11 +140,11 @@ HANDLE FindFirstFileA(LPCSTR fileName, LPWIN32_FIND_DATAA findData) {
     // missing; so is a name without wildcards, which loses its trailing dots
     // and blanks as every path's components do (a pattern keeps them: "*."
     // means the names without an extension).
-    struct stat info;
-    if (stat(folder.c_str(), &info) != 0 && posix::RetryWithoutCase(errno, folder)) {
-        stat(folder.c_str(), &info);
-    }
     if (name.empty()) {
+        struct stat info;
+        if (stat(folder.c_str(), &info) != 0) {
+            posix::RetryWithoutCase(errno, folder);
+        }
         posix::SetPathError(ENOENT, folder + "/");
         return INVALID_HANDLE_VALUE;
     }
@@ -155,6 +165,9 @@ HANDLE FindFirstFileA(LPCSTR fileName, LPWIN32_FIND_DATAA findData) {
         entries.push_back(data);
     } else {
         DIR* directory = opendir(folder.c_str());
+        if (directory == nullptr && posix::RetryWithoutCase(errno, folder)) {
+            directory = opendir(folder.c_str());
+        }
         if (directory == nullptr) {
             SetErrorCode(errno == ENOENT || errno == ENOTDIR ? ERROR_PATH_NOT_FOUND
                                                              : posix::ErrorFromErrno(errno));
@@ -163,6 +176,7 @@ HANDLE FindFirstFileA(LPCSTR fileName, LPWIN32_FIND_DATAA findData) {
         // A drive's root has no "." and ".."; a share's root has them.
         std::string full = posix::SystemFullPath(windowsFolder);
         bool root = posix::IsFullRoot(full) && !posix::IsUncPath(full);
+        const bool all = name == "*" || name == "*.*";
         std::string ansi;
         while (const dirent* entry = readdir(directory)) {
             std::string entryName = entry->d_name;
@@ -172,7 +186,7 @@ HANDLE FindFirstFileA(LPCSTR fileName, LPWIN32_FIND_DATAA findData) {
                 ansi = posix::AnsiName(entryName);
             }
             const std::string_view ansiName = ascii ? std::string_view(entryName) : ansi;
-            if ((!dots || !root) && posix::MatchWildcard(name, ansiName) &&
+            if ((!dots || !root) && (all || posix::MatchWildcard(name, ansiName)) &&
                 Describe(dirfd(directory), folder, entryName, ansiName, data)) {
                 entries.push_back(data);
             }
@@ -182,9 +196,12 @@ HANDLE FindFirstFileA(LPCSTR fileName, LPWIN32_FIND_DATAA findData) {
             SetErrorCode(ERROR_FILE_NOT_FOUND);
             return INVALID_HANDLE_VALUE;
         }
-        std::sort(entries.begin(), entries.end(), Before);
     }
-    auto* search = new Search(std::move(entries));
+    std::vector<std::uint32_t> order(entries.size());
+    std::iota(order.begin(), order.end(), 0);
+    std::sort(order.begin(), order.end(),
+              [&](std::uint32_t a, std::uint32_t b) { return Before(entries[a], entries[b]); });
+    auto* search = new Search(std::move(entries), std::move(order));
     search->Next(*findData);
     return posix::RegisterHandle(search);
 }

@@ -108,6 +108,10 @@ std::string SystemFullPath(std::string_view path) {
     if (!path.empty() && path[0] == '/' && !IsUncPath(path)) {
         return ToWindowsPath(NativeName(path).c_str());
     }
+    // A path from a drive's root or a share needs no current folder.
+    if (std::string full = FullWindowsPath(path, {}); !full.empty()) {
+        return full;
+    }
     std::string current = ToWindowsPath(NativeCurrentDirectory().c_str());
     return FullWindowsPath(path, current);
 }
