@@ -1,4 +1,5 @@
 #include "os/api/find.h"
+#include "os/api/find_names.h"
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -88,6 +89,25 @@ bool Describe(int folderFd, const std::string& folder, const std::string& name,
     return true;
 }
 
+// The entry as the folder's listing tells it, when its type (from the
+// listing, DT_*) is a file or a folder and its name can be searched for
+// again to describe it (no wildcards, no trailing dot or blank, which
+// searches drop); false otherwise.
+bool NameOnly(unsigned char type, std::string_view ansiName, WIN32_FIND_DATAA& data) {
+    const bool dots = ansiName == "." || ansiName == "..";
+    if ((type != DT_REG && type != DT_DIR) || ansiName.size() >= sizeof data.cFileName ||
+        ansiName.find_first_of("*?") != std::string_view::npos ||
+        (!dots && (ansiName.ends_with('.') || ansiName.ends_with(' ')))) {
+        return false;
+    }
+    data = {};
+    data.dwFileAttributes =
+        posix::AttributesOf(type == DT_DIR ? S_IFDIR | S_IWUSR : S_IFREG | S_IWUSR, ansiName);
+    std::memcpy(data.cFileName, ansiName.data(), ansiName.size());
+    data.cFileName[ansiName.size()] = '\0';
+    return true;
+}
+
 int Upper(char c) {
     const auto u = static_cast<unsigned char>(c);
     return u >= 'a' && u <= 'z' ? u - ('a' - 'A') : u;
@@ -117,9 +137,8 @@ bool Before(const WIN32_FIND_DATAA& a, const WIN32_FIND_DATAA& b) {
     return c != 0 ? c < 0 : std::strcmp(a.cFileName, b.cFileName) < 0;
 }
 
-}  // namespace
-
-HANDLE FindFirstFileA(LPCSTR fileName, LPWIN32_FIND_DATAA findData) {
+// FindFirstFileA, or FindFirstNameA when not `describe`.
+HANDLE Find(LPCSTR fileName, LPWIN32_FIND_DATAA findData, bool describe) {
     if (fileName == nullptr || findData == nullptr || fileName[0] == '\0') {
         SetErrorCode(ERROR_INVALID_PARAMETER);
         return INVALID_HANDLE_VALUE;
@@ -187,7 +206,8 @@ HANDLE FindFirstFileA(LPCSTR fileName, LPWIN32_FIND_DATAA findData) {
             }
             const std::string_view ansiName = ascii ? std::string_view(entryName) : ansi;
             if ((!dots || !root) && (all || posix::MatchWildcard(name, ansiName)) &&
-                Describe(dirfd(directory), folder, entryName, ansiName, data)) {
+                ((!describe && NameOnly(entry->d_type, ansiName, data)) ||
+                 Describe(dirfd(directory), folder, entryName, ansiName, data))) {
                 entries.push_back(data);
             }
         }
@@ -204,6 +224,16 @@ HANDLE FindFirstFileA(LPCSTR fileName, LPWIN32_FIND_DATAA findData) {
     auto* search = new Search(std::move(entries), std::move(order));
     search->Next(*findData);
     return posix::RegisterHandle(search);
+}
+
+}  // namespace
+
+HANDLE FindFirstFileA(LPCSTR fileName, LPWIN32_FIND_DATAA findData) {
+    return Find(fileName, findData, true);
+}
+
+HANDLE FindFirstNameA(LPCSTR fileName, LPWIN32_FIND_DATAA findData) {
+    return Find(fileName, findData, false);
 }
 
 BOOL FindNextFileA(HANDLE findFile, LPWIN32_FIND_DATAA findData) {
