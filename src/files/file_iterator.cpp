@@ -1,6 +1,10 @@
 // FileIterator: the filters, and the walk's start and end.
 #include "nvk/files/file_iterator.h"
 
+#include <typeinfo>
+
+#include "os/api/find.h"
+
 namespace os = nvk::os;
 
 namespace {
@@ -72,9 +76,27 @@ bool FileIterator::GetNext() {
     return false;
 }
 
+bool FileIterator::ListsNamesOnly() const {
+    return typeid(*this) == typeid(FileIterator);
+}
+
+const os::WIN32_FIND_DATAA& FileIterator::Described() const {
+    if (!m_Described) {
+        m_Described = true;
+        os::WIN32_FIND_DATAA data;
+        const os::HANDLE search = os::FindFirstFileA(PathName(), &data);
+        if (search != os::INVALID_HANDLE_VALUE) {
+            os::FindClose(search);
+            m_FindData = data;
+        }
+    }
+    return m_FindData;
+}
+
 void FileIterator::Close() {
     m_Cursor.Close();
     m_FindData = {};
+    m_Described = true;
     m_Flags &= ~ExcludeHiddenFlag;
 }
 

@@ -4,6 +4,7 @@
 #include "files/drive_kind.h"
 #include "nvk/files/file_iterator.h"
 #include "os/api/find.h"
+#include "os/api/find_names.h"
 #include "os/api/kernel_text.h"
 #include "os/api/volume.h"
 
@@ -33,7 +34,9 @@ void Cursor::Init(const Chaine& path) {
         pattern = std::as_const(master.m_NameInclude)[0];
     }
     os::WIN32_FIND_DATAA& data = master.m_FindData;
-    os::HANDLE search = os::FindFirstFileA(PathJoin(path, pattern), &data);
+    const Chaine searched = PathJoin(path, pattern);
+    os::HANDLE search = master.ListsNamesOnly() ? os::FindFirstNameA(searched, &data)
+                                                : os::FindFirstFileA(searched, &data);
     if (search == os::INVALID_HANDLE_VALUE) {
         return;
     }
@@ -112,6 +115,8 @@ bool Cursor::TakeNext(PTableau<os::WIN32_FIND_DATAA>& entries) {
         return false;
     }
     m_Master->m_FindData = std::as_const(entries)[m_Index++];
+    // Drive roots are made whole here; listed entries may wait for a look.
+    m_Master->m_Described = m_Path.IsEmpty() || !m_Master->ListsNamesOnly();
     if (m_Index == entries.Size()) {
         entries.RemoveAll();
         m_Index = 0;

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -129,6 +130,38 @@ TEST_F(FileWalk, HiddenFilesAreLeftOutForOneWalkOnly) {
     ASSERT_TRUE(m_Walk.GetFirst());
     m_Walk.Close();
     EXPECT_EQ(Walk(m_Walk, m_Tree).size(), 6u);
+}
+
+// A derived class's check sees each file described in full, as the walk of
+// the class itself shows it when asked.
+class LargeFiles : public FileIterator {
+protected:
+    bool CheckFile(const Chaine& path, const nvk::os::WIN32_FIND_DATAA& data) const override {
+        return data.nFileSizeLow > 2 && FileIterator::CheckFile(path, data);
+    }
+};
+
+TEST_F(FileWalk, EntriesAreDescribedInFullWhenAsked) {
+    m_Tree.File("big.dat", "12345");
+    m_Tree.File("odd.", "123456");  // a name a search does not find again
+    fs::permissions(m_Tree.Native("big.dat"), fs::perms::owner_read);
+    m_Walk.DontRecurse();
+    std::map<std::string, nvk::os::DWORD> sizes;
+    for (bool more = m_Walk.GetFirst(m_Tree.Path()); more; more = m_Walk.GetNext()) {
+        const nvk::os::WIN32_FIND_DATAA data = m_Walk.GetFileInfos();
+        sizes[m_Walk.FileName().c_str()] = data.nFileSizeLow;
+        if (m_Walk.FileName() == "big.dat") {
+            EXPECT_EQ(m_Walk.CurrentAttributes(),
+                      nvk::os::FILE_ATTRIBUTE_ARCHIVE | nvk::os::FILE_ATTRIBUTE_READONLY);
+            EXPECT_NE(data.ftLastWriteTime.dwLowDateTime | data.ftLastWriteTime.dwHighDateTime, 0u);
+        }
+    }
+    EXPECT_EQ(sizes["big.dat"], 5u);
+    EXPECT_EQ(sizes["odd."], 6u);
+    EXPECT_EQ(sizes["a.txt"], 1u);
+    LargeFiles large;
+    large.DontRecurse();
+    EXPECT_EQ(Walk(large, m_Tree), (Names{"big.dat", "odd."}));
 }
 
 TEST(FileIteratorDrives, TheKindsTakeTheDrivesOfTheTable) {

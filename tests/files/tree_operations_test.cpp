@@ -103,7 +103,8 @@ TEST(TreeSafety, LinksAreCopiedAndRemovedAsLinksAndNeverCounted) {
     ASSERT_EQ(CopyDirectory(tree.Path("p"), tree.Path("copy"), 1), 1);
     EXPECT_TRUE(fs::is_symlink(tree.Native("copy/out")));
     EXPECT_TRUE(fs::is_symlink(tree.Native("copy/loop")));
-    EXPECT_EQ(tree.Read("copy/bad\xff\xfe/" + std::string(255, 'n')), "x");
+    // An earlier build's raw name is copied under its UTF-8 form.
+    EXPECT_EQ(tree.Read("copy/bad\xc3\xbf\xc3\xbe/" + std::string(255, 'n')), "x");
     EXPECT_EQ(fs::read_symlink(tree.Native("copy/file-link")),
               fs::path(outside.Native("precious/keep.txt")));
 

@@ -15,6 +15,7 @@
 #include "os/api/find.h"
 #include "os/api/sync.h"
 #include "os/api/temp_file.h"
+#include "os/api/tree_delete.h"
 #include "os/posix/full_path.h"
 #include "os/posix/wildcard.h"
 #include "os_test_support.h"
@@ -223,6 +224,28 @@ TEST_F(FileSystemTest, TemporaryNamesAreUniqueAndCreated) {
     EXPECT_EQ(GetTempFileNameA("T:\\Temp", nullptr, 0x11234, first), 0x1234u);
     EXPECT_STREQ(first, "T:\\Temp\\1234.tmp");
     EXPECT_EQ(GetFileAttributesA(first), INVALID_FILE_ATTRIBUTES);
+}
+
+TEST_F(FileSystemTest, EmptyingATreeGoesIntoReadOnlyFoldersButNeverThroughLinks) {
+    test::TempFolder outside;
+    std::ofstream(outside / "keep.txt") << "keep";
+    fs::create_directories(folder_ / "p/Sub/deep");
+    Write("p/Sub/deep/f.txt", "x");
+    Write("p/a.txt", "y");
+    fs::permissions(folder_ / "p/Sub", fs::perms::owner_read | fs::perms::owner_exec);
+    fs::create_directory_symlink(outside.str(), folder_ / "p/Sub/out");
+    fs::create_symlink(outside / "keep.txt", folder_ / "p/file-link");
+    fs::create_directory_symlink(outside.str(), folder_ / "link");
+
+    EXPECT_TRUE(EmptyFolderA("T:\\P"));
+    EXPECT_TRUE(fs::is_empty(folder_ / "p"));
+    EXPECT_TRUE(fs::exists(outside / "keep.txt"));
+    // A link named as the folder to empty is not entered either.
+    EXPECT_FALSE(EmptyFolderA("T:\\link"));
+    EXPECT_EQ(GetLastError(), ERROR_DIRECTORY);
+    EXPECT_TRUE(fs::exists(outside / "keep.txt"));
+    EXPECT_FALSE(EmptyFolderA("T:\\missing"));
+    EXPECT_EQ(GetLastError(), ERROR_FILE_NOT_FOUND);
 }
 
 }  // namespace

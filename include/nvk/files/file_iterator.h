@@ -113,8 +113,8 @@ public:
     // The folder of the current entry.
     Chaine Path() const { return m_Cursor.Deepest()->Path(); }
     Chaine PathName() const { return PathJoin(Path(), FileName()); }
-    nvk::os::WIN32_FIND_DATAA GetFileInfos() const { return m_FindData; }
-    unsigned long CurrentAttributes() const { return m_FindData.dwFileAttributes; }
+    nvk::os::WIN32_FIND_DATAA GetFileInfos() const { return Described(); }
+    unsigned long CurrentAttributes() const { return Described().dwFileAttributes; }
     bool CurrentIsFolder() const {
         return (m_FindData.dwFileAttributes & nvk::os::FILE_ATTRIBUTE_DIRECTORY) != 0;
     }
@@ -133,7 +133,7 @@ protected:
     bool CheckPathInclude(const Chaine& path) const;
     bool CheckPathExclude(const Chaine& path) const;
 
-    nvk::os::WIN32_FIND_DATAA m_FindData{};
+    mutable nvk::os::WIN32_FIND_DATAA m_FindData{};
     PTableau<Chaine> m_NameInclude;
     PTableau<Chaine> m_NameExclude;
     PTableau<Chaine> m_PathInclude;
@@ -141,4 +141,12 @@ protected:
     SubFileCursor m_Cursor;
     Chaine m_Root;
     unsigned m_Flags = FilesFirstFlag;
+
+private:
+    // A walk of this class itself, whose checks look at names and kinds
+    // only, lists folders without describing each entry, which is most of
+    // the cost of a large walk; the entry delivered is described when asked.
+    bool ListsNamesOnly() const;
+    const nvk::os::WIN32_FIND_DATAA& Described() const;
+    mutable bool m_Described = true;
 };

@@ -12,8 +12,10 @@ const SingleByteCodePage& Ansi() {
     return *table;
 }
 
-// Decodes UTF-8 into ANSI; false at the first malformed sequence.
-bool AnsiFromUtf8(std::string_view bytes, std::string& text) {
+}  // namespace
+
+bool AnsiFromUtf8(std::string_view bytes, std::string& text, bool bestFit) {
+    static constexpr char32_t kLeast[] = {0, 0x80, 0x800, 0x10000};
     text.clear();
     for (std::size_t i = 0; i < bytes.size();) {
         auto lead = static_cast<unsigned char>(bytes[i]);
@@ -34,13 +36,42 @@ bool AnsiFromUtf8(std::string_view bytes, std::string& text) {
             }
             code = (code << 6) | (static_cast<unsigned char>(bytes[i + k]) & 0x3F);
         }
-        text += code > 0xFFFF ? '?' : AnsiFromWide(static_cast<char16_t>(code));
+        // An overlong form would smuggle in an ASCII character ("/" as C0 AF),
+        // and surrogates are no characters.
+        if (code < kLeast[extra] || code > 0x10FFFF || (code >= 0xD800 && code <= 0xDFFF)) {
+            return false;
+        }
+        if (code > 0xFFFF) {
+            text += '?';
+        } else if (bestFit) {
+            text += AnsiFromWide(static_cast<char16_t>(code));
+        } else {
+            const int byte = Ansi().Byte(static_cast<char16_t>(code), false);
+            text += byte == SingleByteCodePage::kNone ? '?' : static_cast<char>(byte);
+        }
         i += extra + 1;
     }
     return true;
 }
 
-}  // namespace
+std::string Utf8FromAnsi(std::string_view text) {
+    std::string out;
+    out.reserve(text.size() + text.size() / 2);
+    for (char c : text) {
+        const char32_t unit = WideFromAnsi(c);
+        if (unit < 0x80) {
+            out += static_cast<char>(unit);
+        } else if (unit < 0x800) {
+            out += static_cast<char>(0xC0 | (unit >> 6));
+            out += static_cast<char>(0x80 | (unit & 0x3F));
+        } else {
+            out += static_cast<char>(0xE0 | (unit >> 12));
+            out += static_cast<char>(0x80 | ((unit >> 6) & 0x3F));
+            out += static_cast<char>(0x80 | (unit & 0x3F));
+        }
+    }
+    return out;
+}
 
 char16_t WideFromAnsi(char c) {
     return Ansi().Wide(static_cast<unsigned char>(c));
@@ -63,9 +94,9 @@ std::string AnsiFromFileBytes(std::string_view bytes) {
     }
     if (bytes.starts_with("\xEF\xBB\xBF")) {
         bytes.remove_prefix(3);
-        return AnsiFromUtf8(bytes, text) ? text : std::string(bytes);
+        return AnsiFromUtf8(bytes, text, true) ? text : std::string(bytes);
     }
-    return AnsiFromUtf8(bytes, text) ? text : std::string(bytes);
+    return AnsiFromUtf8(bytes, text, true) ? text : std::string(bytes);
 }
 
 std::string Utf16FileBytes(std::string_view text) {

@@ -12,6 +12,12 @@ char16_t WideFromAnsi(char c);
 // WideCharToMultiByte gives it.
 char AnsiFromWide(char16_t c);
 
+// Decodes UTF-8 into ANSI, a character the code page lacks becoming its best
+// fit when `bestFit` allows it, else '?'; false at the first malformed or
+// overlong sequence.
+bool AnsiFromUtf8(std::string_view bytes, std::string& text, bool bestFit);
+std::string Utf8FromAnsi(std::string_view text);
+
 // File bytes as ANSI text: UTF-16LE with its byte order mark, UTF-8 with its
 // mark or without when the bytes are valid UTF-8 beyond ASCII, else the bytes
 // as they are.

@@ -5,6 +5,7 @@
 
 #include "os/api/path_map.h"
 #include "os/posix/drive_map.h"
+#include "os/posix/native_names.h"
 #include "os/posix/system_drive_map.h"
 
 namespace nvk::os::posix {
@@ -105,7 +106,11 @@ std::string FullWindowsPath(std::string_view path, std::string_view current) {
 
 std::string SystemFullPath(std::string_view path) {
     if (!path.empty() && path[0] == '/' && !IsUncPath(path)) {
-        return ToWindowsPath(std::string(path).c_str());
+        return ToWindowsPath(NativeName(path).c_str());
+    }
+    // A path from a drive's root or a share needs no current folder.
+    if (std::string full = FullWindowsPath(path, {}); !full.empty()) {
+        return full;
     }
     std::string current = ToWindowsPath(NativeCurrentDirectory().c_str());
     return FullWindowsPath(path, current);

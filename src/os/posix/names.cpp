@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <cerrno>
 
+#include "os/posix/native_names.h"
+
 namespace nvk::os::posix {
 
 char FoldCase(char c) {
@@ -33,18 +35,25 @@ bool SameName(std::string_view a, std::string_view b) {
 
 namespace {
 
-// The entry of `folder` that matches `name` without regard to case, the
-// first in byte order so that the answer does not depend on the order of the
-// folder; empty when none does.
+// The entry of `folder` whose ANSI form matches `name` (ANSI) without regard
+// to case, the first in byte order so that the answer does not depend on the
+// order of the folder; empty when none does. A name with '?' matches nothing:
+// it stands for characters the code page lacks, as no name of the A
+// functions can.
 std::string MatchInFolder(const std::string& folder, std::string_view name) {
     std::string found;
+    if (name.find('?') != std::string_view::npos) {
+        return found;
+    }
     DIR* directory = opendir(folder.empty() ? "/" : folder.c_str());
     if (directory == nullptr) {
         return found;
     }
     while (const dirent* entry = readdir(directory)) {
         std::string_view candidate = entry->d_name;
-        if (SameName(candidate, name) && (found.empty() || candidate < found)) {
+        if ((IsAscii(candidate) ? SameName(candidate, name)
+                                : SameName(AnsiName(candidate), name)) &&
+            (found.empty() || candidate < found)) {
             found = candidate;
         }
     }
@@ -75,7 +84,15 @@ bool ResolveCase(std::string& path) {
             resolved = std::move(exact);
             continue;
         }
-        std::string match = MatchInFolder(resolved, name);
+        // The name as earlier builds wrote it, its ANSI bytes, comes before
+        // another spelling of it: their files must stay reachable.
+        const std::string ansi = AnsiName(name);
+        std::string match;
+        if (ansi != name && lstat((resolved + "/" + ansi).c_str(), &info) == 0) {
+            match = ansi;
+        } else {
+            match = MatchInFolder(resolved, ansi);
+        }
         if (match.empty()) {
             missing = true;
             resolved = std::move(exact);

@@ -14,8 +14,9 @@ bool SameName(std::string_view a, std::string_view b);
 char FoldCase(char c);
 
 // A native path whose exact name does not exist, resolved as Windows would:
-// each missing component is replaced by the first entry of its folder (in
-// byte order) that matches it without regard to case; the components after
+// each missing component is replaced by its ANSI bytes when an earlier build
+// wrote it so, else by the first entry of its folder (in byte order) whose
+// ANSI form matches it without regard to case; the components after
 // one that matches nothing stay as given, so that a new file takes the name
 // it was given. True when the path changed. The exact name costs nothing
 // here: callers try it first and come here only when it is missing.

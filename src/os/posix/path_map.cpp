@@ -5,9 +5,12 @@
 #include <cerrno>
 #include <cstdlib>
 #include <fstream>
+#include <mutex>
+#include <optional>
 #include <sstream>
 
 #include "os/posix/environment.h"
+#include "os/posix/native_names.h"
 #include "os/posix/system_drive_map.h"
 #include "os/posix/user_folders.h"
 
@@ -54,7 +57,23 @@ std::string MountTable() {
 namespace posix {
 
 DriveMap SystemDriveMap(bool withNetworkMounts) {
-    DriveMap map = MakeDriveMap(EnvironmentValue("NVK_DRIVES"), DefaultDriveC());
+    // Every path of every call goes through the map: it is made again only
+    // when the environment it comes from has changed.
+    static std::mutex lock;
+    static std::optional<std::string> madeFrom;
+    static DriveMap made;
+    const std::string drives = EnvironmentValue("NVK_DRIVES");
+    const std::string driveC = DefaultDriveC();
+    const std::string from = drives + '\0' + driveC;
+    DriveMap map;
+    {
+        std::lock_guard guard(lock);
+        if (madeFrom != from) {
+            made = MakeDriveMap(drives, driveC);
+            madeFrom = from;
+        }
+        map = made;
+    }
     if (withNetworkMounts) {
         AddNetworkMounts(map, MountTable());
     }
@@ -68,10 +87,20 @@ std::string ToNativePath(LPCSTR windowsPath) {
         return {};
     }
     std::string driveC = DefaultDriveC();
+    // Names on disk are UTF-8; the drive map's folders are already native.
     std::string_view path(windowsPath);
+    std::string utf8;
+    if (!posix::IsAscii(path)) {
+        utf8 = posix::NativeName(path);
+        path = utf8;
+    }
     posix::DriveMap map = posix::SystemDriveMap(posix::IsUncPath(path));
     char letter = 0;
-    std::string native = posix::MapToNative(map, path, posix::NativeCurrentDirectory(), &letter);
+    // A path from a drive's root or a share needs no current folder.
+    const bool full = path.empty() || path[0] == '/' || posix::IsUncPath(path) ||
+                      (path.size() > 2 && path[1] == ':' && (path[2] == '\\' || path[2] == '/'));
+    std::string native = posix::MapToNative(
+        map, path, full ? std::string() : posix::NativeCurrentDirectory(), &letter);
     // The default C: is made on first use, and refused when it is not the
     // user's alone to change.
     if (letter == 'C' && !driveC.empty() && map.drives['C' - 'A'] == driveC &&
@@ -85,8 +114,10 @@ std::string ToWindowsPath(LPCSTR nativePath) {
     if (nativePath == nullptr) {
         return {};
     }
-    return posix::MapToWindows(posix::SystemDriveMap(false), nativePath,
-                               posix::NativeCurrentDirectory());
+    std::string windows =
+        posix::MapToWindows(posix::SystemDriveMap(false), nativePath,
+                            nativePath[0] == '/' ? std::string() : posix::NativeCurrentDirectory());
+    return posix::IsAscii(windows) ? windows : posix::AnsiName(windows);
 }
 
 }  // namespace nvk::os

@@ -33,24 +33,6 @@ namespace {
 namespace fs = std::filesystem;
 using posix::LinkData;
 
-std::string Utf8FromAnsi(std::string_view text) {
-    std::string out;
-    for (char c : text) {
-        const char32_t unit = posix::WideFromAnsi(c);
-        if (unit < 0x80) {
-            out += static_cast<char>(unit);
-        } else if (unit < 0x800) {
-            out += static_cast<char>(0xC0 | (unit >> 6));
-            out += static_cast<char>(0x80 | (unit & 0x3F));
-        } else {
-            out += static_cast<char>(0xE0 | (unit >> 12));
-            out += static_cast<char>(0x80 | ((unit >> 6) & 0x3F));
-            out += static_cast<char>(0x80 | (unit & 0x3F));
-        }
-    }
-    return out;
-}
-
 std::string AnsiFromWide(LPCOLESTR text) {
     const int size = WideCharToMultiByte(CP_ACP, 0, text, -1, nullptr, 0, nullptr, nullptr);
     if (size <= 1) {
@@ -372,14 +354,14 @@ private:
     posix::DesktopEntry ToDesktopEntry(const fs::path& native) const {
         posix::DesktopEntry entry;
         // The name as UTF-8 whatever bytes the file name has.
-        entry.Name = Utf8FromAnsi(posix::AnsiFromFileBytes(native.stem().string()));
-        entry.Comment = Utf8FromAnsi(m_Link.Description);
+        entry.Name = posix::Utf8FromAnsi(posix::AnsiFromFileBytes(native.stem().string()));
+        entry.Comment = posix::Utf8FromAnsi(m_Link.Description);
         entry.Command.push_back(ToNativePath(m_Link.Path.c_str()));
         if (!m_Link.Arguments.empty()) {
             // The splitter takes a program first.
             std::vector<std::string> arguments = posix::SplitCommandLine("x " + m_Link.Arguments);
             for (std::size_t i = 1; i < arguments.size(); ++i) {
-                entry.Command.push_back(Utf8FromAnsi(arguments[i]));
+                entry.Command.push_back(posix::Utf8FromAnsi(arguments[i]));
             }
         }
         if (!m_Link.IconPath.empty()) {

@@ -1,15 +1,16 @@
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
-#include <filesystem>
 #include <string>
 
 #include "os/api/path_map.h"
 #include "os/api/shell.h"
 #include "os/posix/handle.h"
 #include "os/posix/trash.h"
+#include "os/posix/tree_delete.h"
 
 namespace nvk::os {
 
@@ -27,9 +28,17 @@ DWORD Delete(const std::string& path) {
     if (!S_ISDIR(info.st_mode)) {
         return unlink(path.c_str()) == 0 ? 0 : posix::ErrorFromErrno(errno);
     }
-    std::error_code error;
-    std::filesystem::remove_all(path, error);
-    return error ? posix::ErrorFromErrno(error.value()) : 0;
+    const int folder = open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+    if (folder < 0) {
+        return posix::ErrorFromErrno(errno);
+    }
+    const bool emptied = posix::EmptyOpenFolder(folder);
+    const int error = errno;
+    close(folder);
+    if (!emptied) {
+        return posix::ErrorFromErrno(error);
+    }
+    return rmdir(path.c_str()) == 0 ? 0 : posix::ErrorFromErrno(errno);
 }
 
 }  // namespace

@@ -29,8 +29,9 @@ namespace {
 std::string TempFolder() {
     for (const char* name : {"TMP", "TEMP"}) {
         std::string value = posix::EnvironmentValue(name);
+        // A POSIX path set in the shell is the system's own, in UTF-8.
         if (!value.empty()) {
-            return posix::SystemFullPath(value);
+            return value[0] == '/' ? ToWindowsPath(value.c_str()) : posix::SystemFullPath(value);
         }
     }
     std::string native = posix::EnvironmentValue("XDG_RUNTIME_DIR");
