@@ -50,7 +50,12 @@ void PrintCommands(const Area& area) {
     std::cout << "\nnvk " << area.name << " <command> --help tells more of each.\n";
 }
 
-void PrintCommand(const Area& area, const nvk::tool::Command& command) {
+constexpr const char* kInputNote =
+    "With - in place of the arguments, each line of standard input is one input and gets one "
+    "answer line, in order; a line that cannot be read gets \"error: ...\".\n";
+
+// `inputNote`: whether to explain "-" where the command takes it.
+void PrintCommand(const Area& area, const nvk::tool::Command& command, bool inputNote = true) {
     std::cout << "usage: nvk " << area.name << ' ';
     if (!nvk::tool::IsCommandArea(area)) {
         std::cout << command.name << ' ';
@@ -59,20 +64,20 @@ void PrintCommand(const Area& area, const nvk::tool::Command& command) {
     if (!command.answers.empty()) {
         std::cout << '\n' << command.answers << '\n';
     }
-    if (command.usage.find("| -") != std::string_view::npos) {
-        std::cout << "\nWith - in place of the arguments, each line of standard input is one "
-                     "input and gets one answer line, in order; a line that cannot be read gets "
-                     "\"error: ...\".\n";
+    if (inputNote && command.usage.find("| -") != std::string_view::npos) {
+        std::cout << '\n' << kInputNote;
     }
 }
 
 // Every help the tool has, one after the other, for the manual page.
 void PrintAll() {
     PrintAreas();
+    std::cout << "\nCommands whose usage ends in \"| -\" read standard input. " << kInputNote;
     for (const Area& area : nvk::tool::Areas()) {
+        std::cout << "\nnvk " << area.name << ":\n";
         for (const auto& command : area.commands) {
             std::cout << '\n';
-            PrintCommand(area, command);
+            PrintCommand(area, command, false);
         }
     }
 }
