@@ -168,7 +168,7 @@ int main(int argc, char** argv) {
             std::cout << "usage: nvk demo\n  prints a short tour of the library\n";
             return nvk::tool::kOk;
         }
-        return args.size() == 1 ? RunDemo() : nvk::tool::Fail("usage: nvk demo");
+        return args.size() == 1 ? Finish(RunDemo()) : nvk::tool::Fail("usage: nvk demo");
     }
     if (args[0] == "version" && !IsHelp(args[1]) && args[1] != "show" && args[1] != "patch") {
         args.insert(args.begin() + 1, "show");
