@@ -5,6 +5,7 @@
 #include <iostream>
 #include <sstream>
 
+#include "native_path.h"
 #include "nvk/paths/special_nvk_path.h"
 #include "nvk/services/global_dico.h"
 #include "os/api/path_map.h"
@@ -154,8 +155,9 @@ void TakeAppFolder(Args& args) {
         return;
     }
     // A folder of this system's own syntax, or one in drive form.
-    Chaine path = folder.starts_with('/') ? Chaine(os::ToWindowsPath(folder.c_str()).c_str())
-                                          : Chaine(folder.c_str());
+    Chaine path = folder.starts_with('/')
+                      ? Chaine(os::ToWindowsPath(NativeFromAnsi(folder).c_str()).c_str())
+                      : Chaine(folder.c_str());
     SpecialNVKPath::SetAppFolder(path.MakeAbsolute());
 }
 
