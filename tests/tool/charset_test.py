@@ -30,6 +30,8 @@ STEPS = [
     (["chaine", "archive", "été"], 0, "03e974e9"),
     (["chaine", "unarchive", "02e9e0"], 0, "éà\n"),
     (["path", "split", "C:\\été\\ça.txt"], 0, "C:\\été\nça.txt\ntxt\n"),
+    (["path", "native", "Z:\\tmp\\é"], 0, "/tmp/é\n"),
+    (["path", "windows", "/tmp/é"], 0, "Z:\\tmp\\é\n"),
     (["reg", "set", "HKEY_CURRENT_USER\\Software\\Société", "Nom", "Thé"], 0, ""),
     (["reg", "get", "HKEY_CURRENT_USER\\Software\\Société", "Nom"], 0, "Thé\n"),
     (["res", "string", "14014", "--lang", "1036"], 0, "existe déjà"),
@@ -86,14 +88,11 @@ class Utf8Terminal(unittest.TestCase):
 
     def make_dossier(self):
         """Société/ with a main file, infos.btr and the data folder COMPTA.1,
-        its name as the library stores names on disk (asked of the tool)."""
-        self.assertEqual(self.nvk("ini", "set", "probe-é.ini", "S", "K", "V").returncode, 0)
-        probe = [n for n in os.listdir(self.scratch.encode()) if n.startswith(b"probe-")][0]
-        on_disk = "utf-8" if probe == "probe-é.ini".encode() else "cp1252"
-        folder = os.path.join(self.scratch.encode(), "Société".encode(on_disk))
-        os.makedirs(os.path.join(folder, b"COMPTA.1"))
-        self.main_file = os.path.join(folder, b"main.dat")
-        for name in (b"main.dat", b"infos.btr", b"COMPTA.1/a.dat"):
+        named as the system names files, in UTF-8."""
+        folder = os.path.join(self.scratch, "Société")
+        os.makedirs(os.path.join(folder, "COMPTA.1"))
+        self.main_file = os.path.join(folder, "main.dat")
+        for name in ("main.dat", "infos.btr", "COMPTA.1/a.dat"):
             with open(os.path.join(folder, name), "wb") as f:
                 f.write(b"x\r\n")
 
