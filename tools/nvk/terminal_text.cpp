@@ -27,6 +27,8 @@ std::string CharsetName(os::UINT codePage) {
 using ByteForms = std::array<std::string, 256>;
 
 ByteForms MakeByteForms(os::UINT terminal) {
+    // UTF-8 holds every character and refuses the default-character flag.
+    const bool utf8 = terminal == os::CP_UTF8;
     ByteForms forms;
     for (int c = 0; c < 256; ++c) {
         const char byte = static_cast<char>(c);
@@ -34,8 +36,6 @@ ByteForms MakeByteForms(os::UINT terminal) {
         if (os::MultiByteToWideChar(kAnsi, os::MB_ERR_INVALID_CHARS, &byte, 1, &wide, 1) != 1) {
             continue;
         }
-        // UTF-8 holds every character and refuses the default-character flag.
-        const bool utf8 = terminal == os::CP_UTF8;
         os::BOOL lost = os::FALSE;
         char out[8];
         const int size =
@@ -94,7 +94,7 @@ std::string FromTerminal(std::string_view text, std::string& ansi) {
         ansi = text;
         return {};
     }
-    const os::UINT terminal = os::GetConsoleCP();
+    static const os::UINT terminal = os::GetConsoleCP();
     const auto size = static_cast<int>(text.size());
     // At most one UTF-16 unit per byte, whatever the charset.
     std::vector<os::WCHAR> wide(text.size());
