@@ -17,6 +17,7 @@ packages=(
     libzint-dev  # the bar-code engine
     zbar-tools poppler-utils librsvg2-bin  # the bar-code tests read what is drawn
     valgrind  # scripts/bench.sh --callgrind counts the hot paths' instructions
+    help2man  # the tool's manual page, made from its help at build time
 )
 
 sudo=""

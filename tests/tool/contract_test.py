@@ -40,6 +40,10 @@ GOOD_LINES = {
     ("key", "show"): "0102030405060708",
 }
 
+# Answers that move with the clock: the same input may give another one from
+# one second to the next.
+TIMED = {("password", "scramble")}
+
 
 def run(*args, stdin=""):
     return subprocess.run([NVK, *args], input=stdin, capture_output=True, text=True,
@@ -113,9 +117,12 @@ class Contract(unittest.TestCase):
                     result = run(area, name, "-", stdin=text)
                     answers = result.stdout.split("\n")[:-1]
                     self.assertEqual(len(answers), len(lines), f"{what}: {result.stdout!r}")
+                    self.assertFalse(answers[0].startswith("error:"), answers[0])
+                    if (area, name) in TIMED:
+                        self.assertEqual(len(answers[0]), len(answers[2]))
+                        continue
                     self.assertEqual(answers[0], answers[2])
                     self.assertEqual(answers[0], answers[4])
-                    self.assertFalse(answers[0].startswith("error:"), answers[0])
                     # An answer of one line is the same as for the arguments.
                     alone = run(area, name, *([good] if area in ("chaine", "path") else
                                               good.split())).stdout.splitlines()

@@ -6,7 +6,6 @@
 #include "cli.h"
 #include "nvk/platform/bar_code.h"
 #include "os/api/gdi.h"
-#include "terminal_text.h"
 
 namespace nvk::tool {
 namespace {
@@ -135,7 +134,7 @@ int Draw(const Args& given) {
     os::HGDIOBJ oldFont = os::SelectObject(dc, font);
     os::RECT rect{0, 0, width, height};
     EBarCode barCode;
-    bool drawn = barCode.DrawBarCode(dc, &rect, Utf8ToAnsi(args[0]).c_str(), type, flags, colour);
+    bool drawn = barCode.DrawBarCode(dc, &rect, args[0].c_str(), type, flags, colour);
     os::SelectObject(dc, oldFont);
     os::DeleteObject(font);
     if (!os::DeleteDC(dc)) {
@@ -155,7 +154,7 @@ int Check(const Args& given) {
     if (!wrong.empty()) {
         return Fail(wrong);
     }
-    bool valid = EBarCode().IsValidText(Utf8ToAnsi(args[0]).c_str(), type, flags);
+    bool valid = EBarCode().IsValidText(args[0].c_str(), type, flags);
     std::cout << (valid ? "valid" : "invalid") << '\n';
     return valid ? kOk : kNegative;
 }

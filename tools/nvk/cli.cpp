@@ -5,9 +5,11 @@
 #include <iostream>
 #include <sstream>
 
+#include "native_path.h"
 #include "nvk/paths/special_nvk_path.h"
 #include "nvk/services/global_dico.h"
 #include "os/api/path_map.h"
+#include "terminal_text.h"
 
 namespace nvk::tool {
 
@@ -32,6 +34,10 @@ RegisterArea::RegisterArea(const Area& area) {
 
 const std::vector<Area>& Areas() {
     return Registry();
+}
+
+bool IsCommandArea(const Area& area) {
+    return area.commands.size() == 1 && area.commands[0].name == area.name;
 }
 
 int Fail(std::string_view message) {
@@ -61,6 +67,18 @@ bool Expect(const Args& args, std::size_t minimum, std::size_t maximum, const Co
     return false;
 }
 
+bool ReadLine(std::string& line, std::string& error) {
+    std::string text;
+    if (!std::getline(std::cin, text)) {
+        return false;
+    }
+    if (!text.empty() && text.back() == '\r') {
+        text.pop_back();
+    }
+    error = FromTerminal(text, line);
+    return true;
+}
+
 int PerInput(const Args& args, int (*answer)(const Args& args), LineAs lineAs) {
     if (args.size() != 1 || args[0] != "-") {
         return answer(args);
@@ -68,9 +86,12 @@ int PerInput(const Args& args, int (*answer)(const Args& args), LineAs lineAs) {
     g_readingInput = true;
     int worst = kOk;
     std::string line;
-    while (std::getline(std::cin, line)) {
-        if (!line.empty() && line.back() == '\r') {
-            line.pop_back();
+    std::string error;
+    while (ReadLine(line, error)) {
+        if (!error.empty()) {
+            worst = std::max(worst, Fail("the line " + error));
+            std::cout.flush();
+            continue;
         }
         Args lineArgs;
         if (lineAs == LineAs::WholeText) {
@@ -134,8 +155,9 @@ void TakeAppFolder(Args& args) {
         return;
     }
     // A folder of this system's own syntax, or one in drive form.
-    Chaine path = folder.starts_with('/') ? Chaine(os::ToWindowsPath(folder.c_str()).c_str())
-                                          : Chaine(folder.c_str());
+    Chaine path = folder.starts_with('/')
+                      ? Chaine(os::ToWindowsPath(NativeFromAnsi(folder).c_str()).c_str())
+                      : Chaine(folder.c_str());
     SpecialNVKPath::SetAppFolder(path.MakeAbsolute());
 }
 

@@ -43,6 +43,9 @@ struct RegisterArea {
 
 const std::vector<Area>& Areas();
 
+// An area whose only command bears its name is that command: "nvk find ROOT".
+bool IsCommandArea(const Area& area);
+
 // Prints "nvk: message" on standard error and returns kFailure. While
 // PerInput reads standard input, the message is the line's answer instead,
 // "error: message" on standard output, so that answers stay paired with
@@ -55,6 +58,12 @@ void SetCurrentArea(std::string_view area);
 // Checks the argument count of a command, and that no argument is an option
 // the command did not take; on a mismatch prints its usage and returns false.
 bool Expect(const Args& args, std::size_t minimum, std::size_t maximum, const Command& command);
+
+// Reads the next line of standard input, without its line end, as
+// Windows-1252 text; false at the end of the input. For a line that cannot
+// be converted, `line` is empty and `error` says why ("holds characters
+// that ..."); `error` is empty otherwise.
+bool ReadLine(std::string& line, std::string& error);
 
 // How PerInput hands a line of standard input to the answer.
 enum class LineAs { Words, WholeText };

@@ -185,7 +185,14 @@ const Command kCommands[] = {
          Session session(records);
          int status = nvk::tool::kOk;
          std::string line;
-         while (std::getline(std::cin, line)) {
+         std::string error;
+         while (nvk::tool::ReadLine(line, error)) {
+             if (!error.empty()) {
+                 std::cout << "error\n";
+                 std::cerr << "nvk: the line " << error << '\n';
+                 status = nvk::tool::kFailure;
+                 continue;
+             }
              std::istringstream in(line);
              Args words;
              for (std::string word; in >> word;) {

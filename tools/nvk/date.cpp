@@ -7,7 +7,6 @@
 #include "calendar_args.h"
 #include "cli.h"
 #include "nvk/calendar/cbdate.h"
-#include "terminal_text.h"
 
 namespace nvk::tool {
 namespace {
@@ -87,7 +86,7 @@ int Print(const Args& input) {
         return kFailure;
     }
     const auto old = CBDate::SetPrintOption(static_cast<CBDate::HowToPrint>(form));
-    std::cout << AnsiToUtf8(date.AsString().GetString()) << '\n';
+    std::cout << date.AsString().GetString() << '\n';
     CBDate::SetPrintOption(old);
     return kOk;
 }
@@ -125,7 +124,7 @@ void Demo(std::ostream& out) {
     out << "  printed in the five forms:";
     for (int form = CBDate::PrintMonthDayYear; form <= CBDate::PrintDayMonthYear; ++form) {
         const auto old = CBDate::SetPrintOption(static_cast<CBDate::HowToPrint>(form));
-        out << " \"" << AnsiToUtf8(day.AsString().GetString()) << '"';
+        out << " \"" << day.AsString().GetString() << '"';
         CBDate::SetPrintOption(old);
     }
     out << '\n';

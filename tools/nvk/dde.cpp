@@ -13,7 +13,6 @@
 #include "nvk/platform/dde_thread.h"
 #include "os/api/dde.h"
 #include "os/api/message.h"
-#include "terminal_text.h"
 
 namespace nvk::tool {
 namespace {
@@ -52,7 +51,7 @@ std::string Text(const char* data, int size) {
     while (length < size && data[length] != '\0') {
         ++length;
     }
-    return AnsiToUtf8(std::string_view(data, static_cast<std::size_t>(length)));
+    return std::string(data, static_cast<std::size_t>(length));
 }
 
 void Line(const std::string& text) {
@@ -98,7 +97,7 @@ public:
 
     char* OnRequest(const CString& /*topic*/, const CString& item, int* /*size*/,
                     int /*format*/) override {
-        Line("request " + AnsiToUtf8(item.GetString()));
+        Line("request " + std::string(item.GetString()));
         const auto found = m_Owner.m_Values.find(item.GetString());
         return found != m_Owner.m_Values.end() ? found->second.data() : nullptr;
     }
@@ -106,7 +105,7 @@ public:
     int OnPoke(const CString& /*topic*/, const CString& item, char* data, int size,
                int /*format*/) override {
         const std::string name = item.GetString();
-        Line("poke " + AnsiToUtf8(name) + " " + Text(data, size));
+        Line("poke " + std::string(name) + " " + Text(data, size));
         std::string value(data, static_cast<std::size_t>(size));
         value = value.substr(0, value.find('\0'));
         std::string& stored = m_Owner.m_Values[name];
@@ -122,7 +121,7 @@ public:
     }
 
     int OnStartAdvise(const CString& /*topic*/, const CString& item) override {
-        Line("advise-start " + AnsiToUtf8(item.GetString()));
+        Line("advise-start " + std::string(item.GetString()));
         if (m_Owner.m_RefuseAdvise) {
             return 0;
         }
@@ -131,7 +130,7 @@ public:
     }
 
     int OnStopAdvise(const CString& /*topic*/, const CString& item) override {
-        Line("advise-stop " + AnsiToUtf8(item.GetString()));
+        Line("advise-stop " + std::string(item.GetString()));
         std::erase(m_Owner.m_Advising, std::make_pair(this, std::string(item.GetString())));
         return 1;
     }
@@ -149,7 +148,7 @@ CDDEConnection* Server::OnAcceptConnection(const CString& topic) {
     if (topic.CompareNoCase(m_Topic) != 0) {
         return nullptr;
     }
-    Line("connect " + AnsiToUtf8(topic.GetString()));
+    Line("connect " + std::string(topic.GetString()));
     return new ServedConnection(*this);
 }
 
@@ -170,16 +169,16 @@ int Serve(const Args& given) {
         if (equals == std::string::npos) {
             return Fail("a reply is ITEM=TEXT: " + reply);
         }
-        values[Utf8ToAnsi(reply.substr(0, equals))] = Utf8ToAnsi(reply.substr(equals + 1));
+        values[reply.substr(0, equals)] = reply.substr(equals + 1);
     }
     Session session(false);
     Server server;
-    server.m_Topic = Utf8ToAnsi(args[1]).c_str();
+    server.m_Topic = args[1].c_str();
     server.m_Values = std::move(values);
     server.m_RefuseAdvise = refuseAdvise;
-    if (!server.Create(Utf8ToAnsi(args[0]).c_str())) {
+    if (!server.Create(args[0].c_str())) {
         return Fail("the service can't be registered: " +
-                    AnsiToUtf8(nvk::dde::ErrorText(nvk::dde::LastError()).GetString()));
+                    std::string(nvk::dde::ErrorText(nvk::dde::LastError()).GetString()));
     }
     os::MSG msg;
     while (os::GetMessageA(&msg, nullptr, 0, 0) > 0) {
@@ -208,8 +207,7 @@ public:
             Fail("a time-out is a number of milliseconds: " + timeout);
             return nullptr;
         }
-        CDDEConnection* connection =
-            m_Client.MakeConnection("", Utf8ToAnsi(args[0]).c_str(), Utf8ToAnsi(args[1]).c_str());
+        CDDEConnection* connection = m_Client.MakeConnection("", args[0].c_str(), args[1].c_str());
         if (connection == nullptr) {
             Failed();
             return nullptr;
@@ -229,7 +227,7 @@ public:
             Line("refused");
             return kNegative;
         }
-        return Fail(AnsiToUtf8(nvk::dde::ErrorText(error).GetString()));
+        return Fail(nvk::dde::ErrorText(error).GetString());
     }
 
 private:
@@ -247,7 +245,7 @@ int Request(const Args& given) {
         return kFailure;
     }
     int size = 0;
-    const char* data = connection->Request(Utf8ToAnsi(args[2]).c_str(), &size, os::CF_TEXT);
+    const char* data = connection->Request(args[2].c_str(), &size, os::CF_TEXT);
     if (data == nullptr) {
         return ClientRun::Failed();
     }
@@ -262,8 +260,8 @@ int Poke(const Args& given) {
     if (connection == nullptr) {
         return kFailure;
     }
-    std::string data = Utf8ToAnsi(args[3]);
-    return connection->Poke(Utf8ToAnsi(args[2]).c_str(), data.data(), -1, os::CF_TEXT) != 0
+    std::string data = args[3];
+    return connection->Poke(args[2].c_str(), data.data(), -1, os::CF_TEXT) != 0
                ? kOk
                : ClientRun::Failed();
 }
@@ -275,7 +273,7 @@ int Execute(const Args& given) {
     if (connection == nullptr) {
         return kFailure;
     }
-    return connection->Execute(Utf8ToAnsi(args[2]).c_str()) != 0 ? kOk : ClientRun::Failed();
+    return connection->Execute(args[2].c_str()) != 0 ? kOk : ClientRun::Failed();
 }
 
 // Prints each advise, and stops the loop when the server ends.
@@ -313,8 +311,7 @@ int Advise(const Args& given) {
         (!ParseLong(timeout, milliseconds) || milliseconds < 0 || milliseconds > 0x7FFFFFFF)) {
         return Fail("a time-out is a number of milliseconds: " + timeout);
     }
-    CDDEConnection* connection =
-        client.MakeConnection("", Utf8ToAnsi(args[0]).c_str(), Utf8ToAnsi(args[1]).c_str());
+    CDDEConnection* connection = client.MakeConnection("", args[0].c_str(), args[1].c_str());
     if (connection == nullptr) {
         return ClientRun::Failed();
     }
@@ -322,7 +319,7 @@ int Advise(const Args& given) {
     connection->m_Buffer = buffer.get();
     connection->m_BufferSize = kBufferSize;
     connection->SetTimeout(static_cast<unsigned long>(milliseconds));
-    if (!connection->StartAdvise(Utf8ToAnsi(args[2]).c_str())) {
+    if (!connection->StartAdvise(args[2].c_str())) {
         return ClientRun::Failed();
     }
     os::MSG msg;

@@ -8,7 +8,6 @@
 #include "nvk/archive/zip_folder.h"
 #include "os/api/directory.h"
 #include "progress.h"
-#include "terminal_text.h"
 
 namespace nvk::tool {
 namespace {
@@ -56,7 +55,7 @@ int FailWith(int result, EZipFolder const& folder) {
     }
     std::string text = EZipCmd::GetErrorMessage(result);
     std::replace(text.begin(), text.end(), '\n', ' ');
-    return Fail(AnsiToUtf8(text));
+    return Fail(text);
 }
 
 std::string FullPath(const std::string& path) {
@@ -67,12 +66,12 @@ std::string FullPath(const std::string& path) {
 
 int DossierZip(const Args& arguments) {
     Args args = arguments;
-    const std::string name = Utf8ToAnsi(TakeOption(args, "--name"));
-    const std::string app = Utf8ToAnsi(TakeOption(args, "--app"));
+    const std::string name = TakeOption(args, "--name");
+    const std::string app = TakeOption(args, "--app");
     const std::string key = TakeOption(args, "--key");
     const std::string exercice = TakeOption(args, "--exercice", "-1");
     const bool demo = TakeFlag(args, "--demo");
-    const std::string description = Utf8ToAnsi(TakeOption(args, "--description"));
+    const std::string description = TakeOption(args, "--description");
     if (!Expect(args, 2, 2, kDossierCommands[0])) {
         return kFailure;
     }
@@ -85,7 +84,7 @@ int DossierZip(const Args& arguments) {
         return Fail("--key takes a key of 16 hexadecimal digits");
     }
     ShownZipFolder folder;
-    folder.SetMainFile(FullPath(Utf8ToAnsi(args[0])).c_str());
+    folder.SetMainFile(FullPath(args[0]).c_str());
     folder.SetRaisSoc(name.c_str());
     folder.SetShortName(app.c_str());
     folder.SetNVKKey(dossierKey);
@@ -95,7 +94,7 @@ int DossierZip(const Args& arguments) {
     // Off a terminal the plain object, whose progress draws nothing.
     EZipFolder plain(folder);
     EZipFolder& zip = bar ? folder : plain;
-    const int result = zip.Zip(Utf8ToAnsi(args[1]).c_str(), description.c_str());
+    const int result = zip.Zip(args[1].c_str(), description.c_str());
     if (bar) {
         EndPercentBar();
     }

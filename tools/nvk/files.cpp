@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "cli.h"
+#include "native_path.h"
 #include "nvk/files/file_iterator.h"
 #include "nvk/files/file_operations.h"
 #include "os/api/file_attributes.h"
@@ -29,7 +30,8 @@ public:
         m_Native = !windows;
         if (m_Native) {
             std::error_code ignored;
-            const std::string absolute = std::filesystem::absolute(given, ignored).string();
+            const std::string absolute =
+                std::filesystem::absolute(NativeFromAnsi(given), ignored).string();
             m_Library = os::ToWindowsPath(absolute.c_str()).c_str();
         } else {
             m_Library = given.c_str();
@@ -49,7 +51,7 @@ public:
             text.starts_with(library) && (text.size() == library.size() ||
                                           text[library.size()] == '\\' || library.ends_with("\\"));
         if (!below) {
-            return os::ToNativePath(text.c_str());
+            return AnsiFromNative(os::ToNativePath(text.c_str()));
         }
         std::string rest = text.substr(library.size());
         if (rest.starts_with("\\")) {

@@ -6,7 +6,6 @@
 #include "nvk/afx/cstring.h"
 #include "nvk/platform/link.h"
 #include "os/api/file_attributes.h"
-#include "terminal_text.h"
 
 namespace nvk::tool {
 namespace {
@@ -29,8 +28,8 @@ const Command kCommands[] = {
 
 int Create(const Args& given) {
     Args args = given;
-    const std::string arguments = Utf8ToAnsi(TakeOption(args, "--args"));
-    const std::string description = Utf8ToAnsi(TakeOption(args, "--description"));
+    const std::string arguments = TakeOption(args, "--args");
+    const std::string description = TakeOption(args, "--description");
     // Paths are bytes, as the file system has them; texts are converted.
     std::string icon = TakeOption(args, "--icon");
     if (!Expect(args, 2, 2, kCommands[0])) {

@@ -5,7 +5,6 @@
 #include "cli.h"
 #include "nvk/context/loc.h"
 #include "nvk/context/locale.h"
-#include "terminal_text.h"
 
 namespace nvk::tool {
 namespace {
@@ -45,7 +44,7 @@ int Months(const Args& given) {
         return kNegative;
     }
     for (int i = 0; i < names.Size(); ++i) {
-        std::cout << AnsiToUtf8(names[i].c_str()) << '\n';
+        std::cout << names[i].c_str() << '\n';
     }
     return kOk;
 }
@@ -64,7 +63,7 @@ int Item(const Args& args) {
         std::cerr << "nvk: locale " << lcid << " has no item " << item << '\n';
         return kNegative;
     }
-    std::cout << AnsiToUtf8(value.c_str()) << '\n';
+    std::cout << value.c_str() << '\n';
     return kOk;
 }
 
@@ -74,7 +73,7 @@ int Current(const Args& args) {
     }
     ELoc& loc = ELoc::Get();
     std::cout << "locale " << loc.GetThreadLCID() << ", strings in language " << loc.GetLangID()
-              << ", country \"" << AnsiToUtf8(loc.GetCountry().c_str()) << "\"\n";
+              << ", country \"" << loc.GetCountry().c_str() << "\"\n";
     return kOk;
 }
 
@@ -82,9 +81,9 @@ void Demo(std::ostream& out) {
     for (std::uint32_t lcid : {1036u, 2055u}) {
         ELocale locale(lcid);
         const PTableau<Chaine>& names = locale.Cache().GetMonthNames(false);
-        out << "  months of " << lcid << ": " << AnsiToUtf8(names[0].c_str()) << ", "
-            << AnsiToUtf8(names[1].c_str()) << ", " << AnsiToUtf8(names[2].c_str())
-            << " ...; short date " << locale.Cache().GetLocaleItem(31).c_str() << '\n';
+        out << "  months of " << lcid << ": " << names[0].c_str() << ", " << names[1].c_str()
+            << ", " << names[2].c_str() << " ...; short date "
+            << locale.Cache().GetLocaleItem(31).c_str() << '\n';
     }
     out << "  the sortable locale 2047 writes dates as "
         << ELocale(2047).Cache().GetLocaleItem(31).c_str() << '\n';

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "cli.h"
+#include "native_path.h"
 #include "nvk/core/chaine.h"
 #include "os/api/path_map.h"
 
@@ -102,14 +103,14 @@ int Native(const Args& args) {
             std::cerr << "nvk: on no mapped drive or share: " << text[0] << '\n';
             return kNegative;
         }
-        std::cout << native << '\n';
+        std::cout << AnsiFromNative(native) << '\n';
         return kOk;
     });
 }
 
 int Windows(const Args& args) {
     return PerLine(args, kCommands[6], [](const Args& text) {
-        std::string windows = os::ToWindowsPath(text[0].c_str());
+        std::string windows = os::ToWindowsPath(NativeFromAnsi(text[0]).c_str());
         if (windows.empty()) {
             std::cout << '\n';
             std::cerr << "nvk: under no mapped drive: " << text[0] << '\n';
@@ -150,8 +151,8 @@ void Demo(std::ostream& out) {
     out << name.MakeValidFileName(true).c_str() << ", and of \"com1\": ";
     Chaine device("com1");
     out << device.MakeValidFileName(true).c_str() << '\n';
-    out << "  C:\\Dossiers lies at " << os::ToNativePath("C:\\Dossiers") << ", and /etc is "
-        << os::ToWindowsPath("/etc") << '\n';
+    out << "  C:\\Dossiers lies at " << AnsiFromNative(os::ToNativePath("C:\\Dossiers"))
+        << ", and /etc is " << os::ToWindowsPath("/etc") << '\n';
     Chaine documents;
     out << "  documents (CSIDL 5): " << documents.GetDocumentsFolder().c_str() << '\n';
 }

@@ -10,7 +10,6 @@
 #include <thread>
 
 #include "os/api/console.h"
-#include "terminal_text.h"
 
 namespace nvk::tool {
 
@@ -68,18 +67,23 @@ void RunWithProgress(std::string_view label, const std::function<void()>& work) 
     }
 }
 
-bool ErrorOnTerminal() { return OnTerminal(os::STD_ERROR_HANDLE); }
+bool ErrorOnTerminal() {
+    return OnTerminal(os::STD_ERROR_HANDLE);
+}
 
 void DrawPercentBar(const char* label, long percent) {
     constexpr long kWidth = 30;
     const long shown = std::clamp(percent, 0L, 100L);
     std::string bar(static_cast<std::size_t>(shown * kWidth / 100), '#');
     bar.resize(kWidth, ' ');
-    const std::string text = AnsiToUtf8(label == nullptr ? "" : label).substr(0, 40);
-    std::fprintf(stderr, "\r[%s] %3ld%% %-40s", bar.c_str(), shown, text.c_str());
-    std::fflush(stderr);
+    const std::string text = std::string(label == nullptr ? "" : label).substr(0, 40);
+    char line[128];
+    std::snprintf(line, sizeof line, "\r[%s] %3ld%% %-40s", bar.c_str(), shown, text.c_str());
+    std::cerr << line << std::flush;
 }
 
-void EndPercentBar() { std::fputc('\n', stderr); }
+void EndPercentBar() {
+    std::cerr << '\n';
+}
 
 }  // namespace nvk::tool

@@ -6,7 +6,6 @@
 #include "nvk/context/loc.h"
 #include "nvk/context/string_load.h"
 #include "os/api/resource.h"
-#include "terminal_text.h"
 
 namespace nvk::tool {
 namespace {
@@ -62,7 +61,7 @@ int String(const Args& given) {
         std::cerr << "nvk: no string " << id << '\n';
         return kNegative;
     }
-    std::cout << AnsiToUtf8(value.c_str()) << '\n';
+    std::cout << value.c_str() << '\n';
     return kOk;
 }
 
@@ -89,7 +88,7 @@ int Text(const Args& given) {
     }
     const auto* bytes =
         static_cast<const char*>(os::LockResource(os::LoadResource(module, resource)));
-    std::cout << AnsiToUtf8(std::string_view(bytes, os::SizeofResource(module, resource))) << '\n';
+    std::cout << std::string_view(bytes, os::SizeofResource(module, resource)) << '\n';
     return kOk;
 }
 
@@ -98,11 +97,11 @@ void Demo(std::ostream& out) {
     Chaine german;
     LoadStringIn(french, 14014, FindStringModule(14014), 1036);
     LoadStringIn(german, 14014, FindStringModule(14014), 2055);
-    out << "  message 14014 in French: " << AnsiToUtf8(french.c_str()) << '\n'
-        << "  and in Swiss German: " << AnsiToUtf8(german.c_str()) << '\n';
+    out << "  message 14014 in French: " << french.c_str() << '\n'
+        << "  and in Swiss German: " << german.c_str() << '\n';
     Chaine here(reinterpret_cast<const char*>(64008));
     out << "  label 64008 for this process (language " << ELoc::Get().GetLangID()
-        << "): " << AnsiToUtf8(here.c_str()) << '\n';
+        << "): " << here.c_str() << '\n';
 }
 
 const RegisterArea kArea({"res", "the library's strings and texts, in French and Swiss German",

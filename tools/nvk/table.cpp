@@ -4,7 +4,6 @@
 
 #include "cli.h"
 #include "nvk/platform/string_table.h"
-#include "terminal_text.h"
 
 namespace nvk::tool {
 namespace {
@@ -51,13 +50,13 @@ int Get(const Args& given) {
     if (!ParseLong(args[1], index) || index < -0x80000000LL || index > 0x7FFFFFFF) {
         return Fail("an index is a whole number");
     }
-    CStringTable table(Utf8ToAnsi(args[0]).c_str(), sep1, sep2);
+    CStringTable table(args[0].c_str(), sep1, sep2);
     if (index < table.GetZeroBaseIndex() || index > table.GetMaxIndex()) {
         std::cerr << "nvk: no entry " << index << ": the table runs from "
                   << table.GetZeroBaseIndex() << " to " << table.GetMaxIndex() << '\n';
         return kNegative;
     }
-    std::cout << AnsiToUtf8(table.GetString(static_cast<int>(index)).GetString()) << '\n';
+    std::cout << table.GetString(static_cast<int>(index)).GetString() << '\n';
     return kOk;
 }
 
@@ -65,8 +64,8 @@ int Index(const Args& args) {
     if (!Expect(args, 2, 2, kCommands[1])) {
         return kFailure;
     }
-    const CStringTable table(Utf8ToAnsi(args[0]).c_str(), '|', '\n');
-    const int index = table.GetIndex(Utf8ToAnsi(args[1]).c_str());
+    const CStringTable table(args[0].c_str(), '|', '\n');
+    const int index = table.GetIndex(args[1].c_str());
     if (index < table.GetZeroBaseIndex()) {
         std::cerr << "nvk: no entry is \"" << args[1] << "\"\n";
         return kNegative;

@@ -9,7 +9,6 @@
 #include "nvk/archive/unzip_cmd.h"
 #include "nvk/archive/unzip_engine.h"
 #include "progress.h"
-#include "terminal_text.h"
 
 namespace nvk::tool {
 namespace {
@@ -25,7 +24,7 @@ const Command kUnzipCommands[] = {
      "name); exit 0, or 2 with the front-end's message when the archive is refused."},
 };
 
-// The front-end's text of a code, on one line and in the terminal's text.
+// The front-end's text of a code, on one line.
 int FailWith(int code, bool verify) {
     std::string text =
         verify ? EUnzipCmd::GetVerifyErrorMessage(code) : EUnzipCmd::GetErrorMessage(code);
@@ -34,7 +33,7 @@ int FailWith(int code, bool verify) {
             c = ' ';
         }
     }
-    return Fail(AnsiToUtf8(text));
+    return Fail(text);
 }
 
 // The front-end's progress, as a bar on the terminal.
@@ -60,11 +59,12 @@ int List(EUnzipCmd& command) {
         if ((code = command.dunzip()) != 0) {
             return FailWith(code, false);
         }
-        std::printf("%12llu  %04u-%02u-%02u %02u:%02u  %s\n",
-                    static_cast<unsigned long long>(info.uncompressedSize),
-                    1980 + (info.dosDate >> 9), (info.dosDate >> 5) & 15, info.dosDate & 31,
-                    info.dosTime >> 11, (info.dosTime >> 5) & 63,
-                    AnsiToUtf8(info.szFileName).c_str());
+        char line[64];
+        std::snprintf(line, sizeof line, "%12llu  %04u-%02u-%02u %02u:%02u  ",
+                      static_cast<unsigned long long>(info.uncompressedSize),
+                      1980 + (info.dosDate >> 9), (info.dosDate >> 5) & 15, info.dosDate & 31,
+                      info.dosTime >> 11, (info.dosTime >> 5) & 63);
+        std::cout << line << info.szFileName << '\n';
     }
     return kOk;
 }
@@ -73,7 +73,7 @@ int Unzip(const Args& arguments) {
     Args args = arguments;
     const std::string destination = TakeOption(args, "-d", ".");
     const bool hasPassword = std::find(args.begin(), args.end(), "--password") != args.end();
-    const std::string password = Utf8ToAnsi(TakeOption(args, "--password"));
+    const std::string password = TakeOption(args, "--password");
     const bool test = TakeFlag(args, "--test");
     const bool list = TakeFlag(args, "--list");
     const bool overwrite = TakeFlag(args, "--overwrite");
@@ -82,7 +82,7 @@ int Unzip(const Args& arguments) {
     }
     std::string items;
     for (std::size_t i = 1; i < args.size(); ++i) {
-        items += (items.empty() ? "\"" : " \"") + Utf8ToAnsi(args[i]) + '"';
+        items += (items.empty() ? "\"" : " \"") + args[i] + '"';
     }
     if (items.empty()) {
         items = "\"*\"";

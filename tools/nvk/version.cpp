@@ -8,7 +8,6 @@
 #include "cli.h"
 #include "nvk/services/app_version.h"
 #include "os/api/file_attributes.h"
-#include "terminal_text.h"
 
 namespace nvk::tool {
 namespace {
@@ -52,9 +51,7 @@ int Show(const Args& given) {
                   << ((number >> 16) & 0xFFFF) << '.' << (number & 0xFFFF) << '\n';
         return number != 0 ? kOk : kNegative;
     }
-    std::cout << AnsiToUtf8(
-                     GetAppVersion(args[0].c_str(), static_cast<unsigned long>(flags)).c_str())
-              << '\n';
+    std::cout << GetAppVersion(args[0].c_str(), static_cast<unsigned long>(flags)).c_str() << '\n';
     return Exists(args[0]) ? kOk : kNegative;
 }
 

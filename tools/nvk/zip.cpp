@@ -7,7 +7,6 @@
 #include "cli.h"
 #include "nvk/archive/zip_cmd.h"
 #include "progress.h"
-#include "terminal_text.h"
 
 namespace nvk::tool {
 namespace {
@@ -24,11 +23,11 @@ const Command kZipCommands[] = {
      Zip, "answers: nothing when it worked; exit 0, or 2 with the front-end's message."},
 };
 
-// The front-end's text of a code, on one line and in the terminal's text.
+// The front-end's text of a code, on one line.
 int FailWith(int code) {
     std::string text = EZipCmd::GetErrorMessage(code);
     std::replace(text.begin(), text.end(), '\n', ' ');
-    return Fail(AnsiToUtf8(text));
+    return Fail(text);
 }
 
 // The front-end's progress, as a bar on the terminal.
@@ -54,9 +53,9 @@ int FunctionOf(Args& args) {
 int Zip(const Args& arguments) {
     Args args = arguments;
     const bool hasPassword = std::find(args.begin(), args.end(), "--password") != args.end();
-    const std::string password = Utf8ToAnsi(TakeOption(args, "--password"));
+    const std::string password = TakeOption(args, "--password");
     const bool hasComment = std::find(args.begin(), args.end(), "--comment") != args.end();
-    const std::string comment = Utf8ToAnsi(TakeOption(args, "--comment"));
+    const std::string comment = TakeOption(args, "--comment");
     const bool recurse = TakeFlag(args, "-r");
     int level = 9;
     for (char digit = '0'; digit <= '9'; ++digit) {
@@ -76,9 +75,9 @@ int Zip(const Args& arguments) {
     }
     std::string items;
     for (std::size_t i = 1; i < args.size(); ++i) {
-        items += (items.empty() ? "\"" : " \"") + Utf8ToAnsi(args[i]) + '"';
+        items += (items.empty() ? "\"" : " \"") + args[i] + '"';
     }
-    const std::string archive = Utf8ToAnsi(args[0]);
+    const std::string archive = args[0];
     EZipCmd command(archive.c_str(), items.c_str());
     command.function = function;
     command.recurseFlag = recurse ? 1 : 0;

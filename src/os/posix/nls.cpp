@@ -54,6 +54,10 @@ UConverter* ConverterFor(UINT codePage) {
         if (codePage == CP_UTF8 || codePage == CP_UTF7) {
             UErrorCode status = U_ZERO_ERROR;
             converter.reset(ucnv_open(codePage == CP_UTF8 ? "UTF-8" : "UTF-7", &status));
+        } else if (codePage == 28591) {
+            // Latin-1 has no name by its Windows number among the converters.
+            UErrorCode status = U_ZERO_ERROR;
+            converter.reset(ucnv_open("ISO-8859-1", &status));
         } else {
             for (const char* pattern : {"windows-%u", "ibm-%u", "cp%u"}) {
                 char name[32];
