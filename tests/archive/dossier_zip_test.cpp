@@ -158,6 +158,10 @@ TEST(DossierZip, ReportsProgressAndLeavesItsTemporaryFile) {
     Dossier dossier;
     Counting counting;
     static_cast<EZipFolder&>(counting) = dossier.folder;
+    // A name of this test's own: other tests leave their information files in
+    // the same temporary folder meanwhile.
+    const std::string society = std::filesystem::path(dossier.scratch.str()).filename().string();
+    counting.SetRaisSoc(society.c_str());
     Chaine temp;
     std::string folder = nvk::os::ToNativePath(temp.GetTempFolder());
     auto informationFiles = [&] {
@@ -167,7 +171,7 @@ TEST(DossierZip, ReportsProgressAndLeavesItsTemporaryFile) {
             std::ifstream file(entry.path());
             std::string first;
             std::getline(file, first);
-            if (name.starts_with("TMP") && first.starts_with("[Folder:Soci")) {
+            if (name.starts_with("TMP") && first.starts_with("[Folder:" + society + "]")) {
                 found.insert(name);
             }
         }
