@@ -67,12 +67,14 @@ public:
 
     // Byte equality over Size bytes, the terminator with them. Inline, as
     // std::string's is: most comparisons end at the pointer or the sizes.
+    // Equal sizes put both terminators at one place, so the bytes before them
+    // decide: the count std::string compares for the same text.
     bool operator==(const Chaine& other) const {
         if (m_pText == other.m_pText) {
             return true;
         }
         const std::uint32_t size = Buffer()->Size;
-        return size == other.Buffer()->Size && std::memcmp(m_pText, other.m_pText, size) == 0;
+        return size == other.Buffer()->Size && std::memcmp(m_pText, other.m_pText, size - 1) == 0;
     }
     bool operator==(const char* text) const;
     // Equality that makes equal texts share one block: when equal with
