@@ -78,8 +78,13 @@ inline void ReleaseBuffer(ChaineBuffer* buffer) {
         FreeBuffer(buffer);
     }
 }
+// A fresh block of at least `capacity` payload bytes, with RefCount 1 and
+// Size `size`.
+ChaineBuffer* AllocateBuffer(std::uint32_t capacity, std::uint32_t size);
 // A fresh block of `size` with RefCount 1 and Size `size`.
-ChaineBuffer* NewBuffer(std::uint32_t size);
+inline ChaineBuffer* NewBuffer(std::uint32_t size) {
+    return AllocateBuffer(size, size);
+}
 
 // The capacity GrowBuffer and DiscardBuffer ask for when a block must move.
 std::uint32_t GrowthRequest(std::uint32_t oldCapacity, std::uint32_t n);
