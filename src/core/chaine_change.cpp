@@ -2,7 +2,6 @@
 // the buffer the value's own first.
 #include <algorithm>
 #include <cstring>
-#include <vector>
 
 #include "nvk/core/case_tables.h"
 #include "nvk/core/chaine.h"
@@ -101,6 +100,32 @@ private:
     Chaine m_Copy;
 };
 
+// A copy of the few bytes that lie between the hits of a replacement, without
+// the call that memcpy costs: two moves of a fixed size that overlap.
+void CopyFew(char* to, const char* from, int n) {
+    if (n >= 8 && n <= 16) {
+        std::uint64_t head;
+        std::uint64_t tail;
+        std::memcpy(&head, from, 8);
+        std::memcpy(&tail, from + n - 8, 8);
+        std::memcpy(to, &head, 8);
+        std::memcpy(to + n - 8, &tail, 8);
+    } else if (n >= 4 && n < 8) {
+        std::uint32_t head;
+        std::uint32_t tail;
+        std::memcpy(&head, from, 4);
+        std::memcpy(&tail, from + n - 4, 4);
+        std::memcpy(to, &head, 4);
+        std::memcpy(to + n - 4, &tail, 4);
+    } else if (n > 0 && n < 4) {
+        to[0] = from[0];
+        to[n / 2] = from[n / 2];
+        to[n - 1] = from[n - 1];
+    } else if (n > 16) {
+        std::memcpy(to, from, static_cast<std::size_t>(n));
+    }
+}
+
 bool IsAlnum(char c) {
     return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
 }
@@ -140,29 +165,43 @@ int Chaine::Replace(const char* old, const char* with, bool noCase, int start) {
     const StableText to(with, *this);
     const int oldLength = from.Length();
     const int newLength = to.Length();
-    int hit = Find(from.Get(), noCase, start);
+    int hit = FindBytes(from.Get(), oldLength, noCase, start);
     if (hit < 0) {
         return 0;
     }
     if (oldLength == newLength) {
         Take(nvk::MakeUnique(Buffer()));
-        for (; hit >= 0; hit = Find(from.Get(), noCase, hit + 1)) {
+        for (; hit >= 0; hit = FindBytes(from.Get(), oldLength, noCase, hit + 1)) {
             std::memcpy(m_pText + hit, to.Get(), static_cast<std::size_t>(newLength));
         }
         return 0;
     }
-    std::vector<int> hits;
-    for (; hit >= 0; hit = Find(from.Get(), noCase, hit + oldLength)) {
-        hits.push_back(hit);
-    }
+    // The next hit from `pos` on: with case, searched inline.
     const int length = Length();
+    const auto next = [&](int pos) {
+        return noCase || oldLength < 2
+                   ? FindBytes(from.Get(), oldLength, noCase, pos)
+                   : nvk::SearchBytes(m_pText, length, from.Get(), oldLength, pos);
+    };
+    // The places of the first kHeld hits are kept on the stack; later ones,
+    // rare, are found again while the result is written.
+    constexpr int kHeld = 256;
+    int held[kHeld];
+    int count = 0;
+    for (; hit >= 0; hit = next(hit + oldLength)) {
+        if (count < kHeld) {
+            held[count] = hit;
+        }
+        ++count;
+    }
     Chaine result;
-    char* out = result.SetLength(length + static_cast<int>(hits.size()) * (newLength - oldLength));
+    char* out = result.SetLength(length + count * (newLength - oldLength));
     int last = 0;
-    for (const int at : hits) {
-        std::memcpy(out, m_pText + last, static_cast<std::size_t>(at - last));
+    for (int k = 0; k < count; ++k) {
+        const int at = k < kHeld ? held[k] : next(last);
+        CopyFew(out, m_pText + last, at - last);
         out += at - last;
-        std::memcpy(out, to.Get(), static_cast<std::size_t>(newLength));
+        CopyFew(out, to.Get(), newLength);
         out += newLength;
         last = at + oldLength;
     }

@@ -64,6 +64,22 @@ TEST(ChaineChange, ReplaceAndRemove) {
     Chaine self("abab");
     self.Replace(self.c_str() + 2, "c");  // an argument read from our own text
     EXPECT_STREQ(self, "cc");
+    // More hits than are held at once, some from a start within the text.
+    std::string many;
+    for (int i = 0; i < 700; ++i) {
+        many += i % 3 == 0 ? "<ab>" : "ab";
+    }
+    for (const int start : {0, 5}) {
+        Chaine manyChaine(many.c_str());
+        manyChaine.Replace("ab", "xyz", false, start);
+        std::string expected = many.substr(0, static_cast<std::size_t>(start));
+        for (std::size_t i = static_cast<std::size_t>(start); i < many.size();) {
+            const bool hit = many.compare(i, 2, "ab") == 0;
+            expected += hit ? "xyz" : many.substr(i, 1);
+            i += hit ? 2 : 1;
+        }
+        EXPECT_EQ(std::string(manyChaine), expected);
+    }
 
     Chaine first("a.b.c");
     EXPECT_EQ(first.ReplaceFirst(".", "::", false, 2), 3);

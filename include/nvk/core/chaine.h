@@ -30,7 +30,7 @@ inline int SearchBytes(const char* text, int length, const char* needle, int n, 
             return -1;
         }
         if (at[n - 1] == needle[n - 1] &&
-            std::memcmp(at + 1, needle + 1, static_cast<std::size_t>(n - 2)) == 0) {
+            (n == 2 || std::memcmp(at + 1, needle + 1, static_cast<std::size_t>(n - 2)) == 0)) {
             return static_cast<int>(at - text);
         }
         i = static_cast<int>(at - text) + 1;
