@@ -16,10 +16,6 @@ ChaineBuffer* CopyOf(ChaineBuffer* buffer) {
     return copy;
 }
 
-bool FitsInPlace(const ChaineBuffer* buffer, std::uint32_t n) {
-    return buffer->Count() == 1 && n < buffer->Capacity;
-}
-
 }  // namespace
 
 std::uint32_t GrowthRequest(std::uint32_t oldCapacity, std::uint32_t n) {
@@ -40,11 +36,7 @@ ChaineBuffer* TrimToFit(ChaineBuffer* buffer) {
     return CopyOf(buffer);
 }
 
-ChaineBuffer* DiscardBuffer(ChaineBuffer* buffer, std::uint32_t n) {
-    if (FitsInPlace(buffer, n)) {
-        buffer->Size = n;
-        return buffer;
-    }
+ChaineBuffer* DiscardToNew(ChaineBuffer* buffer, std::uint32_t n) {
     // The new block comes before the old reference goes, unlike the growth
     // rule's release-then-allocate: when the allocation throws, the caller
     // still holds the block it gave, and a later release can't free a block
@@ -54,11 +46,7 @@ ChaineBuffer* DiscardBuffer(ChaineBuffer* buffer, std::uint32_t n) {
     return fresh;
 }
 
-ChaineBuffer* GrowBuffer(ChaineBuffer* buffer, std::uint32_t n) {
-    if (FitsInPlace(buffer, n)) {
-        buffer->Size = n;
-        return buffer;
-    }
+ChaineBuffer* GrowToNew(ChaineBuffer* buffer, std::uint32_t n) {
     ChaineBuffer* grown = AllocateBuffer(GrowthRequest(buffer->Capacity, n), n);
     std::memcpy(grown->Text(), buffer->Text(), std::min(buffer->Size, n));
     ReleaseBuffer(buffer);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "core/copy_bytes.h"
 #include "nvk/core/case_tables.h"
 #include "nvk/core/chaine.h"
 
@@ -100,32 +101,6 @@ private:
     Chaine m_Copy;
 };
 
-// A copy of the few bytes that lie between the hits of a replacement, without
-// the call that memcpy costs: two moves of a fixed size that overlap.
-void CopyFew(char* to, const char* from, int n) {
-    if (n >= 8 && n <= 16) {
-        std::uint64_t head;
-        std::uint64_t tail;
-        std::memcpy(&head, from, 8);
-        std::memcpy(&tail, from + n - 8, 8);
-        std::memcpy(to, &head, 8);
-        std::memcpy(to + n - 8, &tail, 8);
-    } else if (n >= 4 && n < 8) {
-        std::uint32_t head;
-        std::uint32_t tail;
-        std::memcpy(&head, from, 4);
-        std::memcpy(&tail, from + n - 4, 4);
-        std::memcpy(to, &head, 4);
-        std::memcpy(to + n - 4, &tail, 4);
-    } else if (n > 0 && n < 4) {
-        to[0] = from[0];
-        to[n / 2] = from[n / 2];
-        to[n - 1] = from[n - 1];
-    } else if (n > 16) {
-        std::memcpy(to, from, static_cast<std::size_t>(n));
-    }
-}
-
 bool IsAlnum(char c) {
     return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
 }
@@ -199,9 +174,9 @@ int Chaine::Replace(const char* old, const char* with, bool noCase, int start) {
     int last = 0;
     for (int k = 0; k < count; ++k) {
         const int at = k < kHeld ? held[k] : next(last);
-        CopyFew(out, m_pText + last, at - last);
+        nvk::CopyBytes(out, m_pText + last, static_cast<std::size_t>(at - last));
         out += at - last;
-        CopyFew(out, to.Get(), newLength);
+        nvk::CopyBytes(out, to.Get(), static_cast<std::size_t>(newLength));
         out += newLength;
         last = at + oldLength;
     }

@@ -36,10 +36,30 @@ namespace nvk {
 ChaineBuffer* MakeUnique(ChaineBuffer* buffer);
 // Always a fresh block of exactly Size, giving back an oversized one.
 ChaineBuffer* TrimToFit(ChaineBuffer* buffer);
-// Size becomes n; the text isn't kept.
-ChaineBuffer* DiscardBuffer(ChaineBuffer* buffer, std::uint32_t n);
+// A block the holder may resize in place: its own, with room for n bytes
+// below its Capacity.
+inline bool FitsInPlace(const ChaineBuffer* buffer, std::uint32_t n) {
+    return buffer->Count() == 1 && n < buffer->Capacity;
+}
+// DiscardBuffer and GrowBuffer for a block that doesn't fit in place.
+ChaineBuffer* DiscardToNew(ChaineBuffer* buffer, std::uint32_t n);
+ChaineBuffer* GrowToNew(ChaineBuffer* buffer, std::uint32_t n);
+// Size becomes n; the text isn't kept. Inline up to the move to a new block.
+inline ChaineBuffer* DiscardBuffer(ChaineBuffer* buffer, std::uint32_t n) {
+    if (FitsInPlace(buffer, n)) {
+        buffer->Size = n;
+        return buffer;
+    }
+    return DiscardToNew(buffer, n);
+}
 // Size becomes n, keeping as much of the text as fits.
-ChaineBuffer* GrowBuffer(ChaineBuffer* buffer, std::uint32_t n);
+inline ChaineBuffer* GrowBuffer(ChaineBuffer* buffer, std::uint32_t n) {
+    if (FitsInPlace(buffer, n)) {
+        buffer->Size = n;
+        return buffer;
+    }
+    return GrowToNew(buffer, n);
+}
 // A copy in a heap block (odd Capacity).
 ChaineBuffer* ToHeap(ChaineBuffer* buffer);
 
