@@ -171,6 +171,29 @@ TEST(ChaineSplit, QuotedSimpleLinesAndFirst) {
     EXPECT_STREQ(right, "kept");
 }
 
+// SplitSimple writes into the elements the array already has: what others
+// hold of them must stay as it was, and so must the value split when it is
+// one of those elements.
+TEST(ChaineSplit, SimpleSplitsIntoElementsOthersStillHold) {
+    PTableau<Chaine> out;
+    Chaine("alpha,beta,gamma,delta").SplitSimple(out, ',');
+    const PTableau<Chaine> copy(out);  // shares the body
+    const Chaine held(out[1]);         // shares an element's buffer
+    Chaine("1,,3").SplitSimple(out, ',');
+    EXPECT_EQ(Fields(out), (Strings{"1", "", "3"}));
+    EXPECT_TRUE(out[1].IsEmpty());
+    EXPECT_EQ(Fields(copy), (Strings{"alpha", "beta", "gamma", "delta"}));
+    EXPECT_STREQ(held, "beta");
+    Chaine("a,b,c,d,e,f").SplitSimple(out, ',');
+    EXPECT_EQ(Fields(out), (Strings{"a", "b", "c", "d", "e", "f"}));
+
+    out[2] = "x;yy;zzz";
+    const Chaine third = out[2];
+    out[2].SplitSimple(out, ';');
+    EXPECT_EQ(Fields(out), (Strings{"x", "yy", "zzz"}));
+    EXPECT_STREQ(third, "x;yy;zzz");
+}
+
 TEST(ChaineSplit, JoinWithAndWithoutSeparator) {
     PTableau<Chaine> parts;
     parts.Add(Chaine("a"));
