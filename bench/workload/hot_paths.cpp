@@ -167,11 +167,16 @@ void SplitString(int n) {
 }
 
 // The INI sample: 1 MB, a tenth of the timed benchmark's, which callgrind
-// goes through in seconds.
+// goes through in seconds. Made by the warm-up run, outside the count.
 constexpr std::size_t kIniSize = 1u << 20;
 
+const std::string& IniSample() {
+    static const std::string sample = nvk::bench::IniSample(kIniSize);
+    return sample;
+}
+
 void IniChaine(int n) {
-    const std::string sample = nvk::bench::IniSample(kIniSize);
+    const std::string& sample = IniSample();
     const Chaine text(sample.data(), static_cast<int>(sample.size()));
     for (int i = 0; i < n; ++i) {
         EIniFile ini;
@@ -183,7 +188,7 @@ void IniChaine(int n) {
 
 #ifdef NVK_HAVE_INIH
 void IniInih(int n) {
-    const std::string sample = nvk::bench::IniSample(kIniSize);
+    const std::string& sample = IniSample();
     for (int i = 0; i < n; ++i) {
         nvk::bench::IniSections sections;
         ini_parse_string(sample.c_str(), nvk::bench::IniSections::Handle, &sections);
