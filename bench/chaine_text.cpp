@@ -9,19 +9,11 @@
 #include "nvk/core/chaine.h"
 #include "nvk/core/tableau.h"
 #include "ratio.h"
+#include "text_samples.h"
 
 namespace {
 
-// Fields of words separated by ';', "key" near the end.
-std::string Record(int length) {
-    std::string text;
-    for (int i = 0; static_cast<int>(text.size()) < length; ++i) {
-        text += "field" + std::to_string(i) + ";ab;";
-    }
-    text.resize(static_cast<std::size_t>(length));
-    text.replace(text.size() - 8, 3, "key");
-    return text;
-}
+using nvk::bench::Record;
 
 void FindChaine(benchmark::State& state) {
     const Chaine text(Record(static_cast<int>(state.range(0))).c_str());
@@ -49,13 +41,7 @@ void ReplaceChaine(benchmark::State& state) {
 void ReplaceString(benchmark::State& state) {
     const std::string text = Record(static_cast<int>(state.range(0)));
     for (auto _ : state) {
-        std::string result;
-        std::size_t last = 0;
-        for (std::size_t hit; (hit = text.find("ab", last)) != std::string::npos; last = hit + 2) {
-            result.append(text, last, hit - last);
-            result += "xyz";
-        }
-        result.append(text, last);
+        std::string result = nvk::bench::ReplaceAll(text);
         benchmark::DoNotOptimize(result);
     }
 }
@@ -73,12 +59,7 @@ void SplitString(benchmark::State& state) {
     const std::string text = Record(static_cast<int>(state.range(0)));
     std::vector<std::string> fields;
     for (auto _ : state) {
-        fields.clear();
-        std::size_t start = 0;
-        for (std::size_t hit; (hit = text.find(';', start)) != std::string::npos; start = hit + 1) {
-            fields.emplace_back(text, start, hit - start);
-        }
-        fields.emplace_back(text, start);
+        nvk::bench::SplitFields(text, fields);
         benchmark::DoNotOptimize(fields);
     }
 }

@@ -16,6 +16,7 @@
 #include "os/api/process.h"
 #include "os/api/sync.h"
 #include "ratio.h"
+#include "text_samples.h"
 
 #ifdef NVK_HAVE_INIH
 #include <ini.h>
@@ -25,25 +26,8 @@ namespace {
 
 constexpr std::size_t kSampleSize = 10u << 20;
 
-// Sections of a comment and 40 named lines, up to 10 MB.
 const std::string& Sample() {
-    static const std::string text = [] {
-        std::string out;
-        out.reserve(kSampleSize + 4096);
-        char line[128];
-        for (int section = 0; out.size() < kSampleSize; ++section) {
-            std::snprintf(line, sizeof line, "[Section%05d]\r\n; settings of group %d\r\n", section,
-                          section % 97);
-            out += line;
-            for (int key = 0; key < 40; ++key) {
-                std::snprintf(line, sizeof line, "Key%02d=Value %d.%d, with some words\r\n", key,
-                              section, key);
-                out += line;
-            }
-            out += "\r\n";
-        }
-        return out;
-    }();
+    static const std::string text = nvk::bench::IniSample(kSampleSize);
     return text;
 }
 
@@ -88,65 +72,20 @@ void RewriteOurs(benchmark::State& state) {
 }
 
 #ifdef NVK_HAVE_INIH
-// What inih reports, kept as EIniFile keeps it: values by name, and the
-// order of sections and names.
-struct Sections {
-    struct Section {
-        std::map<std::string, std::string> values;
-        std::vector<std::string> order;
-    };
-    std::map<std::string, Section> byName;
-    std::vector<std::string> order;
-    Section* last = nullptr;
-    std::string lastName;
-
-    static int Handle(void* user, const char* section, const char* name, const char* value) {
-        auto* self = static_cast<Sections*>(user);
-        if (self->last == nullptr || self->lastName != section) {
-            auto [it, added] = self->byName.try_emplace(section);
-            if (added) {
-                self->order.emplace_back(section);
-            }
-            self->last = &it->second;
-            self->lastName = section;
-        }
-        auto [it, added] = self->last->values.insert_or_assign(name, value);
-        if (added) {
-            self->last->order.emplace_back(name);
-        }
-        return 1;
-    }
-
-    std::string Text() const {
-        std::string out;
-        for (std::size_t i = 0; i < order.size(); ++i) {
-            out += i == 0 ? "[" : "\r\n[";
-            out += order[i];
-            out += "]\r\n";
-            const Section& section = byName.at(order[i]);
-            for (const std::string& name : section.order) {
-                out += name;
-                out += '=';
-                out += section.values.at(name);
-                out += "\r\n";
-            }
-        }
-        return out;
-    }
-};
+using nvk::bench::IniSections;
 
 void ParseInih(benchmark::State& state) {
     Timed(state, [] {
-        Sections sections;
-        ini_parse_string(Sample().c_str(), Sections::Handle, &sections);
+        IniSections sections;
+        ini_parse_string(Sample().c_str(), IniSections::Handle, &sections);
         benchmark::DoNotOptimize(sections.order.size());
     });
 }
 
 void RewriteInih(benchmark::State& state) {
     Timed(state, [] {
-        Sections sections;
-        ini_parse_string(Sample().c_str(), Sections::Handle, &sections);
+        IniSections sections;
+        ini_parse_string(Sample().c_str(), IniSections::Handle, &sections);
         benchmark::DoNotOptimize(sections.Text().size());
     });
 }

@@ -1,17 +1,26 @@
-// A fixed workload of the string's and the block storage's hot paths, each
-// case beside the same work done by its peer (std::string, malloc), for an
+// A fixed workload of the string's, the block storage's and the INI file's hot
+// paths, each case beside the same work done by its peer (std::string,
+// malloc, inih), for an
 // instruction counter: scripts/bench.sh --callgrind counts what Measured runs,
 // which, unlike a timing, doesn't move with the machine's load.
 //
 //   hot_paths_workload list       one line a case: "<case> | <subject>"
-//   hot_paths_workload <n>        runs case n kIterations times in Measured
+//   hot_paths_workload <n>        runs case n's iterations in Measured
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
 #include <vector>
 
+#include "nvk/config/ini_file.h"
 #include "nvk/core/block_storage.h"
 #include "nvk/core/chaine.h"
+#include "nvk/core/tableau.h"
+#include "text_samples.h"
+
+#ifdef NVK_HAVE_INIH
+#include <ini.h>
+#endif
 
 namespace {
 
@@ -100,10 +109,100 @@ void Malloc(int n) {
     }
 }
 
+template <int Length>
+void FindChaine(int n) {
+    const Chaine text(nvk::bench::Record(Length).c_str());
+    for (int i = 0; i < n; ++i) {
+        int hit = text.Find("key");
+        Escape(hit);
+    }
+}
+
+template <int Length>
+void FindString(int n) {
+    const std::string text = nvk::bench::Record(Length);
+    for (int i = 0; i < n; ++i) {
+        std::size_t hit = text.find("key");
+        Escape(hit);
+    }
+}
+
+template <int Length>
+void ReplaceChaine(int n) {
+    const Chaine text(nvk::bench::Record(Length).c_str());
+    for (int i = 0; i < n; ++i) {
+        Chaine copy(text);
+        copy.Replace("ab", "xyz");
+        Escape(copy);
+    }
+}
+
+template <int Length>
+void ReplaceString(int n) {
+    const std::string text = nvk::bench::Record(Length);
+    for (int i = 0; i < n; ++i) {
+        std::string result = nvk::bench::ReplaceAll(text);
+        Escape(result);
+    }
+}
+
+template <int Length>
+void SplitChaine(int n) {
+    const Chaine text(nvk::bench::Record(Length).c_str());
+    PTableau<Chaine> fields;
+    for (int i = 0; i < n; ++i) {
+        text.SplitSimple(fields, ';');
+        Escape(fields);
+    }
+}
+
+template <int Length>
+void SplitString(int n) {
+    const std::string text = nvk::bench::Record(Length);
+    std::vector<std::string> fields;
+    for (int i = 0; i < n; ++i) {
+        nvk::bench::SplitFields(text, fields);
+        Escape(fields);
+    }
+}
+
+// The INI sample: 1 MB, a tenth of the timed benchmark's, which callgrind
+// goes through in seconds. Made by the warm-up run, outside the count.
+constexpr std::size_t kIniSize = 1u << 20;
+
+const std::string& IniSample() {
+    static const std::string sample = nvk::bench::IniSample(kIniSize);
+    return sample;
+}
+
+void IniChaine(int n) {
+    const std::string& sample = IniSample();
+    const Chaine text(sample.data(), static_cast<int>(sample.size()));
+    for (int i = 0; i < n; ++i) {
+        EIniFile ini;
+        ini.ReadInData(text);
+        Chaine rewritten = ini.AsChaine();
+        Escape(rewritten);
+    }
+}
+
+#ifdef NVK_HAVE_INIH
+void IniInih(int n) {
+    const std::string& sample = IniSample();
+    for (int i = 0; i < n; ++i) {
+        nvk::bench::IniSections sections;
+        ini_parse_string(sample.c_str(), nvk::bench::IniSections::Handle, &sections);
+        std::string rewritten = sections.Text();
+        Escape(rewritten);
+    }
+}
+#endif
+
 struct Case {
     std::string Name;
     void (*Body)(int);
     int OperationsPerIteration;
+    int Iterations = kIterations;
 };
 
 template <template <class, int> class Body>
@@ -144,6 +243,24 @@ std::vector<Case> Cases() {
     addBlocks(16, Pool<16>, Malloc<16>);
     addBlocks(32, Pool<32>, Malloc<32>);
     addBlocks(64, Pool<64>, Malloc<64>);
+    const auto addText = [&](const char* name, int length, void (*ours)(int), void (*peer)(int)) {
+        const std::string base = std::string(name) + " " + std::to_string(length) + " bytes | ";
+        cases.push_back({base + "Chaine", ours, 1, kIterations / 10});
+        cases.push_back({base + "std::string", peer, 1, kIterations / 10});
+    };
+    addText("Find", 64, FindChaine<64>, FindString<64>);
+    addText("Find", 1000, FindChaine<1000>, FindString<1000>);
+    addText("Replace", 64, ReplaceChaine<64>, ReplaceString<64>);
+    addText("Replace", 1000, ReplaceChaine<1000>, ReplaceString<1000>);
+    addText("Split", 64, SplitChaine<64>, SplitString<64>);
+    addText("Split", 1000, SplitChaine<1000>, SplitString<1000>);
+#ifdef NVK_HAVE_INIH
+    // Instructions per byte of the sample.
+    cases.push_back(
+        {"parse and rewrite 1 MB (per byte) | EIniFile", IniChaine, static_cast<int>(kIniSize), 1});
+    cases.push_back(
+        {"parse and rewrite 1 MB (per byte) | inih", IniInih, static_cast<int>(kIniSize), 1});
+#endif
     return cases;
 }
 
@@ -170,8 +287,8 @@ int main(int argc, char** argv) {
     const Case& c = cases[static_cast<std::size_t>(index)];
     // Warmed up outside the count: the storage's first pages, the allocator's
     // first chunks.
-    c.Body(kIterations / 10);
-    Measured(c.Body, kIterations);
-    std::printf("%d\n", kIterations * c.OperationsPerIteration);
+    c.Body(std::max(c.Iterations / 10, 1));
+    Measured(c.Body, c.Iterations);
+    std::printf("%lld\n", static_cast<long long>(c.Iterations) * c.OperationsPerIteration);
     return 0;
 }

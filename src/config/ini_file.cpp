@@ -121,30 +121,35 @@ void EIniFile::ReadInData(const Chaine& text) {
 }
 
 Chaine EIniFile::AsChaine() const {
-    nvk::IniText text;
-    text.Add(m_Preamble);
-    // A section goes out once, at the first place the order names it; the
-    // sections outside the order follow in the dictionary's order.
-    std::vector<bool> written(static_cast<std::size_t>(m_Sections.Count()));
-    for (int i = 0; i < m_SectionOrder.Size(); ++i) {
-        const Chaine& name = m_SectionOrder[i];
-        text.Add(i > 0 ? "\r\n[" : "[", i > 0 ? 3 : 1);
-        text.Add(name);
-        text.Add("]\r\n", 3);
-        const int index = m_Sections.Find(name);
-        if (index != -1 && !written[static_cast<std::size_t>(index)]) {
-            written[static_cast<std::size_t>(index)] = true;
-            m_Sections.GetValue(index).AppendTo(text);
-        }
-    }
-    for (int index = 0; index < m_Sections.Count(); ++index) {
-        if (!written[static_cast<std::size_t>(index)]) {
-            text.Add("\r\n[", 3);
-            text.Add(m_Sections.GetKey(index));
+    const auto write = [this](nvk::IniText& text) {
+        text.Add(m_Preamble);
+        // A section goes out once, at the first place the order names it; the
+        // sections outside the order follow in the dictionary's order.
+        std::vector<bool> written(static_cast<std::size_t>(m_Sections.Count()));
+        for (int i = 0; i < m_SectionOrder.Size(); ++i) {
+            const Chaine& name = m_SectionOrder[i];
+            text.Add(i > 0 ? "\r\n[" : "[", i > 0 ? 3 : 1);
+            text.Add(name);
             text.Add("]\r\n", 3);
-            m_Sections.GetValue(index).AppendTo(text);
+            const int index = m_Sections.Find(name);
+            if (index != -1 && !written[static_cast<std::size_t>(index)]) {
+                written[static_cast<std::size_t>(index)] = true;
+                m_Sections.GetValue(index).AppendTo(text);
+            }
         }
-    }
+        for (int index = 0; index < m_Sections.Count(); ++index) {
+            if (!written[static_cast<std::size_t>(index)]) {
+                text.Add("\r\n[", 3);
+                text.Add(m_Sections.GetKey(index));
+                text.Add("]\r\n", 3);
+                m_Sections.GetValue(index).AppendTo(text);
+            }
+        }
+    };
+    nvk::IniText size = nvk::IniText::Counter();
+    write(size);
+    nvk::IniText text(size.Used());
+    write(text);
     return text.Finish();
 }
 

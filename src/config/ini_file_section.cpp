@@ -112,10 +112,20 @@ void EIniFile::SectionDesc::AppendTo(nvk::IniText& text) const {
         text.Add(';');
         text.AddLine(m_Comments[i]);
     }
-    for (int i = 0; i < m_LineOrder.Size(); ++i) {
-        text.Add(m_LineOrder[i]);
-        text.Add('=');
-        text.AddLine(GetLine(static_cast<unsigned int>(i)));
+    if (text.Counting()) {
+        // The dictionary holds the lines the order names, and is read without
+        // a search per line.
+        for (int i = 0; i < m_NamedLines.Count(); ++i) {
+            text.Add(m_NamedLines.GetKey(i));
+            text.Add('=');
+            text.AddLine(m_NamedLines.GetValue(i));
+        }
+    } else {
+        for (int i = 0; i < m_LineOrder.Size(); ++i) {
+            text.Add(m_LineOrder[i]);
+            text.Add('=');
+            text.AddLine(GetLine(static_cast<unsigned int>(i)));
+        }
     }
     for (int i = 0; i < m_UnNamedLines.Size(); ++i) {
         text.AddLine(m_UnNamedLines[i]);

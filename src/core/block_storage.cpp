@@ -22,6 +22,7 @@ namespace {
 using namespace nvk::os;
 
 constexpr std::uint32_t kHeader = sizeof(ChaineBuffer);
+constexpr std::uint32_t kHeapClasses = ThreadCache::kHeapClasses;
 // Blocks moved between a thread's cache and the shared list at once: one lock
 // for this many allocations.
 constexpr std::uint32_t kBatch = ThreadCache::kCacheBlocks / 2;
@@ -66,6 +67,59 @@ void SetNext(ChaineBuffer* block, ChaineBuffer* next) {
     const auto high = static_cast<std::uint32_t>(link >> 32);
     block->Size = static_cast<std::uint32_t>(link);
     std::memcpy(block->Text(), &high, sizeof high);
+}
+
+// A kept heap block links to the next of its class through its first payload
+// bytes, of which every class has more than a pointer's worth.
+ChaineBuffer* HeapNextOf(const ChaineBuffer* block) {
+    ChaineBuffer* next;
+    std::memcpy(&next, block->Text(), sizeof next);
+    return next;
+}
+
+void SetHeapNext(ChaineBuffer* block, ChaineBuffer* next) {
+    std::memcpy(block->Text(), &next, sizeof next);
+}
+
+// The class of a heap block of `capacity` payload bytes: its bytes, header
+// included, rounded up to kHeapStep, less one step. kHeapClasses and above are
+// made and given back one by one.
+std::uint32_t HeapClass(std::uint32_t capacity) {
+    return (capacity + kHeader - 1) / ThreadCache::kHeapStep;
+}
+
+// A kept heap block of `capacity`'s class, null when there is none.
+[[gnu::always_inline]] inline ChaineBuffer* TakeHeapBlock(ThreadCache& cache,
+                                                          std::uint32_t capacity) {
+    const std::uint32_t heapClass = HeapClass(capacity);
+    if (heapClass >= kHeapClasses || cache.HeapHead[heapClass] == nullptr) {
+        return nullptr;
+    }
+    ChaineBuffer* block = cache.HeapHead[heapClass];
+    cache.HeapHead[heapClass] = HeapNextOf(block);
+    --cache.HeapCount[heapClass];
+    block->Capacity = capacity;
+    return block;
+}
+
+// Keeps a heap block of any thread or module, when its class has room: every
+// copy of the frame makes them the size of their class. Only a cache whose end
+// is registered keeps blocks; `mayRegister` registers it if need be.
+[[gnu::always_inline]] inline bool KeepHeapBlock(ThreadCache& cache, ChaineBuffer* block,
+                                                 bool mayRegister) {
+    const std::uint32_t heapClass = HeapClass(block->Capacity);
+    if (heapClass >= kHeapClasses || cache.HeapCount[heapClass] >= ThreadCache::kHeapBlocks) {
+        return false;
+    }
+    if (mayRegister
+            ? !cache.Usable()
+            : !cache.Registered || cache.Ended || g_ModuleEnding.load(std::memory_order_relaxed)) {
+        return false;
+    }
+    SetHeapNext(block, cache.HeapHead[heapClass]);
+    cache.HeapHead[heapClass] = block;
+    ++cache.HeapCount[heapClass];
+    return true;
 }
 
 void FreePages(PageRecord* page) {
@@ -179,6 +233,21 @@ ChaineBuffer* FBlockStorage::TakeShared(ChaineBuffer* last) {
     return first;
 }
 
+bool ThreadCache::Usable() {
+    if (g_ModuleEnding.load(std::memory_order_relaxed) || Ended) {
+        return false;
+    }
+    if (!Registered) {
+        // While the end is pending the runtime keeps this module loaded, so
+        // the cache never outlives its code.
+        if (__cxxabiv1::__cxa_thread_atexit(ThreadEnds, this, &__dso_handle) != 0) {
+            return false;
+        }
+        Registered = true;
+    }
+    return true;
+}
+
 ThreadCache* FBlockStorage::CacheOf() {
     if (g_ModuleEnding.load(std::memory_order_relaxed)) {
         return nullptr;
@@ -190,16 +259,8 @@ ThreadCache* FBlockStorage::CacheOf() {
     }
     // A cache whose thread is ending serves no storage again: it would keep
     // its blocks, and its storage's list would keep it.
-    if (owner != nullptr || cache.Ended) {
+    if (owner != nullptr || !cache.Usable()) {
         return nullptr;
-    }
-    if (!cache.Registered) {
-        // While the end is pending the runtime keeps this module loaded, so
-        // the cache never outlives its code.
-        if (__cxxabiv1::__cxa_thread_atexit(ThreadCache::ThreadEnds, &cache, &__dso_handle) != 0) {
-            return nullptr;
-        }
-        cache.Registered = true;
     }
     // Blocks left from a storage that has ended went with its pages.
     cache.Head = nullptr;
@@ -257,6 +318,13 @@ void FBlockStorage::Forget(ThreadCache& cache) {
 void ThreadCache::ThreadEnds(void* ending) {
     auto& cache = *static_cast<ThreadCache*>(ending);
     cache.Ended = true;
+    for (std::uint32_t i = 0; i < kHeapClasses; ++i) {
+        while (ChaineBuffer* block = cache.HeapHead[i]) {
+            cache.HeapHead[i] = HeapNextOf(block);
+            delete[] reinterpret_cast<char*>(block);
+        }
+        cache.HeapCount[i] = 0;
+    }
     if (cache.Owner.load(std::memory_order_acquire) == nullptr) {
         return;
     }
@@ -269,21 +337,48 @@ void ThreadCache::ThreadEnds(void* ending) {
     }
 }
 
-ChaineBuffer* FBlockStorage::PoolAlloc(std::uint32_t size) {
-    if (size > m_BlockSize) {
-        return HeapAlloc(size);
-    }
+// The fast paths: a pop from or a push to the thread's cache, with no call
+// and no lock. Whatever they can't do, the slow paths do.
+
+inline ChaineBuffer* FBlockStorage::FromCache(std::uint32_t size) {
     ThreadCache& cache = t_Cache;
-    if (cache.Owner.load(std::memory_order_acquire) == this && cache.Head != nullptr) {
+    if (size <= m_BlockSize) [[likely]] {
         ChaineBuffer* block = cache.Head;
+        if (cache.Owner.load(std::memory_order_acquire) != this || block == nullptr) {
+            return nullptr;
+        }
         cache.Head = NextOf(block);
         --cache.Count;
         return block;
     }
-    return PoolAllocSlow();
+    return TakeHeapBlock(cache, size | 1u);
 }
 
-[[gnu::noinline]] ChaineBuffer* FBlockStorage::PoolAllocSlow() {
+inline bool FBlockStorage::ToCache(ChaineBuffer* block) {
+    ThreadCache& cache = t_Cache;
+    if (!block->IsHeapBlock()) [[likely]] {
+        if (cache.Owner.load(std::memory_order_acquire) != this ||
+            cache.Count >= ThreadCache::kCacheBlocks) {
+            return false;
+        }
+        block->RefCount = 0;
+        SetNext(block, cache.Head);
+        cache.Head = block;
+        ++cache.Count;
+        return true;
+    }
+    return KeepHeapBlock(cache, block, false);
+}
+
+ChaineBuffer* FBlockStorage::PoolAlloc(std::uint32_t size) {
+    ChaineBuffer* block = FromCache(size);
+    return block != nullptr ? block : PoolAllocSlow(size);
+}
+
+[[gnu::noinline]] ChaineBuffer* FBlockStorage::PoolAllocSlow(std::uint32_t size) {
+    if (size > m_BlockSize) {
+        return HeapAlloc(size);
+    }
     ThreadCache* cache = CacheOf();
     if (cache == nullptr) {
         // The thread's cache serves another storage.
@@ -304,29 +399,31 @@ ChaineBuffer* FBlockStorage::HeapAlloc(std::uint32_t size) {
     if (capacity > 0x7FFFFFF0u) {
         AfxThrowMemoryException();
     }
-    auto* block = reinterpret_cast<ChaineBuffer*>(new char[std::size_t{capacity} + kHeader]);
+    if (ChaineBuffer* kept = TakeHeapBlock(t_Cache, capacity)) {
+        return kept;
+    }
+    const std::uint32_t heapClass = HeapClass(capacity);
+    const std::size_t bytes = heapClass < kHeapClasses
+                                  ? std::size_t{heapClass + 1} * ThreadCache::kHeapStep
+                                  : std::size_t{capacity} + kHeader;
+    auto* block = reinterpret_cast<ChaineBuffer*>(new char[bytes]);
     block->Capacity = capacity;
     return block;
 }
 
-// A block made on another thread or by another module's copy joins this
-// thread's cache: every cache of the storage ends in its shared list.
 void FBlockStorage::PoolFree(ChaineBuffer* block) {
-    ThreadCache& cache = t_Cache;
-    if (!block->IsHeapBlock() && cache.Owner.load(std::memory_order_acquire) == this &&
-        cache.Count < ThreadCache::kCacheBlocks) {
-        block->RefCount = 0;
-        SetNext(block, cache.Head);
-        cache.Head = block;
-        ++cache.Count;
-        return;
+    if (!ToCache(block)) {
+        PoolFreeSlow(block);
     }
-    PoolFreeSlow(block);
 }
 
+// A block made on another thread or by another module's copy joins this
+// thread's cache: every cache of the storage ends in its shared list.
 [[gnu::noinline]] void FBlockStorage::PoolFreeSlow(ChaineBuffer* block) {
     if (block->IsHeapBlock()) {
-        delete[] reinterpret_cast<char*>(block);
+        if (!KeepHeapBlock(t_Cache, block, true)) {
+            delete[] reinterpret_cast<char*>(block);
+        }
         return;
     }
     block->RefCount = 0;
@@ -343,3 +440,47 @@ void FBlockStorage::PoolFree(ChaineBuffer* block) {
     SetNext(block, m_FreeHead);
     m_FreeHead = block;
 }
+
+namespace nvk {
+
+// Here rather than with the other block operations, so that the storage's
+// fast paths inline into them.
+
+// The slow paths apart, and reached by tail calls, so that the fast paths
+// save no registers.
+
+[[gnu::noinline]] ChaineBuffer* AllocateBufferSlow(std::uint32_t capacity, std::uint32_t size) {
+    // Lengths are signed 32-bit numbers.
+    if (size > 0x7FFF0000u) {
+        AfxThrowMemoryException();
+    }
+    ChaineBuffer* buffer = BlockStorage()->PoolAlloc(capacity);
+    buffer->RefCount = 1;
+    buffer->Size = size;
+    return buffer;
+}
+
+ChaineBuffer* AllocateBuffer(std::uint32_t capacity, std::uint32_t size) {
+    FBlockStorage* storage = ProcessSingleton<StorageKind>::Made();
+    if (storage != nullptr && size <= 0x7FFF0000u) [[likely]] {
+        if (ChaineBuffer* buffer = storage->FromCache(capacity)) [[likely]] {
+            buffer->RefCount = 1;
+            buffer->Size = size;
+            return buffer;
+        }
+    }
+    return AllocateBufferSlow(capacity, size);
+}
+
+[[gnu::noinline]] void FreeBufferSlow(ChaineBuffer* buffer) {
+    BlockStorage()->PoolFree(buffer);
+}
+
+void FreeBuffer(ChaineBuffer* buffer) {
+    FBlockStorage* storage = ProcessSingleton<StorageKind>::Made();
+    if (storage == nullptr || !storage->ToCache(buffer)) [[unlikely]] {
+        FreeBufferSlow(buffer);
+    }
+}
+
+}  // namespace nvk

@@ -4,6 +4,7 @@
 #include <cstring>
 #include <new>
 
+#include "core/copy_bytes.h"
 #include "nvk/afx/cstring.h"
 #include "nvk/afx/exceptions.h"
 #include "nvk/context/string_load.h"
@@ -111,7 +112,7 @@ Chaine::Chaine(const char* text) {
     }
     const auto size = static_cast<std::uint32_t>(std::strlen(text) + 1);
     ChaineBuffer* buffer = nvk::NewBuffer(size);
-    std::memcpy(buffer->Text(), text, size);
+    nvk::CopyBytes(buffer->Text(), text, size);
     Take(buffer);
 }
 
@@ -152,7 +153,7 @@ Chaine& Chaine::Assign(const void* bytes, int n) {
     const SourceGuard source(text, *this);
     const auto length = static_cast<std::uint32_t>(std::max(n, 0));
     Take(nvk::DiscardBuffer(Buffer(), length + 1));
-    std::memcpy(m_pText, text, length);
+    nvk::CopyBytes(m_pText, text, length);
     m_pText[length] = '\0';
     return *this;
 }

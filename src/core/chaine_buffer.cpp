@@ -3,25 +3,11 @@
 #include <algorithm>
 #include <cstring>
 
-#include "nvk/afx/exceptions.h"
 #include "nvk/core/block_storage.h"
 
 namespace nvk {
 
 namespace {
-
-// The largest Size a buffer may have: lengths are signed 32-bit numbers.
-constexpr std::uint32_t kMaxSize = 0x7FFF0000;
-
-ChaineBuffer* Allocate(std::uint32_t capacity, std::uint32_t size) {
-    if (size > kMaxSize) {
-        AfxThrowMemoryException();
-    }
-    ChaineBuffer* buffer = BlockStorage()->PoolAlloc(capacity);
-    buffer->RefCount = 1;
-    buffer->Size = size;
-    return buffer;
-}
 
 ChaineBuffer* CopyOf(ChaineBuffer* buffer) {
     ChaineBuffer* copy = NewBuffer(buffer->Size);
@@ -30,19 +16,7 @@ ChaineBuffer* CopyOf(ChaineBuffer* buffer) {
     return copy;
 }
 
-bool FitsInPlace(const ChaineBuffer* buffer, std::uint32_t n) {
-    return buffer->Count() == 1 && n < buffer->Capacity;
-}
-
 }  // namespace
-
-ChaineBuffer* NewBuffer(std::uint32_t size) {
-    return Allocate(size, size);
-}
-
-void FreeBuffer(ChaineBuffer* buffer) {
-    BlockStorage()->PoolFree(buffer);
-}
 
 std::uint32_t GrowthRequest(std::uint32_t oldCapacity, std::uint32_t n) {
     if (n < 256) {
@@ -62,26 +36,18 @@ ChaineBuffer* TrimToFit(ChaineBuffer* buffer) {
     return CopyOf(buffer);
 }
 
-ChaineBuffer* DiscardBuffer(ChaineBuffer* buffer, std::uint32_t n) {
-    if (FitsInPlace(buffer, n)) {
-        buffer->Size = n;
-        return buffer;
-    }
+ChaineBuffer* DiscardToNew(ChaineBuffer* buffer, std::uint32_t n) {
     // The new block comes before the old reference goes, unlike the growth
     // rule's release-then-allocate: when the allocation throws, the caller
     // still holds the block it gave, and a later release can't free a block
     // that another value shares.
-    ChaineBuffer* fresh = Allocate(GrowthRequest(buffer->Capacity, n), n);
+    ChaineBuffer* fresh = AllocateBuffer(GrowthRequest(buffer->Capacity, n), n);
     ReleaseBuffer(buffer);
     return fresh;
 }
 
-ChaineBuffer* GrowBuffer(ChaineBuffer* buffer, std::uint32_t n) {
-    if (FitsInPlace(buffer, n)) {
-        buffer->Size = n;
-        return buffer;
-    }
-    ChaineBuffer* grown = Allocate(GrowthRequest(buffer->Capacity, n), n);
+ChaineBuffer* GrowToNew(ChaineBuffer* buffer, std::uint32_t n) {
+    ChaineBuffer* grown = AllocateBuffer(GrowthRequest(buffer->Capacity, n), n);
     std::memcpy(grown->Text(), buffer->Text(), std::min(buffer->Size, n));
     ReleaseBuffer(buffer);
     return grown;

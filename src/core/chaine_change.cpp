@@ -2,8 +2,8 @@
 // the buffer the value's own first.
 #include <algorithm>
 #include <cstring>
-#include <vector>
 
+#include "core/copy_bytes.h"
 #include "nvk/core/case_tables.h"
 #include "nvk/core/chaine.h"
 
@@ -140,29 +140,43 @@ int Chaine::Replace(const char* old, const char* with, bool noCase, int start) {
     const StableText to(with, *this);
     const int oldLength = from.Length();
     const int newLength = to.Length();
-    int hit = Find(from.Get(), noCase, start);
+    int hit = FindBytes(from.Get(), oldLength, noCase, start);
     if (hit < 0) {
         return 0;
     }
     if (oldLength == newLength) {
         Take(nvk::MakeUnique(Buffer()));
-        for (; hit >= 0; hit = Find(from.Get(), noCase, hit + 1)) {
+        for (; hit >= 0; hit = FindBytes(from.Get(), oldLength, noCase, hit + 1)) {
             std::memcpy(m_pText + hit, to.Get(), static_cast<std::size_t>(newLength));
         }
         return 0;
     }
-    std::vector<int> hits;
-    for (; hit >= 0; hit = Find(from.Get(), noCase, hit + oldLength)) {
-        hits.push_back(hit);
-    }
+    // The next hit from `pos` on: with case, searched inline.
     const int length = Length();
+    const auto next = [&](int pos) {
+        return noCase || oldLength < 2
+                   ? FindBytes(from.Get(), oldLength, noCase, pos)
+                   : nvk::SearchBytes(m_pText, length, from.Get(), oldLength, pos);
+    };
+    // The places of the first kHeld hits are kept on the stack; later ones,
+    // rare, are found again while the result is written.
+    constexpr int kHeld = 256;
+    int held[kHeld];
+    int count = 0;
+    for (; hit >= 0; hit = next(hit + oldLength)) {
+        if (count < kHeld) {
+            held[count] = hit;
+        }
+        ++count;
+    }
     Chaine result;
-    char* out = result.SetLength(length + static_cast<int>(hits.size()) * (newLength - oldLength));
+    char* out = result.SetLength(length + count * (newLength - oldLength));
     int last = 0;
-    for (const int at : hits) {
-        std::memcpy(out, m_pText + last, static_cast<std::size_t>(at - last));
+    for (int k = 0; k < count; ++k) {
+        const int at = k < kHeld ? held[k] : next(last);
+        nvk::CopyBytes(out, m_pText + last, static_cast<std::size_t>(at - last));
         out += at - last;
-        std::memcpy(out, to.Get(), static_cast<std::size_t>(newLength));
+        nvk::CopyBytes(out, to.Get(), static_cast<std::size_t>(newLength));
         out += newLength;
         last = at + oldLength;
     }

@@ -2,7 +2,6 @@
 // out of range finds nothing.
 #include <algorithm>
 #include <cstring>
-#include <string_view>
 
 #include "nvk/core/case_tables.h"
 #include "nvk/core/chaine.h"
@@ -27,20 +26,21 @@ int Chaine::FindChar(char c, bool noCase, int start) const {
     return -1;
 }
 
-int Chaine::Find(const char* text, bool noCase, int start) const {
+int Chaine::FindBytes(const char* text, int n, bool noCase, int start) const {
     const int length = Length();
-    const int n = text == nullptr ? 0 : static_cast<int>(std::strlen(text));
     if (start < 0 || start > length - n) {
         return -1;
     }
-    if (!noCase) {
-        const std::string_view haystack(m_pText, static_cast<std::size_t>(length));
-        const auto hit = haystack.find(std::string_view(text, static_cast<std::size_t>(n)),
-                                       static_cast<std::size_t>(start));
-        return hit == std::string_view::npos ? -1 : static_cast<int>(hit);
-    }
     if (n == 0) {
         return start;
+    }
+    if (!noCase) {
+        if (n == 1) {
+            const void* hit =
+                std::memchr(m_pText + start, text[0], static_cast<std::size_t>(length - start));
+            return hit == nullptr ? -1 : static_cast<int>(static_cast<const char*>(hit) - m_pText);
+        }
+        return nvk::SearchBytes(m_pText, length, text, n, start);
     }
     const std::uint8_t first = FoldUpper(text[0]);
     for (int i = start; i <= length - n; ++i) {

@@ -28,17 +28,47 @@ int Chaine::Split(PTableau<Chaine>& out, char sep, char quote, bool noCase, bool
 }
 
 int Chaine::SplitSimple(PTableau<Chaine>& out, char sep, bool noCase) const {
-    out.RemoveAll();
     if (IsEmpty()) {
+        out.RemoveAll();
         return 0;
     }
-    const int length = Length();
+    // Read through a reference of our own: this value may be one of out's
+    // elements, and is then never changed in place.
+    const Chaine self(*this);
+    const int length = self.Length();
+    // The fields go into the elements out has, whose buffers take them in
+    // place when they are their own and large enough; only the elements out
+    // lacks are added, and those it has beyond the fields go.
+    int count = 0;
+    const auto put = [&](int start, int end) {
+        if (count == out.Size()) {
+            out.Add(Chaine());
+        }
+        Chaine& field = out[count++];
+        if (end > start) {
+            field.Assign(self.m_pText + start, end - start);
+        } else {
+            field.Empty();
+        }
+    };
+    // The next sep from `start` on, or -1; with case, by the C library's
+    // vector search.
+    const auto next = [&](int start) {
+        if (noCase) {
+            const int pos = self.FindChar(sep, true, start);
+            return pos < length ? pos : -1;
+        }
+        const void* hit =
+            std::memchr(self.m_pText + start, sep, static_cast<std::size_t>(length - start));
+        return hit == nullptr ? -1 : static_cast<int>(static_cast<const char*>(hit) - self.m_pText);
+    };
     int start = 0;
-    for (int pos; (pos = FindChar(sep, noCase, start)) >= 0 && pos < length; start = pos + 1) {
-        out.Add(Mid(start, pos - start));
+    for (int pos; (pos = next(start)) >= 0; start = pos + 1) {
+        put(start, pos);
     }
-    out.Add(Mid(start));
-    return out.Size();
+    put(start, length);
+    out.SetSize(count);
+    return count;
 }
 
 int Chaine::SplitLines(PTableau<Chaine>& out) const {

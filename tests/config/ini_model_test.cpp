@@ -112,6 +112,22 @@ TEST(IniModel, SectionDescLines) {
     EXPECT_EQ(section.GetNamedLinesNB(), 0u);
 }
 
+// The written text is sized from the sections' dictionaries; an order that
+// names one line more than once writes more than they hold.
+TEST(IniModel, OrderLongerThanTheDictionaryIsWrittenWhole) {
+    EIniFile ini;
+    ini.ReadInData("[S]\r\nb=2\r\n");
+    ini["S"].GetLine(3) = "x";  // three more places, all of the empty name
+    std::string expected = "[S]\r\nb=2\r\n=x\r\n=x\r\n=x\r\n";
+    EXPECT_EQ(Text(ini.AsChaine()), expected);
+    // Large enough that the room has to grow more than once.
+    for (unsigned i = 4; i < 3000; ++i) {
+        ini["S"].GetLine(i);
+        expected += "=x\r\n";
+    }
+    EXPECT_EQ(Text(ini.AsChaine()), expected);
+}
+
 TEST(IniModel, RemoveAndRenameSections) {
     EIniFile ini;
     ini.ReadInData("[A]\na=1\n[B]\nb=1\n[C]\nc=1\n");

@@ -64,6 +64,22 @@ TEST(ChaineChange, ReplaceAndRemove) {
     Chaine self("abab");
     self.Replace(self.c_str() + 2, "c");  // an argument read from our own text
     EXPECT_STREQ(self, "cc");
+    // More hits than are held at once, some from a start within the text.
+    std::string many;
+    for (int i = 0; i < 700; ++i) {
+        many += i % 3 == 0 ? "<ab>" : "ab";
+    }
+    for (const int start : {0, 5}) {
+        Chaine manyChaine(many.c_str());
+        manyChaine.Replace("ab", "xyz", false, start);
+        std::string expected = many.substr(0, static_cast<std::size_t>(start));
+        for (std::size_t i = static_cast<std::size_t>(start); i < many.size();) {
+            const bool hit = many.compare(i, 2, "ab") == 0;
+            expected += hit ? "xyz" : many.substr(i, 1);
+            i += hit ? 2 : 1;
+        }
+        EXPECT_EQ(std::string(manyChaine), expected);
+    }
 
     Chaine first("a.b.c");
     EXPECT_EQ(first.ReplaceFirst(".", "::", false, 2), 3);
@@ -153,6 +169,29 @@ TEST(ChaineSplit, QuotedSimpleLinesAndFirst) {
     EXPECT_FALSE(Chaine("plain").SplitFirst('=', left, right));
     EXPECT_STREQ(left, "plain");
     EXPECT_STREQ(right, "kept");
+}
+
+// SplitSimple writes into the elements the array already has: what others
+// hold of them must stay as it was, and so must the value split when it is
+// one of those elements.
+TEST(ChaineSplit, SimpleSplitsIntoElementsOthersStillHold) {
+    PTableau<Chaine> out;
+    Chaine("alpha,beta,gamma,delta").SplitSimple(out, ',');
+    const PTableau<Chaine> copy(out);  // shares the body
+    const Chaine held(out[1]);         // shares an element's buffer
+    Chaine("1,,3").SplitSimple(out, ',');
+    EXPECT_EQ(Fields(out), (Strings{"1", "", "3"}));
+    EXPECT_TRUE(out[1].IsEmpty());
+    EXPECT_EQ(Fields(copy), (Strings{"alpha", "beta", "gamma", "delta"}));
+    EXPECT_STREQ(held, "beta");
+    Chaine("a,b,c,d,e,f").SplitSimple(out, ',');
+    EXPECT_EQ(Fields(out), (Strings{"a", "b", "c", "d", "e", "f"}));
+
+    out[2] = "x;yy;zzz";
+    const Chaine third = out[2];
+    out[2].SplitSimple(out, ';');
+    EXPECT_EQ(Fields(out), (Strings{"x", "yy", "zzz"}));
+    EXPECT_STREQ(third, "x;yy;zzz");
 }
 
 TEST(ChaineSplit, JoinWithAndWithoutSeparator) {

@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+#include <string>
+
 #include "nvk/core/case_tables.h"
 #include "nvk/core/chaine.h"
 
@@ -87,6 +90,34 @@ TEST(ChaineSearch, FindCharAndFind) {
     EXPECT_EQ(text.Find("abcd"), -1);
     EXPECT_EQ(text.Find("bc", false, 8), -1);  // no room left
     EXPECT_EQ(Chaine("\xE9t\xE9").Find("\xC9T", true), 0);
+}
+
+// Texts of a small alphabet, so that partial matches abound, against
+// std::string's find: every length around the sixteen starts searched at once,
+// needles whose first and last bytes agree where the middle doesn't, starts
+// out of range.
+TEST(ChaineSearch, FindAgreesWithTheStandardSearchEverywhere) {
+    std::srand(7);
+    const auto randomText = [](int length) {
+        std::string text;
+        for (int i = 0; i < length; ++i) {
+            text += "aab"[std::rand() % 3];
+        }
+        return text;
+    };
+    for (int round = 0; round < 3000; ++round) {
+        const std::string text = randomText(std::rand() % 70);
+        const std::string needle = randomText(1 + std::rand() % 6);
+        const int start = std::rand() % 75 - 2;
+        const Chaine value(text.c_str());
+        std::size_t hit = std::string::npos;
+        if (start >= 0) {
+            hit = text.find(needle, static_cast<std::size_t>(start));
+        }
+        const int expected = hit == std::string::npos ? -1 : static_cast<int>(hit);
+        ASSERT_EQ(value.Find(needle.c_str(), false, start), expected)
+            << '"' << text << "\" at " << start << " for \"" << needle << '"';
+    }
 }
 
 TEST(ChaineChange, UpperLowerAndTrimmingSeparateFromCopies) {

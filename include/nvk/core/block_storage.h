@@ -28,12 +28,24 @@ class FBlockStorage;
 // thread; it holds at most kCacheBlocks blocks, and gives them back to the
 // shared list when its thread ends. A storage that ends first cuts its caches
 // loose, and their blocks go with its pages.
+//
+// It keeps heap blocks too, a few of each size class, in front of the heap:
+// those belong to no storage, so they stay when a storage ends, and go back to
+// the heap when the thread ends.
 struct ThreadCache {
     static constexpr std::uint32_t kCacheBlocks = 64;
+    // Heap blocks are made in classes of kHeapStep bytes, header included, so
+    // that a block given back serves any later request of its class.
+    static constexpr std::uint32_t kHeapStep = 64;
+    static constexpr std::uint32_t kHeapClasses = 8;  // blocks of up to 512 bytes
+    static constexpr std::uint32_t kHeapBlocks = 16;  // kept per class
 
     // Registered with the runtime as the cache starts to serve its thread, so
     // that the cache needs no guard of its own on every use.
     static void ThreadEnds(void* cache);
+    // Whether the cache may take blocks: its end is registered, and neither
+    // its thread nor its module is ending.
+    bool Usable();
 
     // The storage served; null while none. Set under the owner's lock, cleared
     // under it and the process lock; read lock-free by the cache's thread.
@@ -45,6 +57,9 @@ struct ThreadCache {
     // The owner's list of caches.
     ThreadCache* Prev = nullptr;
     ThreadCache* Next = nullptr;
+    // Heap blocks by class, linked through their first payload bytes.
+    ChaineBuffer* HeapHead[kHeapClasses] = {};
+    std::uint8_t HeapCount[kHeapClasses] = {};
 };
 
 // The pool has no bound of its own: it starts with one page, grows by one page
@@ -63,7 +78,7 @@ public:
     // caller's to set.
     ChaineBuffer* PoolAlloc(std::uint32_t size);
     // Always a heap block, of Capacity size | 1.
-    ChaineBuffer* HeapAlloc(std::uint32_t size);
+    static ChaineBuffer* HeapAlloc(std::uint32_t size);
     // Takes back a block of either kind.
     void PoolFree(ChaineBuffer* block);
 
@@ -73,13 +88,20 @@ public:
 
 private:
     friend struct ThreadCache;
+    friend ChaineBuffer* nvk::AllocateBuffer(std::uint32_t, std::uint32_t);
+    friend void nvk::FreeBuffer(ChaineBuffer*);
 
     FBlockStorage() = default;
     void AddPage();
     PageRecord* BuildPage(ChaineBuffer* last);
     ChaineBuffer* TakeShared(ChaineBuffer* last);
     // Everything but a pop from or a push to the thread's cache.
-    ChaineBuffer* PoolAllocSlow();
+    // A pop from, or a push to, the thread's cache; null or false when the
+    // block can't be had or kept so.
+    ChaineBuffer* FromCache(std::uint32_t size);
+    bool ToCache(ChaineBuffer* block);
+    // Everything else.
+    ChaineBuffer* PoolAllocSlow(std::uint32_t size);
     void PoolFreeSlow(ChaineBuffer* block);
 
     // The calling thread's cache, when it serves this storage or can start to.

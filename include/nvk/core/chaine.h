@@ -14,6 +14,31 @@
 
 class CArchive;
 class CString;
+
+namespace nvk {
+
+// The first start from `from` on at which the n >= 2 bytes of `needle` stand
+// in the `length` bytes of `text`, or -1. The C library's vector search finds
+// each place of the first byte; the last byte is then looked at before the
+// others, which turns most false starts away at once.
+inline int SearchBytes(const char* text, int length, const char* needle, int n, int from) {
+    const int lastStart = length - n;
+    for (int i = from; i <= lastStart;) {
+        const auto* at = static_cast<const char*>(
+            std::memchr(text + i, needle[0], static_cast<std::size_t>(lastStart - i + 1)));
+        if (at == nullptr) {
+            return -1;
+        }
+        if (at[n - 1] == needle[n - 1] &&
+            (n == 2 || std::memcmp(at + 1, needle + 1, static_cast<std::size_t>(n - 2)) == 0)) {
+            return static_cast<int>(at - text);
+        }
+        i = static_cast<int>(at - text) + 1;
+    }
+    return -1;
+}
+
+}  // namespace nvk
 template <class T>
 class PTableau;
 
@@ -67,12 +92,14 @@ public:
 
     // Byte equality over Size bytes, the terminator with them. Inline, as
     // std::string's is: most comparisons end at the pointer or the sizes.
+    // Equal sizes put both terminators at one place, so the bytes before them
+    // decide: the count std::string compares for the same text.
     bool operator==(const Chaine& other) const {
         if (m_pText == other.m_pText) {
             return true;
         }
         const std::uint32_t size = Buffer()->Size;
-        return size == other.Buffer()->Size && std::memcmp(m_pText, other.m_pText, size) == 0;
+        return size == other.Buffer()->Size && std::memcmp(m_pText, other.m_pText, size - 1) == 0;
     }
     bool operator==(const char* text) const;
     // Equality that makes equal texts share one block: when equal with
@@ -198,8 +225,18 @@ public:
     // Searches give a position or -1; noCase folds both sides through
     // UpperTable. FindChar scans the terminator too, so 0 finds it.
     int FindChar(char c, bool noCase = false, int start = 0) const;
-    // An empty text is found at start.
-    int Find(const char* text, bool noCase = false, int start = 0) const;
+    // An empty text is found at start. The search of a text of two bytes or
+    // more with case is inline, as std::string's is, so that a literal's
+    // length and bytes are known where it is written.
+    int Find(const char* text, bool noCase = false, int start = 0) const {
+        const int n = text == nullptr ? 0 : static_cast<int>(std::strlen(text));
+        if (noCase || n < 2 || start < 0 || start > Length() - n) {
+            return FindBytes(text, n, noCase, start);
+        }
+        return nvk::SearchBytes(m_pText, Length(), text, n, start);
+    }
+    // Find of the n bytes at text.
+    int FindBytes(const char* text, int n, bool noCase, int start) const;
     // The first character that is one of `set`.
     int FindOneOf(const char* set, int start = 0) const;
     // No character lies outside `set`; the empty value consists of anything.

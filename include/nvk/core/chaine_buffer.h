@@ -2,12 +2,14 @@
 // the block storage: the text follows the three words.
 #pragma once
 
+#include <ext/atomicity.h>
+
 #include <cstdint>
 
 #include "nvk/os/types.h"
 
 struct ChaineBuffer {
-    nvk::os::LONG RefCount;  // values sharing the block; 0 while it is free; interlocked
+    nvk::os::LONG RefCount;  // values sharing the block; 0 while it is free
     std::uint32_t Size;      // length + 1: the terminator counts
     std::uint32_t Capacity;  // payload bytes; odd for a heap block, even for a pool block
 
@@ -34,20 +36,52 @@ namespace nvk {
 ChaineBuffer* MakeUnique(ChaineBuffer* buffer);
 // Always a fresh block of exactly Size, giving back an oversized one.
 ChaineBuffer* TrimToFit(ChaineBuffer* buffer);
-// Size becomes n; the text isn't kept.
-ChaineBuffer* DiscardBuffer(ChaineBuffer* buffer, std::uint32_t n);
+// A block the holder may resize in place: its own, with room for n bytes
+// below its Capacity.
+inline bool FitsInPlace(const ChaineBuffer* buffer, std::uint32_t n) {
+    return buffer->Count() == 1 && n < buffer->Capacity;
+}
+// DiscardBuffer and GrowBuffer for a block that doesn't fit in place.
+ChaineBuffer* DiscardToNew(ChaineBuffer* buffer, std::uint32_t n);
+ChaineBuffer* GrowToNew(ChaineBuffer* buffer, std::uint32_t n);
+// Size becomes n; the text isn't kept. Inline up to the move to a new block.
+inline ChaineBuffer* DiscardBuffer(ChaineBuffer* buffer, std::uint32_t n) {
+    if (FitsInPlace(buffer, n)) {
+        buffer->Size = n;
+        return buffer;
+    }
+    return DiscardToNew(buffer, n);
+}
 // Size becomes n, keeping as much of the text as fits.
-ChaineBuffer* GrowBuffer(ChaineBuffer* buffer, std::uint32_t n);
+inline ChaineBuffer* GrowBuffer(ChaineBuffer* buffer, std::uint32_t n) {
+    if (FitsInPlace(buffer, n)) {
+        buffer->Size = n;
+        return buffer;
+    }
+    return GrowToNew(buffer, n);
+}
 // A copy in a heap block (odd Capacity).
 ChaineBuffer* ToHeap(ChaineBuffer* buffer);
 
 // Gives a block whose last reference has gone back to its storage.
 void FreeBuffer(ChaineBuffer* buffer);
 
-// One more reference: a single interlocked instruction, inline because every
-// copy of a value does it.
+// While the process has a single thread nothing can race for a count, so the
+// counts change without the bus lock, as the standard library's shared
+// pointers do; the first thread a process starts ends that for good, and its
+// creation orders the plain changes before anything the thread does.
+inline bool SingleThreaded() {
+    return __gnu_cxx::__is_single_threaded();
+}
+
+// One more reference: a single instruction, inline because every copy of a
+// value does it.
 inline void AddReference(ChaineBuffer* buffer) {
-    __atomic_add_fetch(&buffer->RefCount, 1, __ATOMIC_SEQ_CST);
+    if (SingleThreaded()) {
+        __atomic_store_n(&buffer->RefCount, buffer->Count() + 1, __ATOMIC_RELAXED);
+    } else {
+        __atomic_add_fetch(&buffer->RefCount, 1, __ATOMIC_SEQ_CST);
+    }
 }
 
 // One reference given back; the last frees the block. A holder that finds
@@ -55,13 +89,22 @@ inline void AddReference(ChaineBuffer* buffer) {
 // reference to copy from, nobody can raise the count meanwhile, and the
 // acquiring read orders the other holders' earlier releases before the free.
 inline void ReleaseBuffer(ChaineBuffer* buffer) {
-    if (__atomic_load_n(&buffer->RefCount, __ATOMIC_ACQUIRE) == 1 ||
-        __atomic_sub_fetch(&buffer->RefCount, 1, __ATOMIC_SEQ_CST) == 0) {
+    const nvk::os::LONG count = __atomic_load_n(&buffer->RefCount, __ATOMIC_ACQUIRE);
+    if (count == 1) {
+        FreeBuffer(buffer);
+    } else if (SingleThreaded()) {
+        __atomic_store_n(&buffer->RefCount, count - 1, __ATOMIC_RELAXED);
+    } else if (__atomic_sub_fetch(&buffer->RefCount, 1, __ATOMIC_SEQ_CST) == 0) {
         FreeBuffer(buffer);
     }
 }
+// A fresh block of at least `capacity` payload bytes, with RefCount 1 and
+// Size `size`.
+ChaineBuffer* AllocateBuffer(std::uint32_t capacity, std::uint32_t size);
 // A fresh block of `size` with RefCount 1 and Size `size`.
-ChaineBuffer* NewBuffer(std::uint32_t size);
+inline ChaineBuffer* NewBuffer(std::uint32_t size) {
+    return AllocateBuffer(size, size);
+}
 
 // The capacity GrowBuffer and DiscardBuffer ask for when a block must move.
 std::uint32_t GrowthRequest(std::uint32_t oldCapacity, std::uint32_t n);
