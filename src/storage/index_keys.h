@@ -47,8 +47,8 @@ T Load(const void* p, int keySize) {
     // time is a call, paid on every comparison of a page scan.
     if (keySize >= static_cast<int>(sizeof v)) {
         std::memcpy(&v, p, sizeof v);
-    } else {
-        std::memcpy(&v, p, std::size_t(keySize));
+    } else if (keySize > 0) {
+        std::memcpy(&v, p, static_cast<std::size_t>(keySize));
     }
     return v;
 }

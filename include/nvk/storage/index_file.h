@@ -108,6 +108,8 @@ protected:
 
 private:
     enum class Walk { Found, NoPage, OffTheEnd };
+    // The order of one index's keys, for the page scans.
+    class KeyOrder;
 
     nvk::index_format::Descriptor& Desc(int index) const;
     std::uint32_t PageSize() const;
