@@ -85,7 +85,7 @@ void EDataFile::WriteHeader() {
     if (m_File == nullptr) {
         return;
     }
-    char* mapped = m_Map != nullptr ? m_Map->At(0, kHeaderSize, kHeaderSize) : nullptr;
+    char* mapped = m_Map != nullptr ? m_Map->At(0, kHeaderSize, FileSize()) : nullptr;
     if (mapped != nullptr) {
         std::memcpy(mapped, m_Header, kHeaderSize);
         m_File->Seek(kHeaderSize, 0);

@@ -54,9 +54,16 @@ void EIndexFile::SeekTo(std::uint64_t offset) {
     }
 }
 
-// The file's bytes this object knows to be there: the pages it last counted.
+// The file's size when this object last asked, or as its own writes made it.
+// Mapped bytes are touched only below it: past the end of a file cut by
+// another program, a mapped window has no bytes to give.
 std::uint64_t EIndexFile::KnownSize() const {
-    return fmt::kHeaderSize + static_cast<std::uint64_t>(m_FilePages) * PageSize();
+    return m_FileSize;
+}
+
+void EIndexFile::SetFileSize(std::uint64_t size) {
+    m_FileSize = size;
+    m_FilePages = PagesIn(size);
 }
 
 // Bytes of a named file come from its mapped windows where they can, and
@@ -94,7 +101,8 @@ bool EIndexFile::WriteAt(std::uint64_t offset, const void* buffer, std::uint32_t
 }
 
 std::uint32_t EIndexFile::PagesInFile() {
-    return PagesIn(m_File->Taille());
+    SetFileSize(m_File->Taille());
+    return m_FilePages;
 }
 
 std::uint32_t EIndexFile::PagesIn(std::uint64_t size) const {
@@ -110,7 +118,7 @@ bool EIndexFile::PageInFile(std::uint32_t page) {
         return false;
     }
     if (page > m_FilePages) {
-        m_FilePages = PagesInFile();
+        PagesInFile();
     }
     return page <= m_FilePages;
 }
@@ -190,7 +198,7 @@ unsigned long EIndexFile::NouvellePage() {
     if (!WritePage()) {
         return 0;
     }
-    m_FilePages = std::max(m_FilePages, page);
+    SetFileSize(std::max(m_FileSize, PageOffset(page) + PageSize()));
     ++header.PageCount;
     return page;
 }
@@ -244,6 +252,7 @@ void EIndexFile::Release() {
     m_File = nullptr;
     m_FileAt = kUnknown;
     m_FilePages = 0;
+    m_FileSize = 0;
 }
 
 int EIndexFile::Create(const char* name, unsigned long pageSize) {
@@ -328,7 +337,7 @@ int EIndexFile::Open(const char* name) {
     m_Page = new char[PageSize() + fmt::kPadding]();
     m_Position = fmt::kHeaderSize;
     m_PageNo = 1;
-    m_FilePages = PagesInFile();
+    PagesInFile();
     if (!m_InMemory) {
         delete m_Map;
         m_Map = new nvk::MappedFile(m_File->Handle());
@@ -341,17 +350,19 @@ int EIndexFile::Open(const char* name) {
 // since this one last looked. Pages are always read from the file (through
 // its mapping, which the system keeps in step with every write), so only the
 // header that this object holds can be stale: it is compared with the file's.
+// The size is asked first, so that nothing is read from a window over bytes
+// that the file has lost since.
 void EIndexFile::Refresh() {
     if (m_File == nullptr || m_InMemory) {
         return;
     }
+    const std::uint64_t size = m_File->Taille();
+    SetFileSize(size);
     fmt::Header header{};
     if (!ReadAt(0, &header, fmt::kHeaderSize) ||
         std::memcmp(&header, m_Header, fmt::kHeaderSize) == 0) {
         return;
     }
-    const std::uint64_t size = m_File->Taille();
-    m_FilePages = PagesIn(size);
     ReloadHeader(header, size);
 }
 

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <cstdlib>
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -139,6 +140,19 @@ TEST_F(SharedIndex, PagesKeptFromAQuietFileGiveWayToAChange) {
     ASSERT_EQ(0, m_Writer.Delete(1, Key32(50).data(), 50));
     ASSERT_EQ(0, m_Writer.Insere(1, Key32(50).data(), 51));
     EXPECT_EQ(51u, m_Reader.Equal(1, Key32(50).data()));
+}
+
+// A file cut short by another writer is not read past its new end: the
+// pages it lost are missing, and nothing touches the bytes that are gone.
+TEST_F(SharedIndex, AFileCutByAnotherWriterIsNotReadPastItsEnd) {
+    for (std::uint32_t k = 11; k <= 400; ++k) {
+        ASSERT_EQ(0, m_Writer.Insere(1, Key32(k * 10).data(), k * 10));
+    }
+    EXPECT_EQ(400u, Walk().size());
+    ASSERT_GT(std::filesystem::file_size(m_Path.c_str()), 3 * 4096u);
+    std::filesystem::resize_file(m_Path.c_str(), 612 + 44);
+    EXPECT_EQ(0u, m_Reader.Equal(1, Key32(4000).data()));
+    EXPECT_EQ(0u, m_Reader.Last(1));
 }
 
 TEST_F(SharedIndex, AnotherProcessWrites) {

@@ -118,6 +118,7 @@ private:
     // there already.
     void SeekTo(std::uint64_t offset);
     std::uint64_t KnownSize() const;
+    void SetFileSize(std::uint64_t size);
     bool ReadAt(std::uint64_t offset, void* buffer, std::uint32_t size);
     bool WriteAt(std::uint64_t offset, const void* buffer, std::uint32_t size);
     std::uint32_t PagesInFile();
@@ -163,6 +164,7 @@ private:
     nvk::MappedFile* m_Map = nullptr;            // windows of a named file
     std::uint64_t m_FileAt = ~std::uint64_t{0};  // where the file stands; unknown
     std::uint32_t m_FilePages = 0;               // pages the file held when last asked
+    std::uint64_t m_FileSize = 0;                // and its size
     std::uint32_t m_Walked = 0;                  // leaves left by Next and Prev since Position
     std::uint32_t m_Deletions = 0;               // entries removed by this object
     std::uint32_t m_DeletionsSeen = 0;           // the same, when the cursor last moved
