@@ -6,6 +6,7 @@
 
 #include "nvk/storage/memory_file.h"
 #include "storage/data_format.h"
+#include "storage/mapped_file.h"
 
 using nvk::data_format::DeletedMark;
 using nvk::data_format::Header;
@@ -49,7 +50,10 @@ void EDataFile::VideBuf() {
 }
 
 bool EDataFile::OnRecord() const {
-    const std::uint64_t size = FileSize();
+    return OnRecordIn(FileSize());
+}
+
+bool EDataFile::OnRecordIn(std::uint64_t size) const {
     if (Fixed()) {
         const std::uint64_t offset =
             kHeaderSize + static_cast<std::uint64_t>(m_Courant - 1) * RecordSize();
@@ -74,15 +78,27 @@ void EDataFile::ReadHeader() {
     }
 }
 
+// A named file's header goes through its mapped window, which is the file
+// for every reader; the flush then writes it to the disk as it would a
+// written header.
 void EDataFile::WriteHeader() {
-    if (m_File != nullptr) {
+    if (m_File == nullptr) {
+        return;
+    }
+    char* mapped = m_Map != nullptr ? m_Map->At(0, kHeaderSize, FileSize()) : nullptr;
+    if (mapped != nullptr) {
+        std::memcpy(mapped, m_Header, kHeaderSize);
+        m_File->Seek(kHeaderSize, 0);
+    } else {
         m_File->Seek(0, 0);
         m_File->Write(m_Header, kHeaderSize);
-        m_File->Flush();
     }
+    m_File->Flush();
 }
 
 void EDataFile::Release() {
+    delete m_Map;
+    m_Map = nullptr;
     if (m_File != nullptr) {
         m_File->Close();
     }
@@ -151,6 +167,7 @@ void* EDataFile::Open(const char* name) {
             Release();
             return nullptr;
         }
+        m_Map = new nvk::MappedFile(m_File->Handle());
     }
     SeekAbsolute(kHeaderSize);
     m_Courant = 1;
@@ -170,6 +187,12 @@ void EDataFile::Close() {
 }
 
 void EDataFile::Seek(unsigned long position) {
+    if (position != 0 && m_File != nullptr) {
+        SeekIn(position, FileSize());
+    }
+}
+
+void EDataFile::SeekIn(unsigned long position, std::uint64_t size) {
     if (position == 0 || m_File == nullptr) {
         return;
     }
@@ -182,14 +205,14 @@ void EDataFile::Seek(unsigned long position) {
     if (Fixed()) {
         const std::uint64_t offset =
             kHeaderSize + static_cast<std::uint64_t>(m_Courant - 1) * RecordSize();
-        if (offset + RecordSize() > FileSize()) {
+        if (offset + RecordSize() > size) {
             return;
         }
         const std::int64_t delta = static_cast<std::int64_t>(offset) - m_Position;
         if (delta != 0) {
             m_Position = static_cast<std::uint32_t>(m_File->Seek(static_cast<long>(delta), 1));
         }
-    } else if (m_Courant >= kHeaderSize && m_Courant + std::uint64_t{4} <= FileSize()) {
+    } else if (m_Courant >= kHeaderSize && m_Courant + std::uint64_t{4} <= size) {
         SeekAbsolute(m_Courant);
     }
 }
@@ -218,19 +241,28 @@ void EDataFile::Read(unsigned long position, void* buffer) {
     if (m_File == nullptr) {
         return;
     }
-    Seek(position);
     if (Fixed()) {
+        const std::uint64_t size = FileSize();
+        SeekIn(position, size);
         // A number with no record gives an empty buffer, as at the end of a
         // walk, rather than the record read before.
-        if (!OnRecord()) {
+        if (!OnRecordIn(size)) {
             VideBuf();
             return;
         }
+        // From the mapped window the file position stays at the record, as
+        // the read and the seek back leave it.
         const std::uint32_t start = m_Position;
-        m_File->Read(m_Buffer, RecordSize());
-        SeekAbsolute(start);
+        const char* mapped = m_Map != nullptr ? m_Map->At(start, RecordSize(), size) : nullptr;
+        if (mapped != nullptr) {
+            std::memcpy(m_Buffer, mapped, RecordSize());
+        } else {
+            m_File->Read(m_Buffer, RecordSize());
+            SeekAbsolute(start);
+        }
         return;
     }
+    Seek(position);
     if (!OnRecord()) {
         return;
     }

@@ -8,25 +8,16 @@
 
 #include "nvk/storage/memory_file.h"
 #include "os/api/file.h"
-#include "os/api/time_zone.h"
 #include "storage/index_format.h"
 #include "storage/index_keys.h"
-#include "storage/page_cache.h"
+#include "storage/mapped_file.h"
 
 namespace fmt = nvk::index_format;
 
 namespace {
 
 constexpr std::uint64_t kUnknown = ~std::uint64_t{0};
-// Bytes of pages a named index file keeps in memory besides its page buffer.
-constexpr std::uint32_t kCacheBudget = 256u << 10;
 constexpr std::int64_t kLongestSeek = 0x7FFFFFFF;
-// File times count 100 ns from 1601; the clock counts seconds from 1970.
-constexpr std::uint64_t kFileTimeSecond = 10000000;
-constexpr std::int64_t kFileTimeTo1970 = 11644473600;
-// A time of last write this many seconds old tells every later write apart,
-// whatever the step of the file system's times (two seconds at most).
-constexpr std::int64_t kSettleSeconds = 3;
 
 }  // namespace
 
@@ -63,7 +54,27 @@ void EIndexFile::SeekTo(std::uint64_t offset) {
     }
 }
 
+// The file's size when this object last asked, or as its own writes made it.
+// Mapped bytes are touched only below it: past the end of a file cut by
+// another program, a mapped window has no bytes to give.
+std::uint64_t EIndexFile::KnownSize() const {
+    return m_FileSize;
+}
+
+void EIndexFile::SetFileSize(std::uint64_t size) {
+    m_FileSize = size;
+    m_FilePages = PagesIn(size);
+}
+
+// Bytes of a named file come from its mapped windows where they can, and
+// from the file otherwise: the two are one and the same copy of the file.
 bool EIndexFile::ReadAt(std::uint64_t offset, void* buffer, std::uint32_t size) {
+    if (m_Map != nullptr) {
+        if (const char* bytes = m_Map->At(offset, size, KnownSize())) {
+            std::memcpy(buffer, bytes, size);
+            return true;
+        }
+    }
     SeekTo(offset);
     if (m_FileAt != offset || m_File->Read(buffer, size) != 1) {
         m_FileAt = kUnknown;
@@ -73,17 +84,25 @@ bool EIndexFile::ReadAt(std::uint64_t offset, void* buffer, std::uint32_t size) 
     return true;
 }
 
-void EIndexFile::WriteAt(std::uint64_t offset, const void* buffer, std::uint32_t size) {
+bool EIndexFile::WriteAt(std::uint64_t offset, const void* buffer, std::uint32_t size) {
+    if (m_Map != nullptr) {
+        if (char* bytes = m_Map->At(offset, size, KnownSize())) {
+            std::memcpy(bytes, buffer, size);
+            return true;
+        }
+    }
     SeekTo(offset);
     if (m_FileAt != offset || m_File->Write(const_cast<void*>(buffer), size) != 1) {
         m_FileAt = kUnknown;
-        return;
+        return false;
     }
     m_FileAt += size;
+    return true;
 }
 
 std::uint32_t EIndexFile::PagesInFile() {
-    return PagesIn(m_File->Taille());
+    SetFileSize(m_File->Taille());
+    return m_FilePages;
 }
 
 std::uint32_t EIndexFile::PagesIn(std::uint64_t size) const {
@@ -99,7 +118,7 @@ bool EIndexFile::PageInFile(std::uint32_t page) {
         return false;
     }
     if (page > m_FilePages) {
-        m_FilePages = PagesInFile();
+        PagesInFile();
     }
     return page <= m_FilePages;
 }
@@ -128,26 +147,15 @@ bool EIndexFile::GetPage(unsigned long page) {
     }
     m_PageNo = static_cast<std::uint32_t>(page);
     m_Position = static_cast<std::uint32_t>(PageOffset(m_PageNo));
-    if (m_Cache != nullptr && m_Cache->Get(m_PageNo, m_Page)) {
-        return true;
-    }
     if (!ReadAt(m_Position, m_Page, PageSize())) {
         m_PageNo = 0;  // the buffer holds no page now
         return false;
-    }
-    if (m_Cache != nullptr) {
-        m_Cache->Put(m_PageNo, m_Page);
     }
     return true;
 }
 
 bool EIndexFile::WritePage() {
-    WriteAt(m_Position, m_Page, PageSize());
-    const bool written = m_FileAt == m_Position + static_cast<std::uint64_t>(PageSize());
-    if (written && m_Cache != nullptr) {
-        m_Cache->Put(m_PageNo, m_Page);
-    }
-    return written;
+    return WriteAt(m_Position, m_Page, PageSize());
 }
 
 void EIndexFile::Seek(unsigned long page) {
@@ -190,7 +198,7 @@ unsigned long EIndexFile::NouvellePage() {
     if (!WritePage()) {
         return 0;
     }
-    m_FilePages = std::max(m_FilePages, page);
+    SetFileSize(std::max(m_FileSize, PageOffset(page) + PageSize()));
     ++header.PageCount;
     return page;
 }
@@ -202,9 +210,6 @@ void EIndexFile::DelPage() {
     fmt::Store32(m_Page, fmt::kFreePage);
     fmt::Store32(m_Page + 4, m_Header->FreePage);
     WriteAt(m_Position, m_Page, 8);
-    if (m_Cache != nullptr) {
-        m_Cache->Patch(m_PageNo, 0, m_Page, 8);
-    }
     --m_Header->PageCount;
     m_Header->FreePage = m_PageNo;
 }
@@ -232,6 +237,8 @@ void EIndexFile::AllocateKeyBuffer() {
 }
 
 void EIndexFile::Release() {
+    delete m_Map;
+    m_Map = nullptr;
     if (m_File != nullptr) {
         m_File->Close();
     }
@@ -239,15 +246,13 @@ void EIndexFile::Release() {
     delete[] m_Page;
     delete m_Header;
     delete m_File;
-    delete m_Cache;
-    m_Cache = nullptr;
     m_KeyBuffer = nullptr;
     m_Page = nullptr;
     m_Header = nullptr;
     m_File = nullptr;
     m_FileAt = kUnknown;
     m_FilePages = 0;
-    m_Settled = false;
+    m_FileSize = 0;
 }
 
 int EIndexFile::Create(const char* name, unsigned long pageSize) {
@@ -330,53 +335,41 @@ int EIndexFile::Open(const char* name) {
     }
     delete[] m_Page;
     m_Page = new char[PageSize() + fmt::kPadding]();
-    if (!m_InMemory) {
-        delete m_Cache;
-        m_Cache = new nvk::PageCache(PageSize(), kCacheBudget);
-    }
     m_Position = fmt::kHeaderSize;
     m_PageNo = 1;
-    m_FilePages = PagesInFile();
+    PagesInFile();
+    if (!m_InMemory) {
+        delete m_Map;
+        m_Map = new nvk::MappedFile(m_File->Handle());
+    }
     AllocateKeyBuffer();
     return 1;
 }
 
 // Another object, in this process or another, may have changed the file
-// since this one last looked: the pages it keeps and its header would then
-// be stale. The file's size and time of last write tell, read through the
-// handle, which names one file for its whole life. Two writes within one step
-// of the file system's clock leave the same time, so a time that recent tells
-// nothing, and what is kept then lasts one operation only.
+// since this one last looked. Pages are always read from the file (through
+// its mapping, which the system keeps in step with every write), so only the
+// header that this object holds can be stale: it is compared with the file's.
+// The size is asked first, so that nothing is read from a window over bytes
+// that the file has lost since.
 void EIndexFile::Refresh() {
     if (m_File == nullptr || m_InMemory) {
         return;
     }
-    nvk::os::FILETIME written{};
-    nvk::os::GetFileTime(m_File->Handle(), nullptr, nullptr, &written);
-    const std::uint64_t time =
-        (std::uint64_t{written.dwHighDateTime} << 32) | written.dwLowDateTime;
     const std::uint64_t size = m_File->Taille();
-    if (m_Settled && time == m_StampTime && size == m_StampSize) {
+    SetFileSize(size);
+    fmt::Header header{};
+    if (!ReadAt(0, &header, fmt::kHeaderSize) ||
+        std::memcmp(&header, m_Header, fmt::kHeaderSize) == 0) {
         return;
     }
-    const std::int64_t now = nvk::os::_time32(nullptr);
-    m_StampTime = time;
-    m_StampSize = size;
-    m_Settled =
-        static_cast<std::int64_t>(time / kFileTimeSecond) - kFileTimeTo1970 + kSettleSeconds < now;
-    if (m_Cache != nullptr) {
-        m_Cache->Clear();
-    }
-    m_FilePages = PagesIn(size);
-    ReloadHeader(size);
+    ReloadHeader(header, size);
 }
 
 // A header that no longer fits this object's buffers (damaged, or of another
 // page size) is not taken; the object goes on with the one it has.
-void EIndexFile::ReloadHeader(std::uint64_t size) {
-    fmt::Header header{};
-    if (!ReadAt(0, &header, fmt::kHeaderSize) || !SoundHeader(header, size) ||
-        header.PageSize != PageSize()) {
+void EIndexFile::ReloadHeader(const fmt::Header& header, std::uint64_t size) {
+    if (!SoundHeader(header, size) || header.PageSize != PageSize()) {
         return;
     }
     int largest = 0;

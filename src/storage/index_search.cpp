@@ -19,6 +19,48 @@ long EIndexFile::CompareIndex(int index, const void* a, const void* b) {
     return nvk::CompareKeys(d.KeyType, d.KeySize, a, b);
 }
 
+// CompareIndex, with the commonest key types compared in line: a page scan
+// compares its key with hundreds of entries, and the call and the choice by
+// key type would cost more than the comparison itself.
+class EIndexFile::KeyOrder {
+public:
+    KeyOrder(EIndexFile& file, int index) : m_File(file), m_Index(index) {
+        const fmt::Descriptor& d = file.Desc(index);
+        if ((d.KeyType == 20 || d.KeyType == 29) && d.KeySize >= 8) {
+            m_Inline = Inline::Signed64;
+        } else if (d.KeyType == 18 && d.KeySize >= 4) {
+            m_Inline = Inline::Unsigned32;
+        }
+    }
+
+    long operator()(const void* a, const void* b) const {
+        switch (m_Inline) {
+            case Inline::Signed64:
+                return Order<std::int64_t>(a, b);
+            case Inline::Unsigned32:
+                return Order<std::uint32_t>(a, b);
+            default:
+                return m_File.CompareIndex(m_Index, a, b);
+        }
+    }
+
+private:
+    enum class Inline { None, Signed64, Unsigned32 };
+
+    template <class T>
+    static long Order(const void* a, const void* b) {
+        T x;
+        T y;
+        std::memcpy(&x, a, sizeof x);
+        std::memcpy(&y, b, sizeof y);
+        return x < y ? -1 : (y < x ? 1 : 0);
+    }
+
+    EIndexFile& m_File;
+    int m_Index;
+    Inline m_Inline = Inline::None;
+};
+
 char* EIndexFile::EntryAt(int index, int slot) const {
     return m_Page + fmt::kPageHeaderSize + slot * Desc(index).EntrySize;
 }
@@ -62,6 +104,7 @@ bool EIndexFile::Searchable(int index) {
 
 int EIndexFile::CherchePage(int index, void* key, unsigned long level, int firstOfEqual,
                             int stopOnEqual) {
+    const KeyOrder order(*this, index);
     const fmt::Descriptor& d = Desc(index);
     const int entrySize = d.EntrySize;
     const bool unique = d.Duplicates == 0;
@@ -83,7 +126,7 @@ int EIndexFile::CherchePage(int index, void* key, unsigned long level, int first
         int high = entrySize * (count - 1);
         char* entries = m_Page + fmt::kPageHeaderSize;
         while (count > 1) {
-            long c = CompareIndex(index, key, entries + low);
+            long c = order(key, entries + low);
             if (c == 0 && stopOnEqual && unique) {
                 return kDuplicate;
             }
@@ -91,7 +134,7 @@ int EIndexFile::CherchePage(int index, void* key, unsigned long level, int first
                 child = low - entrySize;
                 break;
             }
-            c = CompareIndex(index, key, entries + high);
+            c = order(key, entries + high);
             if (c == 0 && stopOnEqual && unique) {
                 return kDuplicate;
             }
@@ -104,7 +147,7 @@ int EIndexFile::CherchePage(int index, void* key, unsigned long level, int first
                 continue;
             }
             if (c == 0 && firstOfEqual && !unique) {
-                while (high > 0 && CompareIndex(index, key, entries + high - entrySize) == 0) {
+                while (high > 0 && order(key, entries + high - entrySize) == 0) {
                     high -= entrySize;
                 }
             }
@@ -130,17 +173,17 @@ int EIndexFile::CherchePage(int index, void* key, unsigned long level, int first
     // Equal keys may begin in pages to the left of the one reached, on every
     // level: an entry among duplicates is searched for from the first of them.
     std::uint32_t steps = 0;
-    while (fmt::CountOf(m_Page) > 0 && CompareIndex(index, key, EntryAt(index, 0)) == 0 &&
+    while (fmt::CountOf(m_Page) > 0 && order(key, EntryAt(index, 0)) == 0 &&
            fmt::PrevOf(m_Page) != 0) {
         const std::uint32_t here = m_PageNo;
         if (!StepAlong(index, fmt::PrevOf(m_Page), level, steps)) {
             return kDamaged;
         }
         const int count = fmt::CountOf(m_Page);
-        if (count == 0 || CompareIndex(index, key, EntryAt(index, count - 1)) != 0) {
+        if (count == 0 || order(key, EntryAt(index, count - 1)) != 0) {
             return GetPage(here) ? 0 : kDamaged;
         }
-        if (CompareIndex(index, key, EntryAt(index, 0)) != 0) {
+        if (order(key, EntryAt(index, 0)) != 0) {
             return 0;
         }
     }
@@ -148,6 +191,7 @@ int EIndexFile::CherchePage(int index, void* key, unsigned long level, int first
 }
 
 char* EIndexFile::GetPosPage(int index, void* key) {
+    const KeyOrder order(*this, index);
     const int count = fmt::CountOf(m_Page);
     if (count == 0) {
         return nullptr;
@@ -156,13 +200,13 @@ char* EIndexFile::GetPosPage(int index, void* key) {
     char* entries = m_Page + fmt::kPageHeaderSize;
     int low = 0;
     int high = entrySize * (count - 1);
-    if (CompareIndex(index, key, entries) == 0) {
+    if (order(key, entries) == 0) {
         return entries;
     }
     for (;;) {
-        if (CompareIndex(index, key, entries + high) == 0) {
+        if (order(key, entries + high) == 0) {
             if (Desc(index).Duplicates != 0) {
-                while (high > 0 && CompareIndex(index, key, entries + high - entrySize) == 0) {
+                while (high > 0 && order(key, entries + high - entrySize) == 0) {
                     high -= entrySize;
                 }
             }
@@ -173,13 +217,14 @@ char* EIndexFile::GetPosPage(int index, void* key) {
         if (high < 0) {
             return nullptr;
         }
-        if (CompareIndex(index, key, entries + low) == 0) {
+        if (order(key, entries + low) == 0) {
             return entries + low;
         }
     }
 }
 
 char* EIndexFile::GetPosInsPage(int index, void* key) {
+    const KeyOrder order(*this, index);
     char* entries = m_Page + fmt::kPageHeaderSize;
     const int count = fmt::CountOf(m_Page);
     if (count == 0) {
@@ -191,14 +236,14 @@ char* EIndexFile::GetPosInsPage(int index, void* key) {
     int low = 0;
     int high = entrySize * (count - 1);
     for (;;) {
-        long c = CompareIndex(index, key, entries + low);
+        long c = order(key, entries + low);
         if (c < 0) {
             return entries + low;
         }
         if (c == 0 && unique) {
             return duplicate;
         }
-        c = CompareIndex(index, key, entries + high);
+        c = order(key, entries + high);
         if (c == 0 && unique) {
             return duplicate;
         }
@@ -370,6 +415,7 @@ unsigned long EIndexFile::GreaterEqual(int index, void* key) {
     if (key == nullptr || !Searchable(index) || CherchePage(m_Index, key, 0, 1, 0) != 0) {
         return 0;
     }
+    const KeyOrder order(*this, m_Index);
     int slot = 0;
     std::uint32_t steps = 0;
     for (;;) {
@@ -382,7 +428,7 @@ unsigned long EIndexFile::GreaterEqual(int index, void* key) {
             slot = 0;
             continue;
         }
-        if (CompareIndex(m_Index, key, EntryAt(m_Index, slot)) <= 0) {
+        if (order(key, EntryAt(m_Index, slot)) <= 0) {
             break;
         }
         ++slot;
@@ -400,6 +446,7 @@ unsigned long EIndexFile::LessEqual(int index, void* key) {
     if (key == nullptr || !Searchable(index) || CherchePage(m_Index, key, 0, 0, 0) != 0) {
         return 0;
     }
+    const KeyOrder order(*this, m_Index);
     int slot = fmt::CountOf(m_Page) - 1;
     std::uint32_t steps = 0;
     for (;;) {
@@ -412,7 +459,7 @@ unsigned long EIndexFile::LessEqual(int index, void* key) {
             slot = fmt::CountOf(m_Page) > 0 ? 0 : -1;
             continue;
         }
-        if (CompareIndex(m_Index, key, EntryAt(m_Index, slot)) >= 0) {
+        if (order(key, EntryAt(m_Index, slot)) >= 0) {
             break;
         }
         --slot;

@@ -1,10 +1,14 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
+#include <cstdint>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <thread>
+#include <vector>
 
 #include "os/api/error.h"
 #include "os/api/file.h"
@@ -164,6 +168,44 @@ TEST_F(FileTest, ReadsWritesAndSeeks) {
     EXPECT_TRUE(FlushFileBuffers(file));
     CloseHandle(file);
     EXPECT_EQ(Get(folder_ / "seek.dat"), std::string("0123456789\0\0", 12));
+}
+
+// The file pointer belongs to the handle: a mapping made of the file does not
+// move it, and two threads reading through one handle take turns, each read
+// going on where the other left off.
+TEST_F(FileTest, FilePointerIsTheHandles) {
+    HANDLE file = Open(folder_ / "pointer.dat", kReadWrite, 0, CREATE_NEW);
+    ASSERT_NE(file, INVALID_HANDLE_VALUE);
+    std::vector<std::uint32_t> words(1000);
+    for (std::uint32_t i = 0; i < 1000; ++i) {
+        words[i] = i;
+    }
+    DWORD done = 0;
+    ASSERT_TRUE(WriteFile(file, words.data(), 4000, &done, nullptr));
+    EXPECT_EQ(SetFilePointer(file, 2, nullptr, FILE_BEGIN), 2u);
+    HANDLE mapping = CreateFileMappingA(file, nullptr, PAGE_READONLY, 0, 0, nullptr);
+    ASSERT_NE(mapping, nullptr);
+    CloseHandle(mapping);
+    EXPECT_EQ(SetFilePointer(file, 0, nullptr, FILE_CURRENT), 2u);
+
+    SetFilePointer(file, 0, nullptr, FILE_BEGIN);
+    std::vector<std::uint32_t> seen[2];
+    auto reader = [&](int who) {
+        std::uint32_t word = 0;
+        DWORD got = 0;
+        while (ReadFile(file, &word, 4, &got, nullptr) && got == 4) {
+            seen[who].push_back(word);
+        }
+    };
+    std::thread other(reader, 1);
+    reader(0);
+    other.join();
+    std::vector<std::uint32_t> all(seen[0]);
+    all.insert(all.end(), seen[1].begin(), seen[1].end());
+    std::sort(all.begin(), all.end());
+    ASSERT_EQ(all.size(), 1000u);
+    EXPECT_EQ(all, words);
+    CloseHandle(file);
 }
 
 TEST_F(FileTest, FileTimesCountFrom1601) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <fstream>
 #include <iterator>
 #include <map>
 #include <memory>
@@ -72,6 +73,46 @@ TEST_F(DataFile, FixedRecordsReuseDeletedSlotsLatestFirst) {
     InsertFixed(77);
     EXPECT_EQ(7u, m_File.Courant());
     EXPECT_EQ(7u, m_File.Nombre());
+}
+
+// A record read again after another writer changed it (another object, or a
+// program writing the file's bytes) comes back as changed, also past the end
+// the file had when it was first read; and what is written here is in the
+// file when the operation returns.
+TEST_F(DataFile, ReadsSeeWhatOtherWritersChanged) {
+    OpenFixed(16);
+    for (std::uint32_t tag = 1; tag <= 8; ++tag) {
+        InsertFixed(tag);
+    }
+    m_File.Read(5, nullptr);
+    EXPECT_EQ(5u, Tag());
+    EDataFile other;
+    ASSERT_NE(nullptr, other.Open(m_Path.c_str()));
+    other.Read(5, nullptr);
+    const std::uint32_t changed = 55;
+    std::memcpy(other.Adresse(), &changed, 4);
+    other.Update(nullptr, 0);
+    std::memcpy(other.Adresse(), &changed, 4);
+    other.Insere(nullptr, 0);  // record 9
+    m_File.Read(5, nullptr);
+    EXPECT_EQ(55u, Tag());
+    m_File.Read(9, nullptr);
+    EXPECT_EQ(55u, Tag());
+    {
+        std::fstream raw(m_Path.c_str(), std::ios::in | std::ios::out | std::ios::binary);
+        const std::uint32_t outside = 66;
+        raw.seekp(36 + 16 * 5);
+        raw.write(reinterpret_cast<const char*>(&outside), 4);
+    }
+    m_File.Read(6, nullptr);
+    EXPECT_EQ(66u, Tag());
+    InsertFixed(10);  // record 10, and the header
+    other.Read(10, nullptr);
+    std::uint32_t tag = 0;
+    std::memcpy(&tag, other.Adresse(), 4);
+    EXPECT_EQ(10u, tag);
+    std::vector<char> bytes = ReadAll(m_Path.c_str());
+    EXPECT_EQ(m_File.Nombre(), At<std::uint32_t>(bytes, 8));  // its own count: headers are kept
 }
 
 TEST_F(DataFile, OpenRefusesDamagedHeaders) {

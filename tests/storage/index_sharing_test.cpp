@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <cstdlib>
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -23,32 +24,42 @@ std::vector<char> Key32(std::uint32_t value) {
     return key;
 }
 
-// Run as a child ("FILE FROM COUNT" in the variable), this program inserts
-// keys FROM to FROM + COUNT - 1, with themselves as values, and ends.
+// Run as a child ("FILE FROM COUNT VALUE" in the variable), this program
+// inserts keys FROM to FROM + COUNT - 1, with themselves as values, and ends;
+// with a VALUE other than 0 it gives those keys that value instead, by a
+// deletion and an insertion that leave the header as it was.
 const bool kChild = [] {
     char task[1024] = {};
     if (os::GetEnvironmentVariableA(kChildVariable, task, sizeof task) == 0) {
         return false;
     }
     std::string text(task);
-    const std::size_t second = text.rfind(' ');
+    const std::size_t third = text.rfind(' ');
+    const std::size_t second = text.rfind(' ', third - 1);
     const std::size_t first = text.rfind(' ', second - 1);
     const std::uint32_t from = std::stoul(text.substr(first + 1, second - first - 1));
-    const std::uint32_t count = std::stoul(text.substr(second + 1));
+    const std::uint32_t count = std::stoul(text.substr(second + 1, third - second - 1));
+    const std::uint32_t value = std::stoul(text.substr(third + 1));
     EIndexFile index;
     int status = index.Open(text.substr(0, first).c_str()) ? 0 : 100;
     for (std::uint32_t k = from; status == 0 && k < from + count; ++k) {
-        status = index.Insere(1, Key32(k).data(), k);
+        if (value != 0) {
+            status = index.Delete(1, Key32(k).data(), k);
+        }
+        if (status == 0) {
+            status = index.Insere(1, Key32(k).data(), value != 0 ? value : k);
+        }
     }
     index.Close();
     std::exit(status);
 }();
 
-long InsertInChild(const char* path, std::uint32_t from, std::uint32_t count) {
+long InsertInChild(const char* path, std::uint32_t from, std::uint32_t count,
+                   std::uint32_t value = 0) {
     char self[1024] = {};
     os::GetModuleFileNameA(nullptr, self, sizeof self);
-    const std::string task =
-        std::string(path) + " " + std::to_string(from) + " " + std::to_string(count);
+    const std::string task = std::string(path) + " " + std::to_string(from) + " " +
+                             std::to_string(count) + " " + std::to_string(value);
     os::SetEnvironmentVariableA(kChildVariable, task.c_str());
     std::string line = "\"" + std::string(self) + "\"";
     os::PROCESS_INFORMATION process = {};
@@ -131,6 +142,19 @@ TEST_F(SharedIndex, PagesKeptFromAQuietFileGiveWayToAChange) {
     EXPECT_EQ(51u, m_Reader.Equal(1, Key32(50).data()));
 }
 
+// A file cut short by another writer is not read past its new end: the
+// pages it lost are missing, and nothing touches the bytes that are gone.
+TEST_F(SharedIndex, AFileCutByAnotherWriterIsNotReadPastItsEnd) {
+    for (std::uint32_t k = 11; k <= 400; ++k) {
+        ASSERT_EQ(0, m_Writer.Insere(1, Key32(k * 10).data(), k * 10));
+    }
+    EXPECT_EQ(400u, Walk().size());
+    ASSERT_GT(std::filesystem::file_size(m_Path.c_str()), 3 * 4096u);
+    std::filesystem::resize_file(m_Path.c_str(), 612 + 44);
+    EXPECT_EQ(0u, m_Reader.Equal(1, Key32(4000).data()));
+    EXPECT_EQ(0u, m_Reader.Last(1));
+}
+
 TEST_F(SharedIndex, AnotherProcessWrites) {
     EXPECT_EQ(10u, Walk().size());
     ASSERT_EQ(0, InsertInChild(m_Path.c_str(), 1000, 30));
@@ -140,6 +164,10 @@ TEST_F(SharedIndex, AnotherProcessWrites) {
     ASSERT_EQ(1, InsertInChild(m_Path.c_str(), 1004, 1));  // the child sees it is there
     ASSERT_EQ(0, InsertInChild(m_Path.c_str(), 1005, 1));  // and that this one went
     EXPECT_EQ(1005u, m_Reader.Equal(1, Key32(1005).data()));
+    // A page changed under an unchanged header is seen too, at once.
+    ASSERT_EQ(0, InsertInChild(m_Path.c_str(), 1010, 1, 7));
+    EXPECT_EQ(7u, m_Reader.Equal(1, Key32(1010).data()));
+    EXPECT_EQ(40u, m_Reader.Nombre(1));
 }
 
 }  // namespace

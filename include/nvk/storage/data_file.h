@@ -8,6 +8,9 @@
 #include "nvk/nvkutil_export.h"
 #include "nvk/storage/base_file.h"
 
+namespace nvk {
+class MappedFile;
+}
 namespace nvk::data_format {
 struct Header;
 }
@@ -76,6 +79,9 @@ private:
     // record number within the slots, or a variable offset past the header
     // with its length word inside the file.
     bool OnRecord() const;
+    bool OnRecordIn(std::uint64_t size) const;
+    // Seek, against a file size the caller has just asked.
+    void SeekIn(unsigned long position, std::uint64_t size);
     void SeekAbsolute(std::uint32_t offset);
     void SeekBack(std::uint32_t bytes);
     // Writes a variable-length record at the end of the file.
@@ -84,4 +90,6 @@ private:
     // record inside the file, in which case the list is dropped.
     bool TakeFreeHead(std::uint32_t& link, std::uint32_t& length);
     void Release();
+
+    nvk::MappedFile* m_Map = nullptr;  // windows of a named file
 };

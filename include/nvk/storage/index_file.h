@@ -10,7 +10,7 @@
 #include "nvk/storage/base_file.h"
 
 namespace nvk {
-class PageCache;
+class MappedFile;
 }
 namespace nvk::index_format {
 struct Header;
@@ -109,6 +109,8 @@ protected:
 
 private:
     enum class Walk { Found, NoPage, OffTheEnd };
+    // The order of one index's keys, for the page scans.
+    class KeyOrder;
 
     nvk::index_format::Descriptor& Desc(int index) const;
     std::uint32_t PageSize() const;
@@ -116,8 +118,10 @@ private:
     // Moves the file to an offset by relative seeks, skipped when it stands
     // there already.
     void SeekTo(std::uint64_t offset);
+    std::uint64_t KnownSize() const;
+    void SetFileSize(std::uint64_t size);
     bool ReadAt(std::uint64_t offset, void* buffer, std::uint32_t size);
-    void WriteAt(std::uint64_t offset, const void* buffer, std::uint32_t size);
+    bool WriteAt(std::uint64_t offset, const void* buffer, std::uint32_t size);
     std::uint32_t PagesInFile();
     std::uint32_t PagesIn(std::uint64_t size) const;
     bool PageInFile(std::uint32_t page);
@@ -125,11 +129,10 @@ private:
     bool WritePage();
     void AllocateKeyBuffer();
     void Release();
-    // Drops what this object holds of the file (cached pages, the header)
-    // when another object may have changed it; at the start of every public
-    // operation.
+    // Takes the header again when another object has changed it; at the
+    // start of every public operation.
     void Refresh();
-    void ReloadHeader(std::uint64_t size);
+    void ReloadHeader(const nvk::index_format::Header& header, std::uint64_t size);
 
     // Entries of the page in m_Page.
     char* EntryAt(int index, int slot) const;
@@ -159,12 +162,10 @@ private:
                      std::uint32_t right, unsigned long level);
     bool SeekValue(int index, unsigned long value, int& slot);
 
-    nvk::PageCache* m_Cache = nullptr;           // pages of a named file, written through
+    nvk::MappedFile* m_Map = nullptr;            // windows of a named file
     std::uint64_t m_FileAt = ~std::uint64_t{0};  // where the file stands; unknown
     std::uint32_t m_FilePages = 0;               // pages the file held when last asked
-    std::uint64_t m_StampSize = 0;               // the file's size when last looked at
-    std::uint64_t m_StampTime = 0;               // its time of last write then
-    bool m_Settled = false;                      // that time was long enough ago to tell
+    std::uint64_t m_FileSize = 0;                // and its size
     std::uint32_t m_Walked = 0;                  // leaves left by Next and Prev since Position
     std::uint32_t m_Deletions = 0;               // entries removed by this object
     std::uint32_t m_DeletionsSeen = 0;           // the same, when the cursor last moved

@@ -68,6 +68,14 @@ public:
     // Guards the regions: a handle may be used from several threads.
     std::mutex& lock() { return lock_; }
 
+    // The file pointer is the handle's own, kept here rather than in the
+    // descriptor: transfers then take one positioned call each, and nothing
+    // that uses the descriptor for other ends (a mapping asking the size)
+    // moves it. Transfers and moves of one handle run one at a time, as a
+    // synchronous handle's do.
+    std::mutex& pointerLock() { return pointerLock_; }
+    LONGLONG& pointer() { return pointer_; }
+
 private:
     int fd_;
     DWORD access_;
@@ -75,6 +83,8 @@ private:
     std::string deleteOnClose_;
     std::vector<Region> regions_;  // this handle's LockFile regions
     std::mutex lock_;
+    std::mutex pointerLock_;
+    LONGLONG pointer_ = 0;
 };
 
 File* FileOf(HANDLE handle) {
@@ -160,11 +170,10 @@ bool LockedBetween(int fd, off_t start, off_t end) {
            LockedBetween(fd, probe.l_start + 1, end);
 }
 
-// Whether another handle holds a byte-range lock over the bytes at the file
-// position; reads and writes there are refused as on Windows.
-bool LockedElsewhere(File& file, DWORD count) {
-    off_t position = lseek(file.fd(), 0, SEEK_CUR);
-    if (position < 0 || count == 0) {
+// Whether another handle holds a byte-range lock over `count` bytes from
+// `position`; reads and writes there are refused as on Windows.
+bool LockedElsewhere(File& file, LONGLONG position, DWORD count) {
+    if (count == 0) {
         return false;
     }
     const struct flock range = RangeLock({static_cast<ULONGLONG>(position), count}, F_WRLCK);
@@ -335,9 +344,9 @@ HANDLE CreateFileA(LPCSTR fileName, DWORD desiredAccess, DWORD shareMode,
 
 namespace {
 
-// The checks a read and a write share: the handle, its access, the buffer and
-// the other handles' locks. Null, with the error set, when the transfer may
-// not start.
+// The checks a read and a write share before they take the file pointer: the
+// handle, its access and the buffer. Null, with the error set, when the
+// transfer may not start.
 File* StartTransfer(HANDLE handle, LPCVOID buffer, DWORD count, LPDWORD done, bool writing) {
     if (done != nullptr) {
         *done = 0;
@@ -354,10 +363,6 @@ File* StartTransfer(HANDLE handle, LPCVOID buffer, DWORD count, LPDWORD done, bo
         SetErrorCode(writing ? ERROR_INVALID_USER_BUFFER : ERROR_NOACCESS);
         return nullptr;
     }
-    if (LockedElsewhere(*file, count)) {
-        SetErrorCode(ERROR_LOCK_VIOLATION);
-        return nullptr;
-    }
     return file;
 }
 
@@ -368,14 +373,22 @@ BOOL ReadFile(HANDLE handle, LPVOID buffer, DWORD toRead, LPDWORD read, LPVOID /
     if (file == nullptr) {
         return FALSE;
     }
+    std::lock_guard guard(file->pointerLock());
+    const LONGLONG at = file->pointer();
+    if (LockedElsewhere(*file, at, toRead)) {
+        SetErrorCode(ERROR_LOCK_VIOLATION);
+        return FALSE;
+    }
     DWORD total = 0;
     while (total < toRead) {
-        ssize_t got = ::read(file->fd(), static_cast<char*>(buffer) + total, toRead - total);
+        ssize_t got =
+            ::pread(file->fd(), static_cast<char*>(buffer) + total, toRead - total, at + total);
         if (got < 0 && errno == EINTR) {
             continue;
         }
         if (got < 0) {
             SetErrorFromErrno(errno);
+            file->pointer() = at + total;
             return FALSE;
         }
         if (got == 0) {
@@ -386,6 +399,7 @@ BOOL ReadFile(HANDLE handle, LPVOID buffer, DWORD toRead, LPDWORD read, LPVOID /
             *read = total;
         }
     }
+    file->pointer() = at + total;
     return TRUE;  // the last error stays as it was, as on Windows
 }
 
@@ -396,15 +410,22 @@ BOOL WriteFile(HANDLE handle, LPCVOID buffer, DWORD toWrite, LPDWORD written,
     if (file == nullptr) {
         return FALSE;
     }
+    std::lock_guard guard(file->pointerLock());
+    const LONGLONG at = file->pointer();
+    if (LockedElsewhere(*file, at, toWrite)) {
+        SetErrorCode(ERROR_LOCK_VIOLATION);
+        return FALSE;
+    }
     DWORD total = 0;
     while (total < toWrite) {
-        ssize_t put =
-            ::write(file->fd(), static_cast<const char*>(buffer) + total, toWrite - total);
+        ssize_t put = ::pwrite(file->fd(), static_cast<const char*>(buffer) + total,
+                               toWrite - total, at + total);
         if (put < 0 && errno == EINTR) {
             continue;
         }
         if (put <= 0) {
             SetErrorFromErrno(put < 0 ? errno : ENOSPC);
+            file->pointer() = at + total;
             return FALSE;
         }
         total += static_cast<DWORD>(put);
@@ -412,6 +433,7 @@ BOOL WriteFile(HANDLE handle, LPCVOID buffer, DWORD toWrite, LPDWORD written,
             *written = total;
         }
     }
+    file->pointer() = at + total;
     return TRUE;  // the last error stays as it was, as on Windows
 }
 
@@ -425,9 +447,10 @@ DWORD SetFilePointer(HANDLE handle, LONG distance, PLONG distanceHigh, DWORD mov
                         ? distance
                         : static_cast<LONGLONG>((static_cast<ULONGLONG>(*distanceHigh) << 32) |
                                                 static_cast<DWORD>(distance));
+    std::lock_guard guard(file->pointerLock());
     LONGLONG base = 0;
     if (moveMethod == FILE_CURRENT) {
-        base = lseek(file->fd(), 0, SEEK_CUR);
+        base = file->pointer();
     } else if (moveMethod == FILE_END) {
         struct stat info;
         base = fstat(file->fd(), &info) == 0 ? info.st_size : -1;
@@ -444,10 +467,7 @@ DWORD SetFilePointer(HANDLE handle, LONG distance, PLONG distanceHigh, DWORD mov
         SetErrorCode(ERROR_NEGATIVE_SEEK);
         return INVALID_SET_FILE_POINTER;
     }
-    if (lseek(file->fd(), target, SEEK_SET) < 0) {
-        SetErrorFromErrno(errno);
-        return INVALID_SET_FILE_POINTER;
-    }
+    file->pointer() = target;
     if (distanceHigh != nullptr) {
         *distanceHigh = static_cast<LONG>(static_cast<ULONGLONG>(target) >> 32);
     }
@@ -482,8 +502,8 @@ BOOL SetEndOfFile(HANDLE handle) {
         SetErrorCode(ERROR_ACCESS_DENIED);
         return FALSE;
     }
-    off_t position = lseek(file->fd(), 0, SEEK_CUR);
-    if (position < 0 || ftruncate(file->fd(), position) != 0) {
+    std::lock_guard guard(file->pointerLock());
+    if (ftruncate(file->fd(), static_cast<off_t>(file->pointer())) != 0) {
         SetErrorFromErrno(errno);
         return FALSE;
     }
