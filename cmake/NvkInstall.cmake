@@ -3,6 +3,11 @@
 #   runtime  the shared libraries and the engines that LoadLibraryA loads
 #   dev      headers, static libraries, nvkrc, the CMake package, nvkutil.pc
 #   tool     the nvk command
+# Debian keeps libraries in the folder of their architecture under any prefix.
+if(CMAKE_LIBRARY_ARCHITECTURE AND NOT DEFINED CACHE{CMAKE_INSTALL_LIBDIR})
+    set(CMAKE_INSTALL_LIBDIR lib/${CMAKE_LIBRARY_ARCHITECTURE}
+        CACHE PATH "Object code libraries (lib)")
+endif()
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
@@ -28,6 +33,14 @@ install(TARGETS nvkutil_static nvkframe_static EXPORT nvkutil
 install(TARGETS dzip32 dunzip32 dlsbar
         LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/${NVK_ENGINE_FOLDER} COMPONENT runtime)
 install(TARGETS nvkrc EXPORT nvkutil RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT dev)
+# Manual pages go compressed, and reproducibly (gzip -n).
+set(NVK_RC_MAN ${PROJECT_BINARY_DIR}/man/nvkrc.1)
+add_custom_command(OUTPUT ${NVK_RC_MAN}.gz
+                   COMMAND ${CMAKE_COMMAND} -E copy ${PROJECT_SOURCE_DIR}/tools/rc/nvkrc.1 ${NVK_RC_MAN}
+                   COMMAND gzip -9nf ${NVK_RC_MAN}
+                   DEPENDS tools/rc/nvkrc.1 VERBATIM)
+add_custom_target(nvkrc_man ALL DEPENDS ${NVK_RC_MAN}.gz)
+install(FILES ${NVK_RC_MAN}.gz DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT dev)
 install(TARGETS nvk RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tool)
 
 install(DIRECTORY include/ ${PROJECT_BINARY_DIR}/include/
