@@ -18,6 +18,8 @@ packages=(
     libzint-dev  # the bar-code engine
     zbar-tools poppler-utils librsvg2-bin  # the bar-code tests read what is drawn
     valgrind  # scripts/bench.sh --callgrind counts the hot paths' instructions
+    make file dpkg-dev lintian  # scripts/check_package.sh: the pkg-config demo, cpack's dpkg-shlibdeps, the packages' check
+    doxygen  # the docs target's API reference
 )
 
 sudo=""
