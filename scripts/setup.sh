@@ -18,6 +18,8 @@ packages=(
     zbar-tools poppler-utils librsvg2-bin  # the bar-code tests read what is drawn
     valgrind  # scripts/bench.sh --callgrind counts the hot paths' instructions
     help2man  # the tool's manual page, made from its help at build time
+    make file dpkg-dev lintian  # scripts/check_package.sh: the pkg-config demo, cpack's dpkg-shlibdeps, the packages' check
+    doxygen  # the docs target's API reference
 )
 
 sudo=""

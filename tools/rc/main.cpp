@@ -1,5 +1,5 @@
 // nvkrc: compiles resource scripts into the C++ source of a module's table.
-//   nvkrc --output FILE --symbol NAME [--export] SCRIPT...
+//   nvkrc --output FILE --symbol NAME [--export | --register] SCRIPT...
 #include <fstream>
 #include <iostream>
 #include <sstream>
@@ -13,7 +13,7 @@
 int main(int argc, char** argv) {
     std::string output;
     std::string symbol;
-    bool exported = false;
+    nvk::rc::TableUse use = nvk::rc::TableUse::kNamed;
     std::vector<std::string> scripts;
     for (int i = 1; i < argc; ++i) {
         std::string arg = argv[i];
@@ -22,13 +22,15 @@ int main(int argc, char** argv) {
         } else if (arg == "--symbol" && i + 1 < argc) {
             symbol = argv[++i];
         } else if (arg == "--export") {
-            exported = true;
+            use = nvk::rc::TableUse::kExported;
+        } else if (arg == "--register") {
+            use = nvk::rc::TableUse::kRegistered;
         } else {
             scripts.push_back(arg);
         }
     }
     if (output.empty() || symbol.empty() || scripts.empty()) {
-        std::cerr << "usage: nvkrc --output FILE --symbol NAME [--export] SCRIPT...\n";
+        std::cerr << "usage: nvkrc --output FILE --symbol NAME [--export | --register] SCRIPT...\n";
         return 2;
     }
     nvk::rc::Script script;
@@ -48,7 +50,7 @@ int main(int argc, char** argv) {
         return 1;
     }
     std::ostringstream source;
-    nvk::rc::WriteSource(nvk::rc::Layout(script), symbol, exported, source);
+    nvk::rc::WriteSource(nvk::rc::Layout(script), symbol, use, source);
     nvk::rc::WriteVersionSection(script, source);
     // The file is rewritten only when it changes, so that nothing rebuilds
     // for an unchanged table.

@@ -54,10 +54,14 @@ std::vector<TableEntry> Layout(const Script& script) {
     return table;
 }
 
-void WriteSource(const std::vector<TableEntry>& table, const std::string& symbol, bool exported,
+void WriteSource(const std::vector<TableEntry>& table, const std::string& symbol, TableUse use,
                  std::ostream& out) {
     out << "// Made by nvkrc from the resource scripts; not to be edited.\n"
-           "#include <cstdint>\n\n#include \"os/api/resource.h\"\n\nnamespace {\n\n";
+           "#include <cstdint>\n\n";
+    if (use == TableUse::kRegistered) {
+        out << "#include \"nvk/os/module.h\"\n";
+    }
+    out << "#include \"nvk/os/resource.h\"\n\nnamespace {\n\n";
     for (std::size_t i = 0; i < table.size(); ++i) {
         const TableEntry& entry = table[i];
         std::string name = "kData" + std::to_string(i);
@@ -81,7 +85,7 @@ void WriteSource(const std::vector<TableEntry>& table, const std::string& symbol
     }
     out << "};\n\n}  // namespace\n\n";
     std::string count = std::to_string(table.size());
-    if (exported) {
+    if (use == TableUse::kExported) {
         out << "extern \"C\" __attribute__((visibility(\"default\"))) constinit const "
                "nvk::os::ResourceTable "
             << symbol << " = {" << count << ", kEntries};\n";
@@ -97,6 +101,17 @@ void WriteSource(const std::vector<TableEntry>& table, const std::string& symbol
         << "nvk::os::ResourceTable " << name << " = {" << count << ", kEntries};\n";
     if (!space.empty()) {
         out << "\n}  // namespace " << space << '\n';
+    }
+    if (use == TableUse::kRegistered) {
+        // The table belongs to the module while it is loaded, as the library's
+        // own table does.
+        out << "\nnamespace {\n\nstruct TableRegistration {\n"
+               "    TableRegistration() {\n"
+               "        nvk::os::RegisterResourceTable(nvk::os::ModuleFromAddress(&"
+            << symbol << "), &" << symbol
+            << ");\n    }\n"
+               "    ~TableRegistration() { nvk::os::UnregisterResourceTable(&"
+            << symbol << "); }\n};\n\nconst TableRegistration kRegistration;\n\n}  // namespace\n";
     }
 }
 

@@ -24,9 +24,15 @@ struct TableEntry {
 // The table, ordered by type, name and language.
 std::vector<TableEntry> Layout(const Script& script);
 
-// The C++ source of the table. `symbol` may be qualified ("nvk::Name"); with
-// `exported` it is an unmangled symbol that the module exports.
-void WriteSource(const std::vector<TableEntry>& table, const std::string& symbol, bool exported,
+// How a module's table is found: kNamed, by the module's own code, which
+// registers it; kExported, as the unmangled symbol that the module exports;
+// kRegistered, from a registration that the source itself makes when the
+// module starts, under the module that holds the table.
+enum class TableUse { kNamed, kExported, kRegistered };
+
+// The C++ source of the table. `symbol` may be qualified ("nvk::Name") unless
+// the table is exported.
+void WriteSource(const std::vector<TableEntry>& table, const std::string& symbol, TableUse use,
                  std::ostream& out);
 
 }  // namespace nvk::rc

@@ -45,7 +45,11 @@ std::vector<std::string> Candidates(std::string_view name) {
         return files;
     }
     std::vector<std::string> names = posix::ModuleFileNames(name);
-    std::string folders[] = {Folder(posix::ExecutablePath()), Folder(posix::LayerPath())};
+    std::string layer = Folder(posix::LayerPath());
+    // An installed tree keeps the engines in a folder of their own beside the
+    // library; a build tree has them beside it.
+    std::string folders[] = {Folder(posix::ExecutablePath()), layer,
+                             layer.empty() ? layer : layer + NVK_ENGINE_FOLDER "/"};
     for (const std::string& folder : folders) {
         if (folder.empty() || (&folder != &folders[0] && folder == folders[0])) {
             continue;
