@@ -126,7 +126,7 @@ int CompareNames(const char* a, const char* b) {
 // Name order without regard to case, "." and ".." first.
 bool Before(const WIN32_FIND_DATAA& a, const WIN32_FIND_DATAA& b) {
     auto rank = [](const char* name) {
-        return std::strcmp(name, ".") == 0 ? 0 : std::strcmp(name, "..") == 0 ? 1 : 2;
+        return name[0] != '.' ? 2 : name[1] == '\0' ? 0 : name[1] == '.' && name[2] == '\0' ? 1 : 2;
     };
     int ra = rank(a.cFileName);
     int rb = rank(b.cFileName);

@@ -5,6 +5,7 @@
 
 #include "os/posix/drive_map.h"
 #include "os/posix/fs_support.h"
+#include "os/posix/native_names.h"
 #include "os/posix/system_drive_map.h"
 
 namespace nvk::os {
@@ -27,7 +28,7 @@ DWORD WNetGetConnectionA(LPCSTR localName, LPSTR remoteName, LPDWORD length) {
     // The share that holds the drive's folder, found as a path's drive form is
     // found, with the drives themselves out of the way.
     map.drives = {};
-    std::string remote = posix::MapToWindows(map, directory, "/");
+    std::string remote = posix::AnsiName(posix::MapToWindows(map, directory, "/"));
     if (remote.empty()) {
         return ERROR_NOT_CONNECTED;
     }
