@@ -3,12 +3,6 @@
 #   runtime  the shared libraries and the engines that LoadLibraryA loads
 #   dev      headers, static libraries, nvkrc, the CMake package, nvkutil.pc
 #   tool     the nvk command
-# Debian keeps libraries in the folder of their architecture under any prefix.
-if(CMAKE_LIBRARY_ARCHITECTURE AND NOT DEFINED CACHE{CMAKE_INSTALL_LIBDIR})
-    set(CMAKE_INSTALL_LIBDIR lib/${CMAKE_LIBRARY_ARCHITECTURE}
-        CACHE PATH "Object code libraries (lib)")
-endif()
-include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
 set(NVK_CMAKE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/nvkutil)
@@ -22,6 +16,7 @@ endforeach()
 set_target_properties(nvkafx nvkutil PROPERTIES INSTALL_RPATH "$ORIGIN")
 set_target_properties(dzip32 dunzip32 dlsbar PROPERTIES INSTALL_RPATH "$ORIGIN/..")
 set_target_properties(nvk PROPERTIES INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
+# (tools/nvk installs the tool, its manual page and its completion.)
 
 target_include_directories(nvkos INTERFACE $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
 set_target_properties(nvkframe_static PROPERTIES EXPORT_NAME nvkframe)
@@ -41,7 +36,6 @@ add_custom_command(OUTPUT ${NVK_RC_MAN}.gz
                    DEPENDS tools/rc/nvkrc.1 VERBATIM)
 add_custom_target(nvkrc_man ALL DEPENDS ${NVK_RC_MAN}.gz)
 install(FILES ${NVK_RC_MAN}.gz DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT dev)
-install(TARGETS nvk RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tool)
 
 install(DIRECTORY include/ ${PROJECT_BINARY_DIR}/include/
         DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT dev)

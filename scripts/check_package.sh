@@ -49,7 +49,8 @@ for expected in 'libnvkutil0: ./usr/lib/.*/libnvkutil.so.0$' 'libnvkutil0: ./usr
                 'libnvkutil0: ./usr/lib/.*/nvkutil/libDlsbar32.so$' 'libnvkutil-dev: ./usr/lib/.*/libnvkframe.a$' \
                 'libnvkutil-dev: ./usr/lib/.*/nvkutilConfig.cmake$' 'libnvkutil-dev: ./usr/lib/.*/nvkutil.pc$' \
                 'libnvkutil-dev: ./usr/include/nvk/nvkutil_export.h$' 'libnvkutil-dev: ./usr/bin/nvkrc$' \
-                'nvk: ./usr/bin/nvk$'; do
+                'nvk: ./usr/bin/nvk$' 'nvk: ./usr/share/man/man1/nvk.1.gz$' \
+                'nvk: ./usr/share/bash-completion/completions/nvk$'; do
     grep -q "$expected" "$work/contents" || { echo "missing from the packages: $expected"; exit 1; }
 done
 for file in "$work"/deb/*.deb; do
