@@ -22,10 +22,10 @@ echo "-- each installed header alone"
     'echo "#include \"{}\"" | c++ -std=c++20 -fsyntax-only -Wall -Wextra -Werror -I. -x c++ - ||
      { echo "does not compile alone: {}"; exit 255; }')
 
-echo "-- the demo, with find_package"
+echo "-- the demo, with find_package (shared, then static)"
 cmake -S examples -B "$work/demo-cmake" -G Ninja -Dnvkutil_DIR="$config" >/dev/null
 cmake --build "$work/demo-cmake" >/dev/null
-(cd "$work/run" && "$work/demo-cmake/demo")
+(cd "$work/run" && "$work/demo-cmake/demo" && "$work/demo-cmake/demo_static" >/dev/null)
 
 echo "-- the demo, with pkg-config"
 mkdir -p "$work/demo-pc"
