@@ -42,6 +42,12 @@ add_custom_command(OUTPUT ${NVK_RC_MAN}.gz
 add_custom_target(nvkrc_man ALL DEPENDS ${NVK_RC_MAN}.gz)
 install(FILES ${NVK_RC_MAN}.gz DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT dev)
 install(TARGETS nvk RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tool)
+if(TARGET nvk_man)
+    install(FILES ${PROJECT_BINARY_DIR}/tools/nvk/nvk.1.gz DESTINATION ${CMAKE_INSTALL_MANDIR}/man1
+            COMPONENT tool)
+endif()
+install(FILES tools/nvk/nvk.bash-completion
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME nvk COMPONENT tool)
 
 install(DIRECTORY include/ ${PROJECT_BINARY_DIR}/include/
         DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT dev)
