@@ -416,22 +416,24 @@ unsigned long EIndexFile::GreaterEqual(int index, void* key) {
         return 0;
     }
     const KeyOrder order(*this, m_Index);
+    const int entrySize = Desc(m_Index).EntrySize;
     int slot = 0;
     std::uint32_t steps = 0;
     for (;;) {
-        if (slot >= fmt::CountOf(m_Page)) {
-            const std::uint32_t next = fmt::NextOf(m_Page);
-            if (next == 0 || !StepToLeaf(m_Index, next, steps)) {
-                m_CurSlot = 0;
-                return 0;
-            }
-            slot = 0;
-            continue;
+        const int count = fmt::CountOf(m_Page);
+        for (const char* entry = EntryAt(m_Index, slot); slot < count && order(key, entry) > 0;
+             entry += entrySize) {
+            ++slot;
         }
-        if (order(key, EntryAt(m_Index, slot)) <= 0) {
+        if (slot < count) {
             break;
         }
-        ++slot;
+        const std::uint32_t next = fmt::NextOf(m_Page);
+        if (next == 0 || !StepToLeaf(m_Index, next, steps)) {
+            m_CurSlot = 0;
+            return 0;
+        }
+        slot = 0;
     }
     Position(slot);
     const unsigned long value = Take(slot);
