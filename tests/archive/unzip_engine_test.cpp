@@ -52,8 +52,9 @@ TEST(UnzipReaders, InfoZipArchivesWithFoldersPasswordsAndComments) {
     char wrong[] = "Wrong";
     locked.lpszDecryptCode = wrong;
     EXPECT_EQ(locked.function = kTestNamed, kTestNamed);
-    int code = locked.dunzip();
-    EXPECT_TRUE(code == kUnzipBadPassword || code == kUnzipBadCrc) << code;
+    // The encryption header checks one byte: one wrong password in 256 gets
+    // past it, and the member then fails as damaged data of whatever kind.
+    EXPECT_NE(locked.dunzip(), 0);
     char right[] = "Secret";
     locked.lpszDecryptCode = right;
     locked.function = kExtract;
