@@ -1,0 +1,59 @@
+# The tests on Windows, run under Wine by the cross build's emulator. Every
+# test needs the Wine server that the fixture "wine" starts once for the run
+# (a server of each test's own costs seconds, and one started inside a test
+# has hung). What cannot run on Windows is left out or labelled posix_only,
+# and the test windows.skipped prints the list with the reasons.
+
+set(NVK_TEST_PROPERTIES FIXTURES_REQUIRED wine)
+
+add_test(NAME wine.start_server COMMAND ${CMAKE_CROSSCOMPILING_EMULATOR} --start-server)
+add_test(NAME wine.stop_server COMMAND ${CMAKE_CROSSCOMPILING_EMULATOR} --stop-server)
+set_tests_properties(wine.start_server PROPERTIES FIXTURES_SETUP wine)
+set_tests_properties(wine.stop_server PROPERTIES FIXTURES_CLEANUP wine)
+
+# Folders whose programs need what the Windows build lacks.
+set(NVK_WINDOWS_LEFT_OUT_FOLDERS
+    "barcode: the bar-code engine needs libzint and cairo, not built for Windows"
+    "rc: tests the POSIX build's resource compiler; Windows links windres' resources"
+    "ui: links the POSIX build's resource compiler"
+    "archive: the zip engines need libzip, not built for Windows")
+set(NVK_WINDOWS_SKIPPED)
+
+# The tests that drive the tool from a POSIX shell or from Python run the
+# program directly, which only the POSIX build can. The label is set once the
+# folder is read, after the folder's own LABELS.
+function(add_test)
+    _add_test(${ARGV})
+    list(FIND ARGV COMMAND at)
+    math(EXPR at "${at} + 1")
+    list(GET ARGV ${at} program)
+    list(GET ARGV 1 name)
+    if(program STREQUAL "sh" OR program STREQUAL "${Python3_EXECUTABLE}")
+        set_property(GLOBAL APPEND PROPERTY NVK_POSIX_ONLY_TESTS ${name})
+        set(property LABELS posix_only)
+    else()
+        set(property FIXTURES_REQUIRED wine)
+    endif()
+    # A deferred call reads variables when it runs: the name goes in as text.
+    cmake_language(EVAL CODE
+                   "cmake_language(DEFER CALL set_property TEST [[${name}]] APPEND PROPERTY ${property})")
+endfunction()
+
+# Prints what does not run here; called once every folder is read.
+function(nvk_windows_skipped_test)
+    get_property(posix_only GLOBAL PROPERTY NVK_POSIX_ONLY_TESTS)
+    set(lines)
+    foreach(folder IN LISTS NVK_WINDOWS_LEFT_OUT_FOLDERS)
+        list(APPEND lines "left out: tests/${folder}")
+    endforeach()
+    foreach(name IN LISTS posix_only)
+        list(APPEND lines "posix_only: ${name} (runs the tool from a POSIX shell or Python)")
+    endforeach()
+    list(LENGTH NVK_WINDOWS_LEFT_OUT_FOLDERS folders)
+    list(LENGTH posix_only tests)
+    list(JOIN lines "\n" text)
+    file(WRITE ${PROJECT_BINARY_DIR}/windows_skipped.txt
+         "${text}\n${folders} test folders left out, ${tests} tests labelled posix_only\n")
+    _add_test(NAME windows.skipped COMMAND ${CMAKE_COMMAND} -E cat
+              ${PROJECT_BINARY_DIR}/windows_skipped.txt)
+endfunction()
