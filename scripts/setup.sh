@@ -9,11 +9,10 @@ packages=(
     libinih-dev libsqlite3-dev liblmdb-dev
     python3  # the tool's contract test
     tzdata   # the time tests name real zones
-    libzip-dev zip unzip 7zip  # the unzip engine; archives of other writers in its tests, and its benchmark's peer
     binutils-mingw-w64-x86-64 gcc-mingw-w64-x86-64  # Windows executables for the version tests
     libcairo2-dev libpango1.0-dev fonts-dejavu-core  # device contexts and their text
     liblnk-utils desktop-file-utils  # readers of the shell links and desktop entries we write
-    libzip-dev zip unzip 7zip libarchive-tools  # the zip engine; the readers and peer of its tests and benchmark
+    libzip-dev zip unzip 7zip libarchive-tools  # the zip and unzip engines; other writers and readers in their tests, and their benchmarks' peers
     libsystemd-dev dbus-daemon  # DDE over the session bus, and the tests' private bus
     libzint-dev  # the bar-code engine
     zbar-tools poppler-utils librsvg2-bin  # the bar-code tests read what is drawn

@@ -13,10 +13,13 @@
 #include <cstdarg>
 #include <string>
 
+#include "nvk/nvkafx_export.h"
+
 namespace nvk::afx {
 
 // The formatted text up to its first zero byte, as a printf caller reads
-// it back. Exhausted memory throws CMemoryException*.
-std::string FormatText(const char* format, va_list args);
+// it back. Exhausted memory throws CMemoryException*. Exported for Chaine,
+// whose frame lies in every module.
+NVKAFX_EXPORT std::string FormatText(const char* format, va_list args);
 
 }  // namespace nvk::afx

@@ -5,11 +5,13 @@
 
 #include <cstddef>
 
+#include "nvk/nvkafx_export.h"
+
 namespace nvk::afx {
 
 // operator new, with std::bad_alloc turned into CMemoryException*.
-void* AllocateBytes(std::size_t bytes);
-void FreeBytes(void* block) noexcept;
+NVKAFX_EXPORT void* AllocateBytes(std::size_t bytes);
+NVKAFX_EXPORT void FreeBytes(void* block) noexcept;
 
 template <class T>
 struct FrameworkAllocator {

@@ -14,11 +14,12 @@
 #include <vector>
 
 #include "nvk/afx/allocator.h"
+#include "nvk/nvkafx_export.h"
 
 class CFile;
 class CString;
 
-class CArchive {
+class NVKAFX_EXPORT CArchive {
 public:
     enum Mode : unsigned { store = 0, load = 1, bNoFlushOnDelete = 2 };
 

@@ -10,8 +10,9 @@
 #include <string>
 
 #include "nvk/afx/allocator.h"
+#include "nvk/nvkafx_export.h"
 
-class CString {
+class NVKAFX_EXPORT CString {
 public:
     CString() = default;
     CString(const char* text);  // null gives the empty string
@@ -98,11 +99,11 @@ private:
     Text m_text;
 };
 
-CString operator+(const CString& left, const CString& right);
-CString operator+(const CString& left, const char* right);
-CString operator+(const char* left, const CString& right);
-CString operator+(const CString& left, char right);
-CString operator+(char left, const CString& right);
+NVKAFX_EXPORT CString operator+(const CString& left, const CString& right);
+NVKAFX_EXPORT CString operator+(const CString& left, const char* right);
+NVKAFX_EXPORT CString operator+(const char* left, const CString& right);
+NVKAFX_EXPORT CString operator+(const CString& left, char right);
+NVKAFX_EXPORT CString operator+(char left, const CString& right);
 
 inline bool operator==(const CString& left, const CString& right) {
     return left.Compare(right) == 0;

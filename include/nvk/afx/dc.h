@@ -4,11 +4,12 @@
 // system, so a client device context is always the screen's.
 #pragma once
 
+#include "nvk/nvkafx_export.h"
 #include "nvk/os/gdi_types.h"
 
 class CWnd;
 
-class CRect : public nvk::os::RECT {
+class NVKAFX_EXPORT CRect : public nvk::os::RECT {
 public:
     CRect() : nvk::os::RECT{0, 0, 0, 0} {}
     CRect(int l, int t, int r, int b) : nvk::os::RECT{l, t, r, b} {}
@@ -19,7 +20,7 @@ public:
     operator const nvk::os::RECT*() const { return this; }
 };
 
-class CDC {
+class NVKAFX_EXPORT CDC {
 public:
     CDC() = default;
     CDC(const CDC&) = delete;
@@ -53,7 +54,7 @@ private:
     bool m_created = false;
 };
 
-class CClientDC : public CDC {
+class NVKAFX_EXPORT CClientDC : public CDC {
 public:
     explicit CClientDC(CWnd* window);
     ~CClientDC() override;

@@ -9,8 +9,9 @@
 
 #include "nvk/afx/cstring.h"
 #include "nvk/afx/object.h"
+#include "nvk/nvkafx_export.h"
 
-class CException : public CObject {
+class NVKAFX_EXPORT CException : public CObject {
     DECLARE_DYNAMIC(CException)
 
 public:
@@ -29,7 +30,7 @@ private:
     bool m_bAutoDelete;
 };
 
-class CMemoryException : public CException {
+class NVKAFX_EXPORT CMemoryException : public CException {
     DECLARE_DYNAMIC(CMemoryException)
 
 public:
@@ -37,7 +38,7 @@ public:
     bool GetErrorMessage(char* text, unsigned size, unsigned* helpContext = nullptr) const override;
 };
 
-class CNotSupportedException : public CException {
+class NVKAFX_EXPORT CNotSupportedException : public CException {
     DECLARE_DYNAMIC(CNotSupportedException)
 
 public:
@@ -45,7 +46,7 @@ public:
     bool GetErrorMessage(char* text, unsigned size, unsigned* helpContext = nullptr) const override;
 };
 
-class CArchiveException : public CException {
+class NVKAFX_EXPORT CArchiveException : public CException {
     DECLARE_DYNAMIC(CArchiveException)
 
 public:
@@ -67,7 +68,7 @@ public:
     CString m_strFileName;
 };
 
-class CFileException : public CException {
+class NVKAFX_EXPORT CFileException : public CException {
     DECLARE_DYNAMIC(CFileException)
 
 public:
@@ -103,11 +104,12 @@ public:
 
 // Throw a CMemoryException* to one object shared by the process, since memory
 // may be short; its Delete() does nothing.
-[[noreturn]] void AfxThrowMemoryException();
-[[noreturn]] void AfxThrowNotSupportedException();
-[[noreturn]] void AfxThrowArchiveException(int cause, const char* archiveName = nullptr);
-[[noreturn]] void AfxThrowFileException(int cause, long osError = -1,
-                                        const char* fileName = nullptr);
+[[noreturn]] NVKAFX_EXPORT void AfxThrowMemoryException();
+[[noreturn]] NVKAFX_EXPORT void AfxThrowNotSupportedException();
+[[noreturn]] NVKAFX_EXPORT void AfxThrowArchiveException(int cause,
+                                                         const char* archiveName = nullptr);
+[[noreturn]] NVKAFX_EXPORT void AfxThrowFileException(int cause, long osError = -1,
+                                                      const char* fileName = nullptr);
 
 namespace nvk::afx {
 

@@ -7,11 +7,12 @@
 
 #include "nvk/afx/cstring.h"
 #include "nvk/afx/object.h"
+#include "nvk/nvkafx_export.h"
 #include "nvk/os/types.h"
 
 class CFileException;
 
-class CFile : public CObject {
+class NVKAFX_EXPORT CFile : public CObject {
     DECLARE_DYNAMIC(CFile)
 
 public:

@@ -6,12 +6,13 @@
 #include <vector>
 
 #include "nvk/afx/window.h"
+#include "nvk/nvkafx_export.h"
 
 inline constexpr nvk::os::UINT AFX_IDW_STATUS_BAR = 0xE801;
 
 class CFrameWnd;
 
-class CControlBar : public CWnd {
+class NVKAFX_EXPORT CControlBar : public CWnd {
 public:
     ~CControlBar() override;
 
@@ -27,13 +28,13 @@ private:
     CFrameWnd* m_pDockSite = nullptr;
 };
 
-class CStatusBar : public CControlBar {
+class NVKAFX_EXPORT CStatusBar : public CControlBar {
 public:
     bool Create(CWnd* parent, nvk::os::DWORD style = nvk::os::WS_CHILD | nvk::os::WS_VISIBLE,
                 nvk::os::UINT id = AFX_IDW_STATUS_BAR);
 };
 
-class CFrameWnd : public CWnd {
+class NVKAFX_EXPORT CFrameWnd : public CWnd {
 public:
     // The bars outlive their frame's list.
     ~CFrameWnd() override;

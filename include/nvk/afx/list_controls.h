@@ -4,8 +4,9 @@
 #pragma once
 
 #include "nvk/afx/window.h"
+#include "nvk/nvkafx_export.h"
 
-class CComboBox : public CWnd {
+class NVKAFX_EXPORT CComboBox : public CWnd {
 public:
     bool Create(nvk::os::DWORD style, const nvk::os::RECT& rect, CWnd* parent, nvk::os::UINT id);
 
@@ -24,7 +25,7 @@ public:
     int FindStringExact(int startAfter, const char* text) const;
 };
 
-class CListBox : public CWnd {
+class NVKAFX_EXPORT CListBox : public CWnd {
 public:
     bool Create(nvk::os::DWORD style, const nvk::os::RECT& rect, CWnd* parent, nvk::os::UINT id);
 

@@ -10,6 +10,7 @@
 #include "nvk/afx/cstring.h"
 #include "nvk/afx/object.h"
 #include "nvk/afx/plex.h"
+#include "nvk/nvkafx_export.h"
 
 // The bucket of a key before the modulo: integers and pointers by their
 // value without the low four bits, as the framework hashes them.
@@ -180,7 +181,7 @@ private:
 };
 
 // The framework's map of texts to objects; it owns neither.
-class CMapStringToOb : public CMap<CString, const char*, CObject*, CObject*> {
+class NVKAFX_EXPORT CMapStringToOb : public CMap<CString, const char*, CObject*, CObject*> {
 public:
     explicit CMapStringToOb(int nBlockSize = 10) : CMap(nBlockSize) {}
 };

@@ -10,8 +10,9 @@
 #include <cstdint>
 
 #include "nvk/afx/file.h"
+#include "nvk/nvkafx_export.h"
 
-class CMemFile : public CFile {
+class NVKAFX_EXPORT CMemFile : public CFile {
     DECLARE_DYNAMIC(CMemFile)
 
 public:

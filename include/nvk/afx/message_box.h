@@ -3,6 +3,8 @@
 // error and the answer is the default button of the style.
 #pragma once
 
+#include "nvk/nvkafx_export.h"
+
 // Buttons (the low four bits of the style).
 inline constexpr unsigned MB_OK = 0x0;
 inline constexpr unsigned MB_OKCANCEL = 0x1;
@@ -48,7 +50,7 @@ inline constexpr int IDTRYAGAIN = 10;
 inline constexpr int IDCONTINUE = 11;
 
 // Shows `text` with the style `type`; returns the button chosen.
-int AfxMessageBox(const char* text, unsigned type = MB_OK, unsigned helpId = 0);
+NVKAFX_EXPORT int AfxMessageBox(const char* text, unsigned type = MB_OK, unsigned helpId = 0);
 
 namespace nvk::afx {
 
@@ -56,9 +58,9 @@ using MessageBoxHook = int (*)(const char* text, unsigned type, unsigned helpId)
 
 // Installs the hook of the process (null removes it) and returns the one it
 // replaces. Applications install theirs at start-up.
-MessageBoxHook SetMessageBoxHook(MessageBoxHook hook);
+NVKAFX_EXPORT MessageBoxHook SetMessageBoxHook(MessageBoxHook hook);
 
 // The answer of a box nobody sees: the default button of the style.
-int DefaultButton(unsigned type);
+NVKAFX_EXPORT int DefaultButton(unsigned type);
 
 }  // namespace nvk::afx

@@ -5,8 +5,9 @@
 
 #include "nvk/afx/object.h"
 #include "nvk/afx/plex.h"
+#include "nvk/nvkafx_export.h"
 
-class CObList : public CObject {
+class NVKAFX_EXPORT CObList : public CObject {
 public:
     explicit CObList(int nBlockSize = 10) : m_Pool(nBlockSize) {}
     ~CObList() override;

@@ -3,10 +3,12 @@
 // base class and, for dynamically creatable classes, makes a new object.
 #pragma once
 
+#include "nvk/nvkafx_export.h"
+
 class CArchive;
 class CObject;
 
-struct CRuntimeClass {
+struct NVKAFX_EXPORT CRuntimeClass {
     const char* m_lpszClassName;
     int m_nObjectSize;
     // 0xFFFF for classes that are not serialisable by schema.
@@ -25,7 +27,7 @@ namespace nvk::afx {
 inline constexpr unsigned kNoSchema = 0xFFFF;
 }  // namespace nvk::afx
 
-class CObject {
+class NVKAFX_EXPORT CObject {
 public:
     static const CRuntimeClass classCObject;
     static const CRuntimeClass* GetThisClass() { return &classCObject; }

@@ -2,9 +2,11 @@
 // from 30 December 1899 whose fraction is the time of day, with a status.
 #pragma once
 
+#include "nvk/nvkafx_export.h"
+
 using DATE = double;
 
-class COleDateTime {
+class NVKAFX_EXPORT COleDateTime {
 public:
     enum DateTimeStatus { error = -1, valid = 0, invalid = 1, null = 2 };
 

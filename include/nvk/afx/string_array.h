@@ -4,8 +4,9 @@
 #include <vector>
 
 #include "nvk/afx/cstring.h"
+#include "nvk/nvkafx_export.h"
 
-class CStringArray {
+class NVKAFX_EXPORT CStringArray {
 public:
     int GetSize() const { return static_cast<int>(m_Strings.size()); }
     int GetCount() const { return GetSize(); }

@@ -4,9 +4,10 @@
 #pragma once
 
 #include "nvk/afx/object.h"
+#include "nvk/nvkafx_export.h"
 #include "nvk/os/types.h"
 
-class CSyncObject : public CObject {
+class NVKAFX_EXPORT CSyncObject : public CObject {
     DECLARE_DYNAMIC(CSyncObject)
 
 public:
@@ -15,7 +16,7 @@ public:
     virtual bool Unlock() = 0;
 };
 
-class CCriticalSection : public CSyncObject {
+class NVKAFX_EXPORT CCriticalSection : public CSyncObject {
     DECLARE_DYNAMIC(CCriticalSection)
 
 public:
@@ -34,7 +35,7 @@ public:
     nvk::os::CRITICAL_SECTION m_sect;
 };
 
-class CSingleLock {
+class NVKAFX_EXPORT CSingleLock {
 public:
     explicit CSingleLock(CSyncObject* object, bool initialLock = false);
     CSingleLock(const CSingleLock&) = delete;

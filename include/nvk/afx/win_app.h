@@ -4,9 +4,10 @@
 #pragma once
 
 #include "nvk/afx/cstring.h"
+#include "nvk/nvkafx_export.h"
 #include "nvk/os/types.h"
 
-class CWinApp {
+class NVKAFX_EXPORT CWinApp {
 public:
     // The one application object of the process; the last one made.
     explicit CWinApp(const char* appName = nullptr);
@@ -27,4 +28,4 @@ public:
 };
 
 // The application object, or null.
-CWinApp* AfxGetApp();
+NVKAFX_EXPORT CWinApp* AfxGetApp();

@@ -6,6 +6,7 @@
 
 #include "nvk/afx/cstring.h"
 #include "nvk/afx/object.h"
+#include "nvk/nvkafx_export.h"
 #include "nvk/os/window_types.h"
 
 class CWnd;
@@ -46,7 +47,7 @@ protected:                                        \
     return &messageMap;                                                                       \
     }
 
-class CWnd : public CObject {
+class NVKAFX_EXPORT CWnd : public CObject {
 public:
     CWnd();
     CWnd(const CWnd&) = delete;
@@ -101,11 +102,11 @@ private:
 
 // The object of the calling thread, made at its first use; m_pMainWnd is the
 // thread's main window.
-class CWinThread : public CObject {
+class NVKAFX_EXPORT CWinThread : public CObject {
 public:
     CWnd* m_pMainWnd = nullptr;
     virtual CWnd* GetMainWnd() { return m_pMainWnd; }
 };
 
-CWinThread* AfxGetThread();
-CWnd* AfxGetMainWnd();
+NVKAFX_EXPORT CWinThread* AfxGetThread();
+NVKAFX_EXPORT CWnd* AfxGetMainWnd();

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "nvk/nvkutil_export.h"
 #include "nvk/os/types.h"
 
 // Callbacks of the record. Status: the text, the percentage and the user data;
@@ -23,7 +24,7 @@ using UNZIPRENAMEPROC = int (*)(void* renameRecord, void* userData);
 #if UINTPTR_MAX == 0xFFFFFFFFu
 #pragma pack(push, 2)
 #endif
-struct UNZIPCMDSTRUCT {
+struct NVKUTIL_EXPORT UNZIPCMDSTRUCT {
     int unzipStructSize;
     int function;
     char* lpszZIPFile;
@@ -80,7 +81,7 @@ static_assert(offsetof(UNZIPCMDSTRUCT, wUnzipSubOptions) < offsetof(UNZIPCMDSTRU
 // What the size field holds: 142 where the record has its exchanged layout.
 inline constexpr int kUnzipCmdStructSize = static_cast<int>(sizeof(UNZIPCMDSTRUCT));
 
-class EUnzipCmd : public UNZIPCMDSTRUCT {
+class NVKUTIL_EXPORT EUnzipCmd : public UNZIPCMDSTRUCT {
 public:
     EUnzipCmd();
     EUnzipCmd(const char* zipFile, const char* destination, const char* itemList);

@@ -55,6 +55,8 @@
 
 #include <cstdint>
 
+#include "nvk/nvkutil_export.h"
+
 namespace nvk::unzip {
 
 enum Function : int {

@@ -4,9 +4,10 @@
 #pragma once
 
 #include "nvk/archive/zip_cmd_struct.h"
+#include "nvk/nvkutil_export.h"
 #include "nvk/os/types.h"
 
-class EZipCmd : public ZIPCMDSTRUCT {
+class NVKUTIL_EXPORT EZipCmd : public ZIPCMDSTRUCT {
 public:
     EZipCmd();
     // An add command for `zipFile` and `itemList`, compression 9. Holding the

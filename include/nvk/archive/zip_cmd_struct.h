@@ -7,6 +7,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "nvk/nvkutil_export.h"
+
 extern "C" {
 
 // Progress: the text, the percentage (0 to 100) and the caller's data. A
@@ -40,7 +42,7 @@ using ZipRenameProc = int (*)(ZIPRENAMEREC* record, void* userData);
 // Integers and flags are 32 bits, the w fields 16. On a 32-bit build the
 // offsets are those the engine was made for; on 64-bit the order holds and
 // zipStructSize holds this record's own size.
-struct ZIPCMDSTRUCT {
+struct NVKUTIL_EXPORT ZIPCMDSTRUCT {
     std::int32_t zipStructSize;
     std::int32_t function;
     char* lpszZIPFile;

@@ -4,9 +4,10 @@
 #pragma once
 
 #include "nvk/core/chaine.h"
+#include "nvk/nvkutil_export.h"
 #include "nvk/services/nvk_key.h"
 
-class EZipFolder {
+class NVKUTIL_EXPORT EZipFolder {
 public:
     enum eCheck {
         CheckOK = 0,

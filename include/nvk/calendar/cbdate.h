@@ -12,11 +12,12 @@
 #include "nvk/afx/cstring.h"
 #include "nvk/afx/object.h"
 #include "nvk/afx/ole_date_time.h"
+#include "nvk/nvkutil_export.h"
 
 static_assert(std::endian::native == std::endian::little, "bdDate stores its year little-endian");
 
 // All four bytes zero stand for no date.
-struct bdDate {
+struct NVKUTIL_EXPORT bdDate {
     bdDate();  // today's local date
 
     std::uint8_t day;
@@ -27,7 +28,7 @@ static_assert(sizeof(bdDate) == 4);
 static_assert(offsetof(bdDate, day) == 0 && offsetof(bdDate, month) == 1 &&
               offsetof(bdDate, year) == 2);
 
-class CBDate : public CObject {
+class NVKUTIL_EXPORT CBDate : public CObject {
     DECLARE_DYNCREATE(CBDate)
 
 public:
@@ -156,9 +157,9 @@ inline CBDate operator+(CBDate date, unsigned days) {
 }
 
 // A double on the left is read as CBDate(double), its time of day dropped.
-bool operator==(double left, const CBDate& right);
-bool operator!=(double left, const CBDate& right);
-bool operator<(double left, const CBDate& right);
-bool operator<=(double left, const CBDate& right);
-bool operator>(double left, const CBDate& right);
-bool operator>=(double left, const CBDate& right);
+NVKUTIL_EXPORT bool operator==(double left, const CBDate& right);
+NVKUTIL_EXPORT bool operator!=(double left, const CBDate& right);
+NVKUTIL_EXPORT bool operator<(double left, const CBDate& right);
+NVKUTIL_EXPORT bool operator<=(double left, const CBDate& right);
+NVKUTIL_EXPORT bool operator>(double left, const CBDate& right);
+NVKUTIL_EXPORT bool operator>=(double left, const CBDate& right);

@@ -12,6 +12,7 @@
 #include "nvk/afx/cstring.h"
 #include "nvk/afx/object.h"
 #include "nvk/calendar/cbdate.h"
+#include "nvk/nvkutil_export.h"
 
 // All four bytes 0xFF stand for no time.
 struct bdTime {
@@ -24,7 +25,7 @@ static_assert(sizeof(bdTime) == 4);
 static_assert(offsetof(bdTime, hundredths) == 0 && offsetof(bdTime, seconds) == 1 &&
               offsetof(bdTime, minutes) == 2 && offsetof(bdTime, hours) == 3);
 
-class CBTime : public CObject {
+class NVKUTIL_EXPORT CBTime : public CObject {
     DECLARE_DYNCREATE(CBTime)
 
 public:

@@ -5,6 +5,7 @@
 #include <cstddef>
 
 #include "nvk/core/chaine.h"
+#include "nvk/nvkutil_export.h"
 
 // The stored form, as the applications keep it in their records.
 struct sBIC {
@@ -18,7 +19,7 @@ static_assert(offsetof(sBIC, szCountry) == 5);
 static_assert(offsetof(sBIC, szLocation) == 8);
 static_assert(offsetof(sBIC, szBranch) == 11);
 
-class EBIC : public sBIC {
+class NVKUTIL_EXPORT EBIC : public sBIC {
 public:
     EBIC(const Chaine& code = "", bool bPartial = false);
     // The fields joined go through SetBIC, so they are cleaned and tested.

@@ -12,6 +12,7 @@
 #include "nvk/codes/rib.h"
 #include "nvk/codes/swiss_account.h"
 #include "nvk/core/chaine.h"
+#include "nvk/nvkutil_export.h"
 
 // The stored form, as the applications keep it in their records.
 struct sIBAN {
@@ -23,7 +24,7 @@ static_assert(sizeof(sIBAN) == 37);
 static_assert(offsetof(sIBAN, szCheckSum) == 3);
 static_assert(offsetof(sIBAN, szContent) == 6);
 
-class EIBAN : public sIBAN {
+class NVKUTIL_EXPORT EIBAN : public sIBAN {
 public:
     EIBAN(const Chaine& code = "", bool bPartial = false);
     // The fields joined go through SetIBAN, so they are cleaned and tested.

@@ -7,8 +7,9 @@
 
 #include "nvk/afx/cstring.h"
 #include "nvk/core/chaine.h"
+#include "nvk/nvkutil_export.h"
 
-class CNIR {
+class NVKUTIL_EXPORT CNIR {
 public:
     CNIR() = default;
     CNIR(const CNIR& other) = default;

@@ -5,6 +5,7 @@
 #include <cstddef>
 
 #include "nvk/afx/cstring.h"
+#include "nvk/nvkutil_export.h"
 
 // The stored form, as the applications keep it in their records.
 struct sRIB {
@@ -22,7 +23,7 @@ static_assert(offsetof(sRIB, szGuichet) == 72);
 static_assert(offsetof(sRIB, szCompte) == 78);
 static_assert(offsetof(sRIB, szCle) == 90);
 
-class CRIB : public sRIB {
+class NVKUTIL_EXPORT CRIB : public sRIB {
 public:
     CRIB();
     CRIB(const sRIB& rib);

@@ -4,16 +4,17 @@
 #include <cstddef>
 
 #include "nvk/core/chaine.h"
+#include "nvk/nvkutil_export.h"
 
 // The stored form, as the applications keep it in their records.
-struct sSwissAccount {
+struct NVKUTIL_EXPORT sSwissAccount {
     char szClearing[6];
     char szCompte[13];
 };
 static_assert(sizeof(sSwissAccount) == 19);
 static_assert(offsetof(sSwissAccount, szCompte) == 6);
 
-class CSwissAccount : public sSwissAccount {
+class NVKUTIL_EXPORT CSwissAccount : public sSwissAccount {
 public:
     CSwissAccount();
     CSwissAccount(const sSwissAccount& account);

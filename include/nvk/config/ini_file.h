@@ -16,13 +16,14 @@
 #include "nvk/core/chaine.h"
 #include "nvk/core/dictionnary.h"
 #include "nvk/core/tableau.h"
+#include "nvk/nvkutil_export.h"
 #include "nvk/os/types.h"
 
 namespace nvk {
 class IniText;
 }
 
-class EIniFile {
+class NVKUTIL_EXPORT EIniFile {
 public:
     class SectionDesc {
     public:

@@ -21,9 +21,10 @@
 
 #include "nvk/core/chaine.h"
 #include "nvk/core/tableau.h"
+#include "nvk/nvkutil_export.h"
 #include "nvk/os/types.h"
 
-class FileIterator {
+class NVKUTIL_EXPORT FileIterator {
 public:
     enum Flags : unsigned {
         ExcludeHiddenFlag = 1,

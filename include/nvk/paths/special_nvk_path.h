@@ -8,6 +8,7 @@
 
 #include "nvk/core/chaine.h"
 #include "nvk/core/tableau.h"
+#include "nvk/nvkutil_export.h"
 
 namespace SpecialNVKPath {
 
@@ -74,7 +75,7 @@ enum LegacyID : int {
 
 // A key defined below another: `parent` is a text key, or with `isID` the
 // decimal text of an ID; `subPath` is joined to the parent's folder.
-struct Rule {
+struct NVKUTIL_EXPORT Rule {
     bool isID = false;
     Chaine parent;
     Chaine subPath;
@@ -82,53 +83,54 @@ struct Rule {
 
 // The full resolution: the process's value, Paths.ini and the rules, then
 // the default derivation.
-Chaine Get(ID id, NotExistAction action);
+NVKUTIL_EXPORT Chaine Get(ID id, NotExistAction action);
 // Which source Get(ID) took its answer from, for the tools that show it.
 enum Origin : int { FromMemory, FromPathsIni, FromRule, FromDefault };
-Chaine Get(ID id, NotExistAction action, Origin& origin);
+NVKUTIL_EXPORT Chaine Get(ID id, NotExistAction action, Origin& origin);
 // Paths.ini and the rules only: no process value, no default.
-Chaine Get(const Chaine& key, NotExistAction action);
+NVKUTIL_EXPORT Chaine Get(const Chaine& key, NotExistAction action);
 // The registry and the well-known places; never creates a folder.
-Chaine Get(LegacyID id);
+NVKUTIL_EXPORT Chaine Get(LegacyID id);
 
 // Stores a folder, or with an empty value removes it (in the file the line
 // stays, empty). The file keeps the caller's text, relative paths and
 // environment references included. False when the folder fails the check
 // or the file can't be written.
-bool Set(ID id, const Chaine& value, NotExistAction action, StoreType store);
-bool Set(const Chaine& key, const Chaine& value, NotExistAction action, StoreType store);
+NVKUTIL_EXPORT bool Set(ID id, const Chaine& value, NotExistAction action, StoreType store);
+NVKUTIL_EXPORT bool Set(const Chaine& key, const Chaine& value, NotExistAction action,
+                        StoreType store);
 // Stores a legacy folder that exists, or removes the entry; always true.
-bool Set(LegacyID id, const Chaine& value);
+NVKUTIL_EXPORT bool Set(LegacyID id, const Chaine& value);
 
 // Defines `key` below the text key `parent`; an empty parent removes the
 // rule.
-void SetRule(const Chaine& key, const Chaine& parent, const Chaine& subPath);
-void SetRule(const Chaine& key, ID parent, const Chaine& subPath);
+NVKUTIL_EXPORT void SetRule(const Chaine& key, const Chaine& parent, const Chaine& subPath);
+NVKUTIL_EXPORT void SetRule(const Chaine& key, ID parent, const Chaine& subPath);
 
 // The folder names below the program-files folder that the legacy
 // look-ups try, in order; the text form separates them with '|'.
-void SetLegacyDefaultAppFolder(const PTableau<Chaine>& folders);
-void SetLegacyDefaultAppFolder(const Chaine& folders);
+NVKUTIL_EXPORT void SetLegacyDefaultAppFolder(const PTableau<Chaine>& folders);
+NVKUTIL_EXPORT void SetLegacyDefaultAppFolder(const Chaine& folders);
 
 // The database server of a folder: its line in the section "DBServers" of
 // Paths.ini, else the server its path lies on.
-Chaine DBServer(ID id);
-Chaine DBServer(LegacyID id);
+NVKUTIL_EXPORT Chaine DBServer(ID id);
+NVKUTIL_EXPORT Chaine DBServer(LegacyID id);
 // The server that a path points to; empty for a local path.
-Chaine DBServerForPath(const Chaine& path);
+NVKUTIL_EXPORT Chaine DBServerForPath(const Chaine& path);
 
 // The text key of an identifier; null for a value outside the table.
-const char* KeyOf(ID id);
+NVKUTIL_EXPORT const char* KeyOf(ID id);
 // The identifier of a text key, without regard to case.
-bool FindID(const Chaine& key, ID& id);
+NVKUTIL_EXPORT bool FindID(const Chaine& key, ID& id);
 // Every identifier, in the order of the table.
-const PTableau<ID>& AllIDs();
+NVKUTIL_EXPORT const PTableau<ID>& AllIDs();
 
 // The folder of Paths.ini and of relative values, that the defaults take as
 // the application's: the executable's folder, unless a program that serves
 // other installations (the command-line tool) names another. Empty goes
 // back to the executable's.
-void SetAppFolder(const Chaine& folder);
-Chaine GetAppFolder();
+NVKUTIL_EXPORT void SetAppFolder(const Chaine& folder);
+NVKUTIL_EXPORT Chaine GetAppFolder();
 
 }  // namespace SpecialNVKPath

@@ -9,9 +9,10 @@
 #include "nvk/afx/cstring.h"
 #include "nvk/afx/dc.h"
 #include "nvk/afx/sync_objects.h"
+#include "nvk/nvkutil_export.h"
 #include "nvk/os/gdi_types.h"
 
-class EBarCode {
+class NVKUTIL_EXPORT EBarCode {
 public:
     enum eType {
         TypeAuto = -1,

@@ -4,9 +4,10 @@
 #pragma once
 
 #include "nvk/afx/list_controls.h"
+#include "nvk/nvkutil_export.h"
 #include "nvk/platform/string_table.h"
 
-class CComboBoxTable : public CComboBox {
+class NVKUTIL_EXPORT CComboBoxTable : public CComboBox {
 public:
     CComboBoxTable() = default;
     // The table of `text`, with the separators "|" and newline; with no

@@ -15,11 +15,12 @@
 #pragma once
 
 #include "nvk/core/chaine.h"
+#include "nvk/nvkutil_export.h"
 
 class CArchive;
 class CString;
 
-class CCryptPassword {
+class NVKUTIL_EXPORT CCryptPassword {
 public:
     using byte = unsigned char;
     static constexpr int kBufferSize = 32;

@@ -10,6 +10,7 @@
 
 #include "nvk/afx/cstring.h"
 #include "nvk/afx/object.h"
+#include "nvk/nvkutil_export.h"
 
 namespace nvk::os {
 struct HCONV__;
@@ -19,7 +20,7 @@ using HCONV = HCONV__*;
 class CDDEServer;
 class CDDEClient;
 
-class CDDEConnection : public CObject {
+class NVKUTIL_EXPORT CDDEConnection : public CObject {
     DECLARE_DYNAMIC(CDDEConnection)
 
 public:

@@ -5,9 +5,10 @@
 
 #include "nvk/afx/cstring.h"
 #include "nvk/afx/ob_list.h"
+#include "nvk/nvkutil_export.h"
 #include "nvk/platform/dde_connection.h"
 
-class CDDEObject : public CObject {
+class NVKUTIL_EXPORT CDDEObject : public CObject {
     DECLARE_DYNAMIC(CDDEObject)
 
 public:
@@ -28,7 +29,7 @@ public:
     CObList m_Connections{10};
 };
 
-class CDDEServer : public CDDEObject {
+class NVKUTIL_EXPORT CDDEServer : public CDDEObject {
     DECLARE_DYNAMIC(CDDEServer)
 
 public:
@@ -42,7 +43,7 @@ public:
     virtual CDDEConnection* OnAcceptConnection(const CString& topic);
 };
 
-class CDDEClient : public CDDEObject {
+class NVKUTIL_EXPORT CDDEClient : public CDDEObject {
     DECLARE_DYNAMIC(CDDEClient)
 
 public:

@@ -8,6 +8,7 @@
 
 #include "nvk/afx/map.h"
 #include "nvk/afx/ob_list.h"
+#include "nvk/nvkutil_export.h"
 
 class CDDEConnection;
 
@@ -31,18 +32,18 @@ using TypeThreadToData = CMap<std::uint32_t, std::uint32_t, sgThreadData*, sgThr
 
 // Starts DDE on this thread once; a client-only thread serves nothing and is
 // told of nothing.
-void DDEInitialize(bool bClientOnly);
+NVKUTIL_EXPORT void DDEInitialize(bool bClientOnly);
 // Ends DDE on this thread and forgets its state.
-void DDECleanUp();
+NVKUTIL_EXPORT void DDECleanUp();
 
 namespace nvk::dde {
 
 // This thread's state, made on first need.
-sgThreadData* ThreadData();
+NVKUTIL_EXPORT sgThreadData* ThreadData();
 
 // The thread's last DDEML error, which is then cleared.
-unsigned LastError();
+NVKUTIL_EXPORT unsigned LastError();
 // The text of the error box for a DDEML error.
-CString ErrorText(unsigned error);
+NVKUTIL_EXPORT CString ErrorText(unsigned error);
 
 }  // namespace nvk::dde

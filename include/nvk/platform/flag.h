@@ -4,14 +4,16 @@
 // shifts of a 32-bit word do, so bit 33 of the first family is bit 1.
 #pragma once
 
-void SetBit(long& word, long bit);
-void ClearBit(long& word, long bit);
+#include "nvk/nvkutil_export.h"
+
+NVKUTIL_EXPORT void SetBit(long& word, long bit);
+NVKUTIL_EXPORT void ClearBit(long& word, long bit);
 // Non-zero when the bit is set.
-int IsBitSet(long word, long bit);
+NVKUTIL_EXPORT int IsBitSet(long word, long bit);
 
 // Operations on a word that the object points at and does not own. An object
 // that points nowhere reads 0 and ignores changes, rather than fault.
-class bdFlag {
+class NVKUTIL_EXPORT bdFlag {
 public:
     bdFlag() : m_pFlags(nullptr) {}
     explicit bdFlag(int* word) : m_pFlags(word) {}
@@ -43,7 +45,7 @@ protected:
 };
 
 // A bdFlag that carries its own word, or points at another's.
-class CFlag : public bdFlag {
+class NVKUTIL_EXPORT CFlag : public bdFlag {
 public:
     CFlag() : bdFlag(&m_Flags), m_Flags(0) {}
     CFlag(int value) : bdFlag(&m_Flags), m_Flags(value) {}

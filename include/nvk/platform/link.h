@@ -5,13 +5,14 @@
 #pragma once
 
 #include "nvk/afx/cstring.h"
+#include "nvk/nvkutil_export.h"
 #include "nvk/os/types.h"
 
 namespace nvk::os {
 struct IShellLinkA;
 }
 
-class CLink {
+class NVKUTIL_EXPORT CLink {
 public:
     CLink();
     // Copies take the last result, the owner window and the running

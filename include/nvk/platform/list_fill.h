@@ -3,9 +3,10 @@
 #pragma once
 
 #include "nvk/afx/list_controls.h"
+#include "nvk/nvkutil_export.h"
 
-void FillComboBox(CComboBox& box, CString text, char sep);
+NVKUTIL_EXPORT void FillComboBox(CComboBox& box, CString text, char sep);
 // The text is string resource `id`.
-void FillComboBox(CComboBox& box, unsigned id, char sep);
-void FillListBox(CListBox& box, CString text, char sep);
-void FillListBox(CListBox& box, unsigned id, char sep);
+NVKUTIL_EXPORT void FillComboBox(CComboBox& box, unsigned id, char sep);
+NVKUTIL_EXPORT void FillListBox(CListBox& box, CString text, char sep);
+NVKUTIL_EXPORT void FillListBox(CListBox& box, unsigned id, char sep);

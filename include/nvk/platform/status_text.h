@@ -5,10 +5,11 @@
 #pragma once
 
 #include "nvk/afx/cstring.h"
+#include "nvk/nvkutil_export.h"
 
 class CStatusBar;
 
-class CStatusText : public CString {
+class NVKUTIL_EXPORT CStatusText : public CString {
 public:
     CStatusText();
     explicit CStatusText(unsigned stringId);

@@ -10,8 +10,9 @@
 #pragma once
 
 #include "nvk/afx/cstring.h"
+#include "nvk/nvkutil_export.h"
 
-class CStringTable {
+class NVKUTIL_EXPORT CStringTable {
 public:
     CStringTable();
     CStringTable(const char* text, char sep1, char sep2);

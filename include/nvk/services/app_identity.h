@@ -4,6 +4,7 @@
 #pragma once
 
 #include "nvk/core/chaine.h"
+#include "nvk/nvkutil_export.h"
 #include "nvk/os/types.h"
 
 // The skin's file name, and the environment variable that names its folder
@@ -15,17 +16,17 @@ inline constexpr const char* kDefaultSocietyID = "NVK-TARO";
 // The application's name in its own string table.
 inline constexpr nvk::os::UINT kAppNameString = 57344;
 
-bool HasShortName();
+NVKUTIL_EXPORT bool HasShortName();
 // Kept once known; while the dictionary has no short name it is asked again.
-const Chaine& GetShortName();
-Chaine GetAppName();
+NVKUTIL_EXPORT const Chaine& GetShortName();
+NVKUTIL_EXPORT Chaine GetAppName();
 // The skin's string 1, else the dictionary's "App.SocietyID", else
 // "NVK-TARO"; kept once known.
-const Chaine& GetSocietyID();
+NVKUTIL_EXPORT const Chaine& GetSocietyID();
 // "cdSkin", else the application's folder, which is then written to
 // "cdSkin" when the skin is there.
-Chaine GetSkinFolder();
+NVKUTIL_EXPORT Chaine GetSkinFolder();
 // The skin, loaded at the first call; null when there is none.
-nvk::os::HMODULE GetSkinModule();
+NVKUTIL_EXPORT nvk::os::HMODULE GetSkinModule();
 // Sets the environment variable `name`; an empty value removes it.
-bool SetEnvironment(const Chaine& value, const Chaine& name);
+NVKUTIL_EXPORT bool SetEnvironment(const Chaine& value, const Chaine& name);

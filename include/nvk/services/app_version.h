@@ -7,6 +7,7 @@
 #include <cstdint>
 
 #include "nvk/core/chaine.h"
+#include "nvk/nvkutil_export.h"
 #include "nvk/services/patch_value.h"
 
 // Flags of the version functions; only kVersionProduct counts for values.
@@ -17,15 +18,15 @@ inline constexpr unsigned long kVersionProduct = 8;    // the product's, not the
 
 // "***" for a missing file, "Alpha" for one without a version text; the
 // patch follows as " - Patch 3 (05/11/9)", its year modulo 100 unpadded.
-Chaine GetAppVersion(char const* file, unsigned long flags);
+NVKUTIL_EXPORT Chaine GetAppVersion(char const* file, unsigned long flags);
 // Major, minor, release and build from the top, 16 bits each; 0 without a
 // version resource.
-std::uint64_t GetAppVersionValue(char const* file, unsigned long flags);
+NVKUTIL_EXPORT std::uint64_t GetAppVersionValue(char const* file, unsigned long flags);
 // Empty unless `file` ends in ".exe" and its side file names its build, a
 // patch of 1 to 255 and a date.
-PATCHVALUE GetNVKAppPatchValue(char const* file);
+NVKUTIL_EXPORT PATCHVALUE GetNVKAppPatchValue(char const* file);
 
 // The same for the application's own executable.
-Chaine GetThisAppVersion(unsigned long flags);
-std::uint64_t GetThisAppVersionValue(unsigned long flags);
-PATCHVALUE GetThisNVKAppPatchValue();
+NVKUTIL_EXPORT Chaine GetThisAppVersion(unsigned long flags);
+NVKUTIL_EXPORT std::uint64_t GetThisAppVersionValue(unsigned long flags);
+NVKUTIL_EXPORT PATCHVALUE GetThisNVKAppPatchValue();

@@ -6,6 +6,7 @@
 
 #include "nvk/core/chaine.h"
 #include "nvk/core/dictionnary.h"
+#include "nvk/nvkutil_export.h"
 #include "nvk/os/types.h"
 
 // The keys that the family uses, side by side. The library reads the three
@@ -24,7 +25,7 @@ struct DicoKeys {
     static constexpr const char* FolderSociety = "Folder.Society";
 };
 
-class GlobalDico : public FDictionnaryNoCase<Chaine> {
+class NVKUTIL_EXPORT GlobalDico : public FDictionnaryNoCase<Chaine> {
 public:
     GlobalDico();
     ~GlobalDico() override;
@@ -50,5 +51,5 @@ private:
 };
 
 // The value of `key`, or `defaultValue` when the dictionary has none.
-Chaine GetDicoValue(const Chaine& key, const Chaine& defaultValue);
-bool ExistDicoValue(const Chaine& key);
+NVKUTIL_EXPORT Chaine GetDicoValue(const Chaine& key, const Chaine& defaultValue);
+NVKUTIL_EXPORT bool ExistDicoValue(const Chaine& key);

@@ -3,9 +3,10 @@
 #pragma once
 
 #include "nvk/core/chaine.h"
+#include "nvk/nvkutil_export.h"
 #include "nvk/os/types.h"
 
-class LibraryHandle {
+class NVKUTIL_EXPORT LibraryHandle {
 public:
     // With `prependExeFolder` the module is the file-name part of `path` in
     // the application's folder; otherwise `path` as it stands.

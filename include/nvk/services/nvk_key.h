@@ -8,8 +8,9 @@
 
 #include "nvk/afx/cstring.h"
 #include "nvk/core/chaine.h"
+#include "nvk/nvkutil_export.h"
 
-class CNVKKey {
+class NVKUTIL_EXPORT CNVKKey {
 public:
     // A fresh key: no extension, the clock, a zero sum. Not the zero key.
     CNVKKey();
@@ -40,4 +41,4 @@ static_assert(sizeof(CNVKKey) == 8);
 // Four 16-bit option words of "NVKOptions" under "Software\NVK\%s\Settings":
 // the machine's then the user's for `application` in the high half, the same
 // for "Common" in the low half. What can't be read is 0.
-std::uint64_t GetNVKOptions(const char* application);
+NVKUTIL_EXPORT std::uint64_t GetNVKOptions(const char* application);

@@ -8,13 +8,14 @@
 #include "nvk/core/chaine.h"
 #include "nvk/core/sorted_map.h"
 #include "nvk/core/tableau_clefs.h"
+#include "nvk/nvkutil_export.h"
 
 // Categories of variables; the callers number them.
 enum TypeCategorie : int {};
 
 using ChaineClefsNC = PTableauClefs<PTableauClefsRootS<Chaine, StandardNCComp, const Chaine&>>;
 
-class ENVKVars {
+class NVKUTIL_EXPORT ENVKVars {
 public:
     // The dictionary; the country is the process's current one.
     explicit ENVKVars(const Chaine& dico);

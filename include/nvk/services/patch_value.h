@@ -6,9 +6,10 @@
 #include <cstdint>
 
 #include "nvk/calendar/cbdate.h"
+#include "nvk/nvkutil_export.h"
 
 #pragma pack(push, 1)
-struct PATCHVALUE {
+struct NVKUTIL_EXPORT PATCHVALUE {
     PATCHVALUE();  // all five bytes zero
     PATCHVALUE(const PATCHVALUE& other);
     PATCHVALUE& operator=(const PATCHVALUE& other);

@@ -2,9 +2,10 @@
 // over an operating-system file handle. Sizes and offsets are 32-bit.
 #pragma once
 
+#include "nvk/nvkutil_export.h"
 #include "nvk/os/types.h"
 
-class EBaseFile {
+class NVKUTIL_EXPORT EBaseFile {
 public:
     // Open modes: bits of the `mode` argument of Open.
     static constexpr int kRead = 1;

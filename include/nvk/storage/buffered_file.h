@@ -8,9 +8,10 @@
 #include <memory>
 
 #include "nvk/core/chaine.h"
+#include "nvk/nvkutil_export.h"
 #include "nvk/storage/base_file.h"
 
-class EBufferedFile : public EBaseFile {
+class NVKUTIL_EXPORT EBufferedFile : public EBaseFile {
 public:
     // Bits of m_Flags.
     static constexpr std::uint32_t kBufferLoaded = 1;  // the window holds its block

@@ -5,13 +5,14 @@
 
 #include <cstdint>
 
+#include "nvk/nvkutil_export.h"
 #include "nvk/storage/base_file.h"
 
 namespace nvk::data_format {
 struct Header;
 }
 
-class EDataFile {
+class NVKUTIL_EXPORT EDataFile {
 public:
     // The largest record size that Create makes and Open accepts: Open takes a
     // buffer of one record, and a damaged header must not make it ask for

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 
+#include "nvk/nvkutil_export.h"
 #include "nvk/storage/base_file.h"
 
 namespace nvk {
@@ -16,7 +17,7 @@ struct Header;
 struct Descriptor;
 }  // namespace nvk::index_format
 
-class EIndexFile {
+class NVKUTIL_EXPORT EIndexFile {
 public:
     // Results of Insere, Delete and Update.
     static constexpr int kDone = 0;

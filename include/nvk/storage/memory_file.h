@@ -4,9 +4,10 @@
 
 #include <cstdint>
 
+#include "nvk/nvkutil_export.h"
 #include "nvk/storage/base_file.h"
 
-class EMemoryFile : public EBaseFile {
+class NVKUTIL_EXPORT EMemoryFile : public EBaseFile {
 public:
     EMemoryFile();
     // The name is ignored: a memory file has none.

@@ -11,23 +11,23 @@ namespace {
 // How long a client waits for the data of an advise it was told of.
 constexpr DWORD kAdviseFetchTimeout = 5000;
 
-std::string ReadText(sd_bus_message* message) {
+// The bytes of the next array argument, valid while the message lives.
+std::string_view ReadArray(sd_bus_message* message) {
     const void* bytes = nullptr;
     std::size_t size = 0;
     if (sd_bus_message_read_array(message, 'y', &bytes, &size) < 0 || size == 0) {
         return {};
     }
-    return std::string(static_cast<const char*>(bytes), size);
+    return {static_cast<const char*>(bytes), size};
+}
+
+std::string ReadText(sd_bus_message* message) {
+    return std::string(ReadArray(message));
 }
 
 std::vector<BYTE> ReadBytes(sd_bus_message* message) {
-    const void* bytes = nullptr;
-    std::size_t size = 0;
-    if (sd_bus_message_read_array(message, 'y', &bytes, &size) < 0 || size == 0) {
-        return {};
-    }
-    const auto* first = static_cast<const BYTE*>(bytes);
-    return std::vector<BYTE>(first, first + size);
+    const std::string_view bytes = ReadArray(message);
+    return {bytes.begin(), bytes.end()};
 }
 
 std::string_view Sender(sd_bus_message* message) {
@@ -47,6 +47,43 @@ Conversation* Partner(Instance& instance, sd_bus_message* message, std::uint64_t
 
 void ReplyError(sd_bus_message* message, const char* name) {
     sd_bus_reply_method_errorf(message, name, "%s", name);
+}
+
+// The arguments the item transactions share: the conversation, the item, the
+// format and, for advises, the loop's flags.
+struct ItemCall {
+    std::uint64_t id = 0;
+    std::string item;
+    UINT format = 0;
+    UINT flags = 0;
+};
+
+ItemCall ReadItemCall(sd_bus_message* message, bool withFlags) {
+    ItemCall call;
+    sd_bus_message_read(message, "t", &call.id);
+    call.item = ReadText(message);
+    if (withFlags) {
+        sd_bus_message_read(message, "uu", &call.format, &call.flags);
+    } else {
+        sd_bus_message_read(message, "u", &call.format);
+    }
+    return call;
+}
+
+// The server's conversation the call names; the caller is told when there is
+// none.
+Conversation* ServerPartner(Instance& instance, sd_bus_message* message, std::uint64_t id) {
+    Conversation* conversation = Partner(instance, message, id, true);
+    if (conversation == nullptr) {
+        ReplyError(message, kErrorNoConversation);
+    }
+    return conversation;
+}
+
+auto SameLoop(const std::string& folded, UINT format) {
+    return [&folded, format](const AdviseLoop& loop) {
+        return loop.item == folded && loop.format == format;
+    };
 }
 
 // A name of the message's text, held for one callback.
@@ -137,9 +174,8 @@ void OnFlagsTransaction(Instance& instance, sd_bus_message* message, bool poke) 
     UINT format = 0;
     sd_bus_message_read(message, "u", &format);
     const std::vector<BYTE> bytes = ReadBytes(message);
-    Conversation* conversation = Partner(instance, message, id, true);
+    Conversation* conversation = ServerPartner(instance, message, id);
     if (conversation == nullptr) {
-        ReplyError(message, kErrorNoConversation);
         return;
     }
     UINT flags = DDE_FNOTPROCESSED;
@@ -157,24 +193,18 @@ void OnFlagsTransaction(Instance& instance, sd_bus_message* message, bool poke) 
 
 // Request and AdviseRequest: the data of the callback, if it gave any.
 void OnDataTransaction(Instance& instance, sd_bus_message* message, bool advise) {
-    std::uint64_t id = 0;
-    sd_bus_message_read(message, "t", &id);
-    const std::string item = ReadText(message);
-    UINT format = 0;
-    sd_bus_message_read(message, "u", &format);
-    Conversation* conversation = Partner(instance, message, id, true);
+    const ItemCall call = ReadItemCall(message, false);
+    Conversation* conversation = ServerPartner(instance, message, call.id);
     if (conversation == nullptr) {
-        ReplyError(message, kErrorNoConversation);
         return;
     }
-    const std::string folded = Fold(item);
-    const bool looping = std::any_of(
-        conversation->loops.begin(), conversation->loops.end(),
-        [&](const AdviseLoop& loop) { return loop.item == folded && loop.format == format; });
+    const std::string folded = Fold(call.item);
+    const bool looping = std::any_of(conversation->loops.begin(), conversation->loops.end(),
+                                     SameLoop(folded, call.format));
     HDDEDATA answer = nullptr;
     if (advise ? looping : (instance.flags & CBF_FAIL_REQUESTS) == 0) {
-        TempString itemName(instance, item);
-        answer = CallBack(instance, advise ? XTYP_ADVREQ : XTYP_REQUEST, format, id,
+        TempString itemName(instance, call.item);
+        answer = CallBack(instance, advise ? XTYP_ADVREQ : XTYP_REQUEST, call.format, call.id,
                           conversation->topic, itemName.get(), nullptr, 0, 0);
     }
     std::vector<BYTE> bytes;
@@ -194,53 +224,39 @@ void OnDataTransaction(Instance& instance, sd_bus_message* message, bool advise)
 }
 
 void OnAdviseStart(Instance& instance, sd_bus_message* message) {
-    std::uint64_t id = 0;
-    sd_bus_message_read(message, "t", &id);
-    const std::string item = ReadText(message);
-    UINT format = 0;
-    UINT flags = 0;
-    sd_bus_message_read(message, "uu", &format, &flags);
-    Conversation* conversation = Partner(instance, message, id, true);
+    const ItemCall call = ReadItemCall(message, true);
+    Conversation* conversation = ServerPartner(instance, message, call.id);
     if (conversation == nullptr) {
-        ReplyError(message, kErrorNoConversation);
         return;
     }
     bool accepted = false;
     if ((instance.flags & CBF_FAIL_ADVISES) == 0) {
-        TempString itemName(instance, item);
-        accepted = CallBack(instance, XTYP_ADVSTART, format, id, conversation->topic,
+        TempString itemName(instance, call.item);
+        accepted = CallBack(instance, XTYP_ADVSTART, call.format, call.id, conversation->topic,
                             itemName.get(), nullptr, 0, 0) != nullptr;
     }
-    conversation = Partner(instance, message, id, true);
+    // The callback may have ended the conversation.
+    conversation = Partner(instance, message, call.id, true);
     if (accepted && conversation != nullptr) {
-        const std::string folded = Fold(item);
-        std::erase_if(conversation->loops, [&](const AdviseLoop& loop) {
-            return loop.item == folded && loop.format == format;
-        });
-        conversation->loops.push_back({folded, item, format, flags});
+        const std::string folded = Fold(call.item);
+        std::erase_if(conversation->loops, SameLoop(folded, call.format));
+        conversation->loops.push_back({folded, call.item, call.format, call.flags});
     }
     sd_bus_reply_method_return(message, "b", accepted ? 1 : 0);
 }
 
 void OnAdviseStop(Instance& instance, sd_bus_message* message) {
-    std::uint64_t id = 0;
-    sd_bus_message_read(message, "t", &id);
-    const std::string item = ReadText(message);
-    UINT format = 0;
-    sd_bus_message_read(message, "u", &format);
-    Conversation* conversation = Partner(instance, message, id, true);
+    const ItemCall call = ReadItemCall(message, false);
+    Conversation* conversation = ServerPartner(instance, message, call.id);
     if (conversation == nullptr) {
-        ReplyError(message, kErrorNoConversation);
         return;
     }
-    const std::string folded = Fold(item);
-    const std::size_t removed = std::erase_if(conversation->loops, [&](const AdviseLoop& loop) {
-        return loop.item == folded && loop.format == format;
-    });
+    const std::string folded = Fold(call.item);
+    const std::size_t removed = std::erase_if(conversation->loops, SameLoop(folded, call.format));
     if (removed > 0) {
-        TempString itemName(instance, item);
-        CallBack(instance, XTYP_ADVSTOP, format, id, conversation->topic, itemName.get(), nullptr,
-                 0, 0);
+        TempString itemName(instance, call.item);
+        CallBack(instance, XTYP_ADVSTOP, call.format, call.id, conversation->topic, itemName.get(),
+                 nullptr, 0, 0);
     }
     sd_bus_reply_method_return(message, "b", removed > 0 ? 1 : 0);
 }
@@ -248,12 +264,7 @@ void OnAdviseStop(Instance& instance, sd_bus_message* message) {
 // The client's side of an advise: the server said the item changed; the data
 // is asked for, unless the loop wants none, and handed to XTYP_ADVDATA.
 void OnAdviseSignal(Instance& instance, sd_bus_message* message) {
-    std::uint64_t id = 0;
-    sd_bus_message_read(message, "t", &id);
-    const std::string item = ReadText(message);
-    UINT format = 0;
-    UINT flags = 0;
-    sd_bus_message_read(message, "uu", &format, &flags);
+    const auto [id, item, format, flags] = ReadItemCall(message, true);
     Conversation* conversation = Partner(instance, message, id, false);
     if (conversation == nullptr) {
         return;
