@@ -17,6 +17,10 @@ packages=(
     libzint-dev  # the bar-code engine
     zbar-tools poppler-utils librsvg2-bin  # the bar-code tests read what is drawn
     valgrind  # scripts/bench.sh --callgrind counts the hot paths' instructions
+    g++-mingw-w64-x86-64-posix  # the mingw preset: the library and its tests for Windows
+    googletest  # GoogleTest's sources, built for Windows by the mingw preset
+    libz-mingw-w64-dev  # zlib for Windows, for the engines of the mingw preset
+    wine64 wine  # the mingw preset's tests run under Wine
 )
 
 sudo=""

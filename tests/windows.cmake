@@ -15,7 +15,7 @@ set_tests_properties(wine.stop_server PROPERTIES FIXTURES_CLEANUP wine)
 # Folders whose programs need what the Windows build lacks.
 set(NVK_WINDOWS_LEFT_OUT_FOLDERS
     "barcode: the bar-code engine needs libzint and cairo, not built for Windows"
-    "rc: tests the POSIX build's resource compiler; Windows links windres' resources"
+    "rc: tests the POSIX build's resource compiler (Windows links windres' resources)"
     "ui: links the POSIX build's resource compiler"
     "archive: the zip engines need libzip, not built for Windows"
     "paths: tests the POSIX build's drive map, XDG folders and user ids"
@@ -23,7 +23,15 @@ set(NVK_WINDOWS_LEFT_OUT_FOLDERS
 # Sources that test the POSIX backend's own parts.
 set(NVK_WINDOWS_LEFT_OUT_SOURCES
     "files/mount_kind_test.cpp: the POSIX backend's mount table"
-    "os/shared_machine_test.cpp: POSIX users, ownership and FIFOs")
+    "os/shared_machine_test.cpp: POSIX users, ownership and FIFOs"
+    "os/path_map_test.cpp: the POSIX backend's drive map"
+    "os/windows_names_test.cpp: the POSIX backend's name matching"
+    "os/registry_text_test.cpp: the POSIX backend's .reg files"
+    "os/file_system_test.cpp: calls into the POSIX backend's internals"
+    "os/module_test.cpp: calls into the POSIX backend's internals"
+    "os/process_test.cpp: calls into the POSIX backend's internals"
+    "os/registry_test.cpp: calls into the POSIX backend's internals"
+    "os/registry_safety_test.cpp: calls into the POSIX backend's internals")
 set(NVK_WINDOWS_LEFT_OUT_REGEX)
 foreach(entry IN LISTS NVK_WINDOWS_LEFT_OUT_SOURCES)
     string(REGEX REPLACE ":.*" "" source "${entry}")
@@ -64,6 +72,8 @@ function(nvk_windows_skipped_test)
     foreach(name IN LISTS posix_only)
         list(APPEND lines "posix_only: ${name} (runs the tool from a POSIX shell or Python)")
     endforeach()
+    list(APPEND lines "posix_only: the calendar tests of zones named by their zone-data names \
+(TZ=Europe/Zurich and others: Windows' C runtime reads TZ only in the EST5EDT form)")
     list(LENGTH NVK_WINDOWS_LEFT_OUT_FOLDERS folders)
     list(LENGTH NVK_WINDOWS_LEFT_OUT_SOURCES sources)
     list(LENGTH posix_only tests)
