@@ -33,7 +33,7 @@ const fs::path& AppFolder() {
         fs::path made = fs::temp_directory_path() /
                         ("nvk_fuzz_paths_" + std::to_string(nvk::os::GetCurrentProcessId()));
         fs::create_directories(made);
-        SetAppFolder(nvk::os::ToWindowsPath(made.c_str()).c_str());
+        SetAppFolder(nvk::os::ToWindowsPath(made.string().c_str()).c_str());
         SetRule("Own", Share, "own");
         SetRule("Below", "Own", "below");
         SetRule("Ping", "Pong", "a");

@@ -20,6 +20,10 @@ packages=(
     help2man  # the tool's manual page, made from its help at build time
     make file dpkg-dev lintian  # scripts/check_package.sh: the pkg-config demo, cpack's dpkg-shlibdeps, the packages' check
     doxygen  # the docs target's API reference
+    g++-mingw-w64-x86-64-posix  # the mingw preset: the library and its tests for Windows
+    googletest  # GoogleTest's sources, built for Windows by the mingw preset
+    libz-mingw-w64-dev  # zlib for Windows, for the engines of the mingw preset
+    wine64 wine  # the mingw preset's tests run under Wine
 )
 
 sudo=""

@@ -294,8 +294,8 @@ TEST_F(ChaineFileSystemTest, WellKnownPlaces) {
     nvk::os::DeleteFileA(name);
 
     {
-        ScopedEnv home("HOME", folder_.c_str());
-        ScopedEnv documents("XDG_DOCUMENTS_DIR", (folder_ / "Docs").c_str());
+        ScopedEnv home("HOME", folder_.string().c_str());
+        ScopedEnv documents("XDG_DOCUMENTS_DIR", (folder_ / "Docs").string().c_str());
         Chaine special;
         EXPECT_EQ(Str(special.GetDocumentsFolder()), "T:\\Docs");
         EXPECT_EQ(Str(special.GetSpecialFolder(17)), "");

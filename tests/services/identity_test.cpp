@@ -33,7 +33,7 @@ void InFreshProcess(Body body) {
 // A folder without a skin, for the cases that must not see the one beside
 // the test program.
 std::string NoSkinFolder() {
-    return nvk::os::ToWindowsPath(std::filesystem::temp_directory_path().c_str());
+    return nvk::os::ToWindowsPath(std::filesystem::temp_directory_path().string().c_str());
 }
 
 TEST(GlobalDico, KeysIgnoreCaseAndAbsentKeysGiveTheDefault) {

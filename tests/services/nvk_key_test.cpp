@@ -77,7 +77,7 @@ protected:
     NVKOptions() : m_Folder(std::filesystem::temp_directory_path() / "nvk_key_test_XXXXXX") {
         std::string pattern = m_Folder.string();
         m_Folder = mkdtemp(pattern.data());
-        setenv("NVK_REGISTRY_DIR", m_Folder.c_str(), 1);
+        setenv("NVK_REGISTRY_DIR", m_Folder.string().c_str(), 1);
     }
     ~NVKOptions() override {
         unsetenv("NVK_REGISTRY_DIR");

@@ -20,7 +20,7 @@ namespace {
 namespace fs = std::filesystem;
 
 std::string Win(const fs::path& path) {
-    return nvk::os::ToWindowsPath(path.c_str());
+    return nvk::os::ToWindowsPath(path.string().c_str());
 }
 
 // The exchange file lies in the temporary folder, which the process reads
@@ -31,7 +31,7 @@ void UseOwnTempFolder() {
         OwnTemp() {
             std::string pattern = (fs::temp_directory_path() / "nvk_vars_temp_XXXXXX").string();
             folder = mkdtemp(pattern.data());
-            setenv("TMP", folder.c_str(), 1);
+            setenv("TMP", folder.string().c_str(), 1);
         }
         ~OwnTemp() {
             std::error_code ignored;
@@ -47,7 +47,7 @@ protected:
         std::string pattern = (fs::temp_directory_path() / "nvk_vars_XXXXXX").string();
         m_Root = mkdtemp(pattern.data());
         fs::create_directories(m_Root / "tools");
-        setenv("NVK_REGISTRY_DIR", m_Root.c_str(), 1);
+        setenv("NVK_REGISTRY_DIR", m_Root.string().c_str(), 1);
         UseOwnTempFolder();
         setenv("cdCountry", "CH", 1);
         SpecialNVKPath::SetAppFolder(Win(m_Root / "tools").c_str());

@@ -15,6 +15,12 @@
 namespace nvk::test {
 namespace {
 
+// A position past 4 GiB where positions are 64 bits wide; where an unsigned
+// long has 32 bits (Windows), the widest position short of ~0.
+constexpr unsigned long kBeyondFourGigabytes = sizeof(unsigned long) > 4
+                                                   ? static_cast<unsigned long>(1ULL << 32)
+                                                   : ~0UL - 1;
+
 // The record file's layout, in fixed-length and variable-length files.
 class DataFile : public ::testing::Test {
 protected:
@@ -189,7 +195,7 @@ TEST_F(DataFile, PositionsWithoutARecordChangeNothing) {
     InsertFixed(22);
     const std::vector<char> before = ReadAll(m_Path.c_str());
     for (const unsigned long position :
-         {~0UL, 0xFFFFFFFFUL, 3UL, 100UL, (1UL << 28) + 1, (1UL << 32) + 1}) {
+         {~0UL, 0xFFFFFFFFUL, 3UL, 100UL, (1UL << 28) + 1, kBeyondFourGigabytes + 1}) {
         m_File.Read(2, nullptr);
         m_File.Read(position, nullptr);
         EXPECT_EQ(0u, Tag()) << position;
@@ -211,7 +217,7 @@ TEST_F(DataFile, PositionsWithoutARecordChangeNothing) {
     std::vector<char> payload(20, 'p');
     file.Insere(payload.data(), 20);
     const std::vector<char> made = ReadAll(path.c_str());
-    for (const unsigned long position : {4UL, 8UL, 35UL, 58UL, 60UL, 1UL << 32}) {
+    for (const unsigned long position : {4UL, 8UL, 35UL, 58UL, 60UL, kBeyondFourGigabytes}) {
         EXPECT_EQ(~0UL, file.GetTaille(position)) << position;
         std::vector<char> back(20, 'x');
         file.Read(position, back.data());
@@ -479,8 +485,9 @@ private:
     void Elsewhere() {
         std::vector<char> junk(256, 'J');
         if (m_Fixed) {
-            const unsigned long wrap = ((1UL << 32) - 1) / m_Size + 2;
-            const unsigned long numbers[] = {m_Images.size() + 1 + m_Random() % 3, ~0UL, wrap};
+            const unsigned long wrap = 0xFFFFFFFFUL / m_Size + 2;
+            const unsigned long numbers[] = {
+                static_cast<unsigned long>(m_Images.size() + 1 + m_Random() % 3), ~0UL, wrap};
             m_File.Read(numbers[m_Random() % 3], nullptr);
             std::memset(m_File.Adresse(), 'J', m_Size);
         } else {

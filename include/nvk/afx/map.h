@@ -184,4 +184,7 @@ private:
 class NVKAFX_EXPORT CMapStringToOb : public CMap<CString, const char*, CObject*, CObject*> {
 public:
     explicit CMapStringToOb(int nBlockSize = 10) : CMap(nBlockSize) {}
+    // Out of line, so that the library's copy of the class (its vtable among
+    // it) is the one every module imports.
+    ~CMapStringToOb() override;
 };

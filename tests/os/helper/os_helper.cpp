@@ -165,6 +165,8 @@ int main(int argc, char** argv) {
     if ((command == "mapwrite" || command == "mapread") && argc > 3) {
         return Mapping(argv[2], argv[3], command == "mapwrite");
     }
+#ifndef _WIN32
+    // Users are switched by id only on POSIX.
     if (command == "asuser" && argc > 3) {
         if (getuid() != 0 || setgid(Number(argv[2])) != 0 || setuid(Number(argv[2])) != 0) {
             return 254;
@@ -172,5 +174,6 @@ int main(int argc, char** argv) {
         HANDLE mutex = OpenMutexA(SYNCHRONIZE, FALSE, argv[3]);
         return mutex != nullptr ? 0 : static_cast<int>(GetLastError());
     }
+#endif
     return 255;
 }

@@ -1,0 +1,32 @@
+#!/bin/sh
+# Runs a Windows program of the build under Wine, in the build's own Wine
+# prefix (the first argument), made on first use: without a window system
+# (Wine's graphics driver "null", so that nothing asks for an X server) and
+# without Wine's own messages.
+prefix=$1
+shift
+export WINEPREFIX="$prefix" WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml="
+wine=/usr/lib/wine/wine64
+[ -x "$wine" ] || wine=wine64
+if [ ! -f "$prefix/.nvk-ready" ]; then
+    mkdir -p "$prefix"
+    (
+        flock 9
+        if [ ! -f "$prefix/.nvk-ready" ]; then
+            "$wine" wineboot -i >/dev/null 2>&1
+            printf 'REGEDIT4\n\n[HKEY_CURRENT_USER\\Software\\Wine\\Drivers]\n"Graphics"="null"\n' \
+                >"$prefix/null-driver.reg"
+            "$wine" regedit /S "$prefix/null-driver.reg" >/dev/null 2>&1
+            touch "$prefix/.nvk-ready"
+        fi
+    ) 9>"$prefix.lock"
+fi
+case $1 in
+    # Detached from the caller's output, which the test runner waits on. A
+    # server already running (a run before that stopped short) serves too.
+    --start-server)
+        "${wine%/*}/wineserver" -p >/dev/null 2>&1 </dev/null
+        exit 0 ;;
+    --stop-server) exec "${wine%/*}/wineserver" -k ;;
+esac
+exec "$wine" "$@"

@@ -1,0 +1,3 @@
+#include "nvk/afx/map.h"
+
+CMapStringToOb::~CMapStringToOb() = default;

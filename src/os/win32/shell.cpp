@@ -1,0 +1,67 @@
+// The folder browser: with the application's browser installed, its dialog
+// runs in place of the system's, against a window whose messages go to it.
+#include <mutex>
+
+#include "os/win32/forward.h"
+
+namespace nvk::os {
+
+namespace {
+
+std::mutex g_HookLock;
+FolderBrowserHook g_Hook{};
+
+FolderBrowserHook CurrentHook() {
+    std::lock_guard<std::mutex> lock(g_HookLock);
+    return g_Hook;
+}
+
+::LRESULT CALLBACK BrowserProcedure(::HWND window, ::UINT message, ::WPARAM wParam,
+                                    ::LPARAM lParam) {
+    const FolderBrowserHook hook = CurrentHook();
+    if (hook.message == nullptr || message == WM_DESTROY || message == WM_NCDESTROY) {
+        return ::DefWindowProcA(window, message, wParam, lParam);
+    }
+    return hook.message(reinterpret_cast<HWND>(window), message, wParam, lParam);
+}
+
+const char* BrowserClass() {
+    static const char* name = [] {
+        ::WNDCLASSA windowClass{};
+        windowClass.lpfnWndProc = BrowserProcedure;
+        windowClass.lpszClassName = "NvkFolderBrowser";
+        ::RegisterClassA(&windowClass);
+        return "NvkFolderBrowser";
+    }();
+    return name;
+}
+
+}  // namespace
+
+FolderBrowserHook SetFolderBrowserHook(FolderBrowserHook hook) {
+    std::lock_guard<std::mutex> lock(g_HookLock);
+    FolderBrowserHook old = g_Hook;
+    g_Hook = hook;
+    return old;
+}
+
+LPITEMIDLIST SHBrowseForFolderA(BROWSEINFOA* info) {
+    const FolderBrowserHook hook = CurrentHook();
+    if (info == nullptr) {
+        return nullptr;
+    }
+    if (hook.run == nullptr) {
+        return win32::Call<LPITEMIDLIST>(::SHBrowseForFolderA, info);
+    }
+    ::HWND window = ::CreateWindowExA(0, BrowserClass(), nullptr, 0, 0, 0, 0, 0, nullptr, nullptr,
+                                      nullptr, nullptr);
+    LPITEMIDLIST chosen = hook.run(*info, reinterpret_cast<HWND>(window));
+    ::DestroyWindow(window);
+    return chosen;
+}
+
+LPITEMIDLIST ItemListFromPath(LPCSTR path) {
+    return reinterpret_cast<LPITEMIDLIST>(::ILCreateFromPathA(path != nullptr ? path : ""));
+}
+
+}  // namespace nvk::os

@@ -1,0 +1,86 @@
+# The tests on Windows, run under Wine by the cross build's emulator. Every
+# test needs the Wine server that the fixture "wine" starts once for the run
+# (a server of each test's own costs seconds, and one started inside a test
+# has hung). What cannot run on Windows is left out or labelled posix_only,
+# and the test windows.skipped prints the list with the reasons.
+
+set(NVK_TEST_PROPERTIES FIXTURES_REQUIRED wine)
+add_compile_options(-include ${CMAKE_CURRENT_SOURCE_DIR}/support/windows_compat.h)
+
+add_test(NAME wine.start_server COMMAND ${CMAKE_CROSSCOMPILING_EMULATOR} --start-server)
+add_test(NAME wine.stop_server COMMAND ${CMAKE_CROSSCOMPILING_EMULATOR} --stop-server)
+set_tests_properties(wine.start_server PROPERTIES FIXTURES_SETUP wine)
+set_tests_properties(wine.stop_server PROPERTIES FIXTURES_CLEANUP wine)
+
+# Folders whose programs need what the Windows build lacks.
+set(NVK_WINDOWS_LEFT_OUT_FOLDERS
+    "barcode: the bar-code engine needs libzint and cairo, not built for Windows"
+    "rc: tests the POSIX build's resource compiler (Windows links windres' resources)"
+    "ui: links the POSIX build's resource compiler"
+    "archive: the zip engines need libzip, not built for Windows"
+    "paths: tests the POSIX build's drive map, XDG folders and user ids"
+    "dde: the harness runs a D-Bus daemon and its peers through a POSIX shell")
+# Sources that test the POSIX backend's own parts.
+set(NVK_WINDOWS_LEFT_OUT_SOURCES
+    "files/mount_kind_test.cpp: the POSIX backend's mount table"
+    "os/shared_machine_test.cpp: POSIX users, ownership and FIFOs"
+    "os/path_map_test.cpp: the POSIX backend's drive map"
+    "os/windows_names_test.cpp: the POSIX backend's name matching"
+    "os/registry_text_test.cpp: the POSIX backend's .reg files"
+    "os/file_system_test.cpp: calls into the POSIX backend's internals"
+    "os/module_test.cpp: calls into the POSIX backend's internals"
+    "os/process_test.cpp: calls into the POSIX backend's internals"
+    "os/registry_test.cpp: calls into the POSIX backend's internals"
+    "os/registry_safety_test.cpp: calls into the POSIX backend's internals")
+set(NVK_WINDOWS_LEFT_OUT_REGEX)
+foreach(entry IN LISTS NVK_WINDOWS_LEFT_OUT_SOURCES)
+    string(REGEX REPLACE ":.*" "" source "${entry}")
+    list(APPEND NVK_WINDOWS_LEFT_OUT_REGEX "/${source}$")
+endforeach()
+list(JOIN NVK_WINDOWS_LEFT_OUT_REGEX "|" NVK_WINDOWS_LEFT_OUT_REGEX)
+
+# The tests that drive the tool from a POSIX shell or from Python run the
+# program directly, which only the POSIX build can. The label is set once the
+# folder is read, after the folder's own LABELS.
+function(add_test)
+    _add_test(${ARGV})
+    list(FIND ARGV COMMAND at)
+    math(EXPR at "${at} + 1")
+    list(GET ARGV ${at} program)
+    list(GET ARGV 1 name)
+    if(program STREQUAL "sh" OR program STREQUAL "${Python3_EXECUTABLE}")
+        set_property(GLOBAL APPEND PROPERTY NVK_POSIX_ONLY_TESTS ${name})
+        set(property LABELS posix_only)
+    else()
+        set(property FIXTURES_REQUIRED wine)
+    endif()
+    # A deferred call reads variables when it runs: the name goes in as text.
+    cmake_language(EVAL CODE
+                   "cmake_language(DEFER CALL set_property TEST [[${name}]] APPEND PROPERTY ${property})")
+endfunction()
+
+# Prints what does not run here; called once every folder is read.
+function(nvk_windows_skipped_test)
+    get_property(posix_only GLOBAL PROPERTY NVK_POSIX_ONLY_TESTS)
+    set(lines)
+    foreach(folder IN LISTS NVK_WINDOWS_LEFT_OUT_FOLDERS)
+        list(APPEND lines "left out: tests/${folder}")
+    endforeach()
+    foreach(source IN LISTS NVK_WINDOWS_LEFT_OUT_SOURCES)
+        list(APPEND lines "left out: tests/${source}")
+    endforeach()
+    foreach(name IN LISTS posix_only)
+        list(APPEND lines "posix_only: ${name} (runs the tool from a POSIX shell or Python)")
+    endforeach()
+    list(APPEND lines "posix_only: the calendar tests of zones named by their zone-data names \
+(TZ=Europe/Zurich and others: Windows' C runtime reads TZ only in the EST5EDT form)")
+    list(LENGTH NVK_WINDOWS_LEFT_OUT_FOLDERS folders)
+    list(LENGTH NVK_WINDOWS_LEFT_OUT_SOURCES sources)
+    list(LENGTH posix_only tests)
+    list(JOIN lines "\n" text)
+    file(WRITE ${PROJECT_BINARY_DIR}/windows_skipped.txt
+         "${text}\n${folders} test folders and ${sources} test files left out, "
+         "${tests} tests labelled posix_only\n")
+    _add_test(NAME windows.skipped COMMAND ${CMAKE_COMMAND} -E cat
+              ${PROJECT_BINARY_DIR}/windows_skipped.txt)
+endfunction()
