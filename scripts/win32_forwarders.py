@@ -21,6 +21,7 @@ OWN = {
     "SetFolderBrowserHook", "ItemListFromPath", "ModuleFromAddress", "ToNativePath",
     "ToWindowsPath", "RegExportText", "RegImportText", "RegisterResourceTable",
     "UnregisterResourceTable", "DeleteLinkCompanions", "CreateFileDC", "CreateImageDC",
+    "FindFirstNameA", "EmptyFolderA",
     # Hooked, variadic or needing set-up first.
     # The C runtime of the system's own DLL lacks these.
     "_get_timezone", "_get_daylight", "_time32",

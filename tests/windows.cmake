@@ -31,7 +31,8 @@ set(NVK_WINDOWS_LEFT_OUT_SOURCES
     "os/module_test.cpp: calls into the POSIX backend's internals"
     "os/process_test.cpp: calls into the POSIX backend's internals"
     "os/registry_test.cpp: calls into the POSIX backend's internals"
-    "os/registry_safety_test.cpp: calls into the POSIX backend's internals")
+    "os/registry_safety_test.cpp: calls into the POSIX backend's internals"
+    "os/native_names_test.cpp: the POSIX backend's UTF-8 names on disk")
 set(NVK_WINDOWS_LEFT_OUT_REGEX)
 foreach(entry IN LISTS NVK_WINDOWS_LEFT_OUT_SOURCES)
     string(REGEX REPLACE ":.*" "" source "${entry}")

@@ -407,9 +407,17 @@ nvk::os::COLORREF GetBkColor(std::type_identity_t<nvk::os::HDC__*> a0) {
     return win32::Call<nvk::os::COLORREF>(::GetBkColor, a0);
 }
 
+nvk::os::UINT GetConsoleCP() {
+    return win32::Call<nvk::os::UINT>(::GetConsoleCP);
+}
+
 nvk::os::BOOL GetConsoleMode(std::type_identity_t<void*> a0,
                              std::type_identity_t<nvk::os::DWORD*> a1) {
     return win32::Call<nvk::os::BOOL>(::GetConsoleMode, a0, a1);
+}
+
+nvk::os::UINT GetConsoleOutputCP() {
+    return win32::Call<nvk::os::UINT>(::GetConsoleOutputCP);
 }
 
 nvk::os::DWORD GetCurrentDirectoryA(std::type_identity_t<unsigned int> a0,
