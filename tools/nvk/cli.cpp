@@ -79,6 +79,39 @@ bool ReadLine(std::string& line, std::string& error) {
     return true;
 }
 
+Args Words(const std::string& line) {
+    std::istringstream in(line);
+    Args words;
+    for (std::string word; in >> word;) {
+        words.push_back(word);
+    }
+    return words;
+}
+
+int RunSession(
+    const std::function<std::string(const Args& words, const std::string& line)>& answer) {
+    int status = kOk;
+    std::string line;
+    std::string error;
+    while (ReadLine(line, error)) {
+        if (error.empty()) {
+            const Args words = Words(line);
+            if (words.empty()) {
+                continue;
+            }
+            error = answer(words, line);
+        } else {
+            error = "the line " + error;
+        }
+        if (!error.empty()) {
+            std::cout << "error\n";
+            std::cerr << "nvk: " << error << '\n';
+            status = kFailure;
+        }
+    }
+    return status;
+}
+
 int PerInput(const Args& args, int (*answer)(const Args& args), LineAs lineAs) {
     if (args.size() != 1 || args[0] != "-") {
         return answer(args);
@@ -97,10 +130,7 @@ int PerInput(const Args& args, int (*answer)(const Args& args), LineAs lineAs) {
         if (lineAs == LineAs::WholeText) {
             lineArgs.push_back(line);
         } else {
-            std::istringstream words(line);
-            for (std::string word; words >> word;) {
-                lineArgs.push_back(word);
-            }
+            lineArgs = Words(line);
         }
         worst = std::max(worst, answer(lineArgs));
         std::cout.flush();

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <iosfwd>
 #include <span>
 #include <string>
@@ -64,6 +65,17 @@ bool Expect(const Args& args, std::size_t minimum, std::size_t maximum, const Co
 // be converted, `line` is empty and `error` says why ("holds characters
 // that ..."); `error` is empty otherwise.
 bool ReadLine(std::string& line, std::string& error);
+
+// The words of a line, split at white space.
+Args Words(const std::string& line);
+
+// Runs a session of commands read from standard input, one answer line for
+// each command line: `answer` writes the answer to a line's words and gives
+// an error, empty when the line was a command. A line that is none answers
+// "error", says why on standard error, and the status is then 2. Blank lines
+// are skipped.
+int RunSession(
+    const std::function<std::string(const Args& words, const std::string& line)>& answer);
 
 // How PerInput hands a line of standard input to the answer.
 enum class LineAs { Words, WholeText };

@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <cstring>
 #include <iostream>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -183,31 +182,9 @@ const Command kCommands[] = {
              return nvk::tool::Fail("cannot open " + args[0] + " as a record file");
          }
          Session session(records);
-         int status = nvk::tool::kOk;
-         std::string line;
-         std::string error;
-         while (nvk::tool::ReadLine(line, error)) {
-             if (!error.empty()) {
-                 std::cout << "error\n";
-                 std::cerr << "nvk: the line " << error << '\n';
-                 status = nvk::tool::kFailure;
-                 continue;
-             }
-             std::istringstream in(line);
-             Args words;
-             for (std::string word; in >> word;) {
-                 words.push_back(word);
-             }
-             if (words.empty()) {
-                 continue;
-             }
-             if (!session.Answer(words, std::cout)) {
-                 std::cout << "error\n";
-                 std::cerr << "nvk: not a command: " << line << '\n';
-                 status = nvk::tool::kFailure;
-             }
-         }
-         return status;
+         return nvk::tool::RunSession([&](const Args& words, const std::string& line) {
+             return session.Answer(words, std::cout) ? std::string() : "not a command: " + line;
+         });
      }},
     {"dump", "FILE", "show the header and every record",
      [](const Args& args) {

@@ -5,7 +5,6 @@
 #include <cstring>
 #include <iomanip>
 #include <iostream>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -317,32 +316,9 @@ const Command kCommands[] = {
              return nvk::tool::Fail("cannot open " + args[0] + " as an index file");
          }
          Session session(index, header);
-         int status = nvk::tool::kOk;
-         std::string line;
-         std::string error;
-         while (nvk::tool::ReadLine(line, error)) {
-             if (!error.empty()) {
-                 std::cout << "error\n";
-                 std::cerr << "nvk: the line " << error << '\n';
-                 status = nvk::tool::kFailure;
-                 continue;
-             }
-             std::istringstream in(line);
-             Args words;
-             for (std::string word; in >> word;) {
-                 words.push_back(word);
-             }
-             if (words.empty()) {
-                 continue;
-             }
-             const std::string error = session.Answer(words, std::cout);
-             if (!error.empty()) {
-                 std::cout << "error\n";
-                 std::cerr << "nvk: " << error << '\n';
-                 status = nvk::tool::kFailure;
-             }
-         }
-         return status;
+         return nvk::tool::RunSession([&](const Args& words, const std::string&) {
+             return session.Answer(words, std::cout);
+         });
      },
      "  insert|delete I KEY VALUE, update I OLDKEY NEWKEY VALUE: answer 0 done, 1 the key"
      "\n    is already in a unique index, 79 no index I, 128 damaged tree or no such entry;"

@@ -2,11 +2,11 @@
 // hold a path.
 #include <cstdlib>
 #include <cstring>
-#include <mutex>
 
 #include "os/api/shell.h"
 #include "os/api/shell_folder.h"
 #include "os/api/window.h"
+#include "os/common/folder_browser_hook.h"
 
 namespace nvk::os {
 
@@ -21,18 +21,10 @@ public:
 
 Allocator g_Allocator;
 
-std::mutex g_HookLock;
-FolderBrowserHook g_Hook{};
-
-FolderBrowserHook CurrentHook() {
-    std::lock_guard<std::mutex> lock(g_HookLock);
-    return g_Hook;
-}
-
 // The browser's window while its dialog runs: what the callback sends it goes
 // to the hook; its own coming and going does not.
 LRESULT BrowserProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
-    const FolderBrowserHook hook = CurrentHook();
+    const FolderBrowserHook hook = CurrentFolderBrowserHook();
     if (hook.message == nullptr || message == WM_DESTROY || message == WM_NCDESTROY) {
         return DefWindowProcA(window, message, wParam, lParam);
     }
@@ -52,15 +44,8 @@ const char* BrowserClass() {
 
 }  // namespace
 
-FolderBrowserHook SetFolderBrowserHook(FolderBrowserHook hook) {
-    std::lock_guard<std::mutex> lock(g_HookLock);
-    FolderBrowserHook old = g_Hook;
-    g_Hook = hook;
-    return old;
-}
-
 LPITEMIDLIST SHBrowseForFolderA(BROWSEINFOA* info) {
-    const FolderBrowserHook hook = CurrentHook();
+    const FolderBrowserHook hook = CurrentFolderBrowserHook();
     if (info == nullptr || hook.run == nullptr) {
         return nullptr;
     }

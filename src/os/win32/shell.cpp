@@ -1,24 +1,16 @@
 // The folder browser: with the application's browser installed, its dialog
 // runs in place of the system's, against a window whose messages go to it.
-#include <mutex>
 
+#include "os/common/folder_browser_hook.h"
 #include "os/win32/forward.h"
 
 namespace nvk::os {
 
 namespace {
 
-std::mutex g_HookLock;
-FolderBrowserHook g_Hook{};
-
-FolderBrowserHook CurrentHook() {
-    std::lock_guard<std::mutex> lock(g_HookLock);
-    return g_Hook;
-}
-
 ::LRESULT CALLBACK BrowserProcedure(::HWND window, ::UINT message, ::WPARAM wParam,
                                     ::LPARAM lParam) {
-    const FolderBrowserHook hook = CurrentHook();
+    const FolderBrowserHook hook = CurrentFolderBrowserHook();
     if (hook.message == nullptr || message == WM_DESTROY || message == WM_NCDESTROY) {
         return ::DefWindowProcA(window, message, wParam, lParam);
     }
@@ -38,15 +30,8 @@ const char* BrowserClass() {
 
 }  // namespace
 
-FolderBrowserHook SetFolderBrowserHook(FolderBrowserHook hook) {
-    std::lock_guard<std::mutex> lock(g_HookLock);
-    FolderBrowserHook old = g_Hook;
-    g_Hook = hook;
-    return old;
-}
-
 LPITEMIDLIST SHBrowseForFolderA(BROWSEINFOA* info) {
-    const FolderBrowserHook hook = CurrentHook();
+    const FolderBrowserHook hook = CurrentFolderBrowserHook();
     if (info == nullptr) {
         return nullptr;
     }
