@@ -24,8 +24,11 @@ fi
 case $1 in
     # Detached from the caller's output, which the test runner waits on. A
     # server already running (a run before that stopped short) serves too.
+    # Wine's own services start with the first program and live as long as
+    # the server: started here, they hold none of a test's output open.
     --start-server)
         "${wine%/*}/wineserver" -p >/dev/null 2>&1 </dev/null
+        "$wine" wineboot >/dev/null 2>&1 </dev/null
         exit 0 ;;
     --stop-server) exec "${wine%/*}/wineserver" -k ;;
 esac

@@ -3,6 +3,7 @@
 #include <cxxabi.h>
 
 #include <cstring>
+#include <memory>
 #include <mutex>
 #include <new>
 
@@ -27,9 +28,29 @@ constexpr std::uint32_t kHeapClasses = ThreadCache::kHeapClasses;
 // for this many allocations.
 constexpr std::uint32_t kBatch = ThreadCache::kCacheBlocks / 2;
 
+#ifdef _WIN32
+// Thread-local objects here are emulated, and the runtime may free a thread's
+// slots before the ends registered for it run: a cache in a slot would be
+// gone when its end gives its blocks back. So a thread's cache is made on the
+// heap as it first serves a storage, and its slot only points to it: first to
+// the idle cache, which serves nothing, and once the cache has ended to the
+// ended one, which takes nothing. Neither is ever written.
+constinit ThreadCache g_IdleCache;
+constinit ThreadCache g_EndedCache{.Ended = true};
+constinit thread_local ThreadCache* t_Cache = &g_IdleCache;
+
+ThreadCache& LocalCache() {
+    return *t_Cache;
+}
+#else
 // Trivially destructible, so that using it costs no check: its end is
 // registered by hand, once, when it first serves a storage.
 constinit thread_local ThreadCache t_Cache;
+
+ThreadCache& LocalCache() {
+    return t_Cache;
+}
+#endif
 
 // Set before the module's static objects go. A cache that starts to serve
 // then would register an end to call after the module's code is gone: from
@@ -37,6 +58,35 @@ constinit thread_local ThreadCache t_Cache;
 std::atomic<bool> g_ModuleEnding{false};
 __attribute__((destructor)) void MarkModuleEnding() {
     g_ModuleEnding.store(true, std::memory_order_relaxed);
+}
+
+// The thread's cache, its end registered; null while its thread or module is
+// ending.
+ThreadCache* RegisteredCache() {
+    ThreadCache* cache = &LocalCache();
+    if (g_ModuleEnding.load(std::memory_order_relaxed) || cache->Ended) {
+        return nullptr;
+    }
+    if (cache->Registered) {
+        return cache;
+    }
+#ifdef _WIN32
+    std::unique_ptr<ThreadCache> own(new (std::nothrow) ThreadCache);
+    if (own == nullptr) {
+        return nullptr;
+    }
+    cache = own.get();
+#endif
+    // While the end is pending the runtime keeps this module loaded, so the
+    // cache never outlives its code.
+    if (__cxxabiv1::__cxa_thread_atexit(ThreadCache::ThreadEnds, cache, &__dso_handle) != 0) {
+        return nullptr;
+    }
+    cache->Registered = true;
+#ifdef _WIN32
+    t_Cache = own.release();
+#endif
+    return cache;
 }
 
 void* Commit(void* address, std::uint64_t size, DWORD type) {
@@ -105,20 +155,24 @@ std::uint32_t HeapClass(std::uint32_t capacity) {
 // Keeps a heap block of any thread or module, when its class has room: every
 // copy of the frame makes them the size of their class. Only a cache whose end
 // is registered keeps blocks; `mayRegister` registers it if need be.
-[[gnu::always_inline]] inline bool KeepHeapBlock(ThreadCache& cache, ChaineBuffer* block,
+[[gnu::always_inline]] inline bool KeepHeapBlock(ThreadCache& local, ChaineBuffer* block,
                                                  bool mayRegister) {
     const std::uint32_t heapClass = HeapClass(block->Capacity);
-    if (heapClass >= kHeapClasses || cache.HeapCount[heapClass] >= ThreadCache::kHeapBlocks) {
+    if (heapClass >= kHeapClasses) {
         return false;
     }
-    if (mayRegister
-            ? !cache.Usable()
-            : !cache.Registered || cache.Ended || g_ModuleEnding.load(std::memory_order_relaxed)) {
+    ThreadCache* cache = &local;
+    if (!cache->Registered || cache->Ended || g_ModuleEnding.load(std::memory_order_relaxed)) {
+        if (!mayRegister || (cache = RegisteredCache()) == nullptr) {
+            return false;
+        }
+    }
+    if (cache->HeapCount[heapClass] >= ThreadCache::kHeapBlocks) {
         return false;
     }
-    SetHeapNext(block, cache.HeapHead[heapClass]);
-    cache.HeapHead[heapClass] = block;
-    ++cache.HeapCount[heapClass];
+    SetHeapNext(block, cache->HeapHead[heapClass]);
+    cache->HeapHead[heapClass] = block;
+    ++cache->HeapCount[heapClass];
     return true;
 }
 
@@ -233,47 +287,32 @@ ChaineBuffer* FBlockStorage::TakeShared(ChaineBuffer* last) {
     return first;
 }
 
-bool ThreadCache::Usable() {
-    if (g_ModuleEnding.load(std::memory_order_relaxed) || Ended) {
-        return false;
-    }
-    if (!Registered) {
-        // While the end is pending the runtime keeps this module loaded, so
-        // the cache never outlives its code.
-        if (__cxxabiv1::__cxa_thread_atexit(ThreadEnds, this, &__dso_handle) != 0) {
-            return false;
-        }
-        Registered = true;
-    }
-    return true;
-}
-
 ThreadCache* FBlockStorage::CacheOf() {
     if (g_ModuleEnding.load(std::memory_order_relaxed)) {
         return nullptr;
     }
-    ThreadCache& cache = t_Cache;
-    FBlockStorage* owner = cache.Owner.load(std::memory_order_acquire);
+    ThreadCache* cache = &LocalCache();
+    FBlockStorage* owner = cache->Owner.load(std::memory_order_acquire);
     if (owner == this) {
-        return &cache;
+        return cache;
     }
     // A cache whose thread is ending serves no storage again: it would keep
     // its blocks, and its storage's list would keep it.
-    if (owner != nullptr || !cache.Usable()) {
+    if (owner != nullptr || (cache = RegisteredCache()) == nullptr) {
         return nullptr;
     }
     // Blocks left from a storage that has ended went with its pages.
-    cache.Head = nullptr;
-    cache.Count = 0;
+    cache->Head = nullptr;
+    cache->Count = 0;
     std::lock_guard guard(m_Lock);
-    cache.Prev = nullptr;
-    cache.Next = m_Caches;
+    cache->Prev = nullptr;
+    cache->Next = m_Caches;
     if (m_Caches != nullptr) {
-        m_Caches->Prev = &cache;
+        m_Caches->Prev = cache;
     }
-    m_Caches = &cache;
-    cache.Owner.store(this, std::memory_order_release);
-    return &cache;
+    m_Caches = cache;
+    cache->Owner.store(this, std::memory_order_release);
+    return cache;
 }
 
 void FBlockStorage::Refill(ThreadCache& cache) {
@@ -325,23 +364,29 @@ void ThreadCache::ThreadEnds(void* ending) {
         }
         cache.HeapCount[i] = 0;
     }
-    if (cache.Owner.load(std::memory_order_acquire) == nullptr) {
-        return;
+    if (cache.Owner.load(std::memory_order_acquire) != nullptr) {
+        // The process lock keeps the storage from ending while its blocks go
+        // back.
+        ProcessLock process;
+        if (FBlockStorage* owner = cache.Owner.load(std::memory_order_acquire)) {
+            owner->Drain(cache, cache.Count);
+            std::lock_guard guard(owner->m_Lock);
+            owner->Forget(cache);
+        }
     }
-    // The process lock keeps the storage from ending while its blocks go back.
-    ProcessLock process;
-    if (FBlockStorage* owner = cache.Owner.load(std::memory_order_acquire)) {
-        owner->Drain(cache, cache.Count);
-        std::lock_guard guard(owner->m_Lock);
-        owner->Forget(cache);
-    }
+#ifdef _WIN32
+    // No storage knows the cache any more. Should the runtime have freed the
+    // thread's slot already, this makes it anew, and frees it again.
+    t_Cache = &g_EndedCache;
+    delete &cache;
+#endif
 }
 
 // The fast paths: a pop from or a push to the thread's cache, with no call
 // and no lock. Whatever they can't do, the slow paths do.
 
 inline ChaineBuffer* FBlockStorage::FromCache(std::uint32_t size) {
-    ThreadCache& cache = t_Cache;
+    ThreadCache& cache = LocalCache();
     if (size <= m_BlockSize) [[likely]] {
         ChaineBuffer* block = cache.Head;
         if (cache.Owner.load(std::memory_order_acquire) != this || block == nullptr) {
@@ -355,7 +400,7 @@ inline ChaineBuffer* FBlockStorage::FromCache(std::uint32_t size) {
 }
 
 inline bool FBlockStorage::ToCache(ChaineBuffer* block) {
-    ThreadCache& cache = t_Cache;
+    ThreadCache& cache = LocalCache();
     if (!block->IsHeapBlock()) [[likely]] {
         if (cache.Owner.load(std::memory_order_acquire) != this ||
             cache.Count >= ThreadCache::kCacheBlocks) {
@@ -399,7 +444,7 @@ ChaineBuffer* FBlockStorage::HeapAlloc(std::uint32_t size) {
     if (capacity > 0x7FFFFFF0u) {
         AfxThrowMemoryException();
     }
-    if (ChaineBuffer* kept = TakeHeapBlock(t_Cache, capacity)) {
+    if (ChaineBuffer* kept = TakeHeapBlock(LocalCache(), capacity)) {
         return kept;
     }
     const std::uint32_t heapClass = HeapClass(capacity);
@@ -421,7 +466,7 @@ void FBlockStorage::PoolFree(ChaineBuffer* block) {
 // thread's cache: every cache of the storage ends in its shared list.
 [[gnu::noinline]] void FBlockStorage::PoolFreeSlow(ChaineBuffer* block) {
     if (block->IsHeapBlock()) {
-        if (!KeepHeapBlock(t_Cache, block, true)) {
+        if (!KeepHeapBlock(LocalCache(), block, true)) {
             delete[] reinterpret_cast<char*>(block);
         }
         return;

@@ -43,9 +43,6 @@ struct ThreadCache {
     // Registered with the runtime as the cache starts to serve its thread, so
     // that the cache needs no guard of its own on every use.
     static void ThreadEnds(void* cache);
-    // Whether the cache may take blocks: its end is registered, and neither
-    // its thread nor its module is ending.
-    bool Usable();
 
     // The storage served; null while none. Set under the owner's lock, cleared
     // under it and the process lock; read lock-free by the cache's thread.
