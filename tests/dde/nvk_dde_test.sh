@@ -5,13 +5,18 @@ nvk="$1"
 out=$(mktemp -d)
 trap 'kill $server $advise 2>/dev/null; rm -rf "$out"' EXIT
 fail() { echo "FAIL: $*"; exit 1; }
+# Waits up to 5 s for a command to succeed: a loaded machine starts slowly.
+wait_for() {
+    what=$1; shift
+    i=0
+    until "$@" 2>/dev/null; do
+        i=$((i + 1)); [ $i -lt 50 ] || fail "$what did not come"; sleep 0.1
+    done
+}
 
 "$nvk" dde serve Compta Dossier --reply Solde=1200 --reply "Nom=Société" >"$out/serve" &
 server=$!
-i=0
-until "$nvk" dde execute Compta Dossier ping 2>/dev/null; do
-    i=$((i + 1)); [ $i -lt 50 ] || fail "the server did not come"; sleep 0.1
-done
+wait_for "the server" "$nvk" dde execute Compta Dossier ping
 
 [ "$("$nvk" dde request Compta Dossier Solde)" = 1200 ] || fail "request"
 [ "$("$nvk" dde request Compta Dossier Nom)" = "Société" ] || fail "request of 8-bit text"
@@ -19,7 +24,7 @@ answer=$("$nvk" dde request Compta Dossier Rien); status=$?
 [ $status -eq 1 ] && [ "$answer" = refused ] || fail "request of nothing: $status $answer"
 "$nvk" dde advise Compta Dossier Cours >"$out/advise" &
 advise=$!
-sleep 0.3
+wait_for "the advise loop" grep -q "^advise-start Cours$" "$out/serve"
 "$nvk" dde poke Compta Dossier Cours 12,5 || fail "poke"
 "$nvk" dde poke Compta Dossier Cours 12,5 || fail "poke of the same value"
 "$nvk" dde poke Compta Dossier Cours 13 || fail "second poke"
@@ -30,7 +35,7 @@ message=$("$nvk" dde request Personne Dossier Solde 2>&1); status=$?
     fail "no server: $message"
 "$nvk" dde execute Compta Dossier x --timeout nope 2>/dev/null; [ $? -eq 2 ] || fail "bad time-out"
 
-sleep 0.3
+wait_for "the advised data" test "$(wc -l <"$out/advise")" -ge 2
 kill $server; wait $server
 wait $advise || fail "advise status"
 [ "$(cat "$out/advise")" = "$(printf '12,5\n13')" ] || fail "advised: $(cat "$out/advise")"
@@ -40,6 +45,6 @@ grep -q "^advise-start Cours$" "$out/serve" || fail "serve's advise line"
 
 "$nvk" dde serve Compta Dossier --refuse-advise >/dev/null &
 server=$!
-sleep 0.3
+wait_for "the second server" "$nvk" dde execute Compta Dossier ping
 "$nvk" dde advise Compta Dossier Cours >/dev/null; [ $? -eq 1 ] || fail "refused advise"
 echo ok
