@@ -17,6 +17,7 @@
 #include "nvk/afx/mem_file.h"
 #include "os/api/process.h"
 #include "os/api/sync.h"
+#include "support/child_process.h"
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 #define NVK_SANITIZED 1
@@ -110,15 +111,8 @@ TEST(AfxMemoryLimit, ExhaustedMemoryIsTheFrameworksException) {
     std::string line = std::string("/bin/sh -c \"ulimit -v 1000000 && ") + kChildFlag +
                        "=1 exec '" + self +
                        "' --gtest_filter=AfxMemoryLimit.ExhaustedMemoryIsTheFrameworksException\"";
-    nvk::os::PROCESS_INFORMATION process = {};
-    ASSERT_TRUE(nvk::os::CreateProcessA(nullptr, line.data(), nullptr, nullptr, nvk::os::FALSE, 0,
-                                        nullptr, nullptr, nullptr, &process));
-    ASSERT_EQ(nvk::os::WaitForSingleObject(process.hProcess, 120000), nvk::os::WAIT_OBJECT_0);
-    nvk::os::DWORD code = 99;
-    nvk::os::GetExitCodeProcess(process.hProcess, &code);
-    nvk::os::CloseHandle(process.hThread);
-    nvk::os::CloseHandle(process.hProcess);
-    EXPECT_EQ(code, 0u) << line << ": the child's checks failed, or std::bad_alloc ended it";
+    EXPECT_EQ(nvk::test::RunProcess(line, 120000), 0u)
+        << line << ": the child's checks failed, or std::bad_alloc ended it";
 #endif
 }
 

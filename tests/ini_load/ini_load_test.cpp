@@ -16,6 +16,7 @@
 #include "nvk/config/ini_file.h"
 #include "os/api/process.h"
 #include "os/api/sync.h"
+#include "support/child_process.h"
 
 namespace {
 
@@ -30,41 +31,16 @@ nvk::os::PROCESS_INFORMATION Start(const std::string& role, const fs::path& file
                                    nvk::os::DWORD start) {
     std::string line = "\"" NVK_INI_LOAD_CHILD "\" " + role + " \"" + file.string() + "\" " +
                        std::to_string(number) + " " + std::to_string(start);
-    nvk::os::PROCESS_INFORMATION process = {};
-    if (!nvk::os::CreateProcessA(nullptr, line.data(), nullptr, nullptr, nvk::os::FALSE, 0, nullptr,
-                                 nullptr, nullptr, &process)) {
-        process.hProcess = nullptr;
-    }
-    return process;
+    return nvk::test::StartProcess(std::move(line));
 }
 
-// The exit status, or -1 for a process that did not start or end in time.
-long Finish(nvk::os::PROCESS_INFORMATION& process) {
-    if (process.hProcess == nullptr) {
-        return -1;
-    }
-    long status = -1;
-    if (nvk::os::WaitForSingleObject(process.hProcess, kPatience) == nvk::os::WAIT_OBJECT_0) {
-        nvk::os::DWORD code = 0;
-        nvk::os::GetExitCodeProcess(process.hProcess, &code);
-        status = static_cast<long>(code);
-    } else {
-        nvk::os::TerminateProcess(process.hProcess, 99);
-        nvk::os::WaitForSingleObject(process.hProcess, nvk::os::INFINITE);
-    }
-    nvk::os::CloseHandle(process.hThread);
-    nvk::os::CloseHandle(process.hProcess);
-    return status;
+// The exit status, or 0xDEAD for a process that did not start or end in time.
+nvk::os::DWORD Finish(nvk::os::PROCESS_INFORMATION& process) {
+    return nvk::test::FinishProcess(process, kPatience);
 }
 
-// The exit status of a command line, as Finish gives it.
-long RunLine(std::string line) {
-    nvk::os::PROCESS_INFORMATION process = {};
-    if (!nvk::os::CreateProcessA(nullptr, line.data(), nullptr, nullptr, nvk::os::FALSE, 0, nullptr,
-                                 nullptr, nullptr, &process)) {
-        process.hProcess = nullptr;
-    }
-    return Finish(process);
+nvk::os::DWORD RunLine(std::string line) {
+    return nvk::test::RunProcess(std::move(line), kPatience);
 }
 
 std::string Quoted(const fs::path& path) {
@@ -141,7 +117,7 @@ TEST(IniWholeText, AWriterStoppedAtAnyStepLeavesTheOldOrTheNewText) {
     EXPECT_LT(step, 64) << "the writer never finished";
     // What the stopped writers left behind hinders no later writer.
     Put(file, Before(10));
-    EXPECT_EQ(RunLine(ChildLine("stop", file, 0)), 0);
+    EXPECT_EQ(RunLine(ChildLine("stop", file, 0)), 0u);
     EXPECT_EQ(Slurp(file), After(10));
 }
 
@@ -153,7 +129,7 @@ TEST(IniWholeText, AFileSizeLimitLeavesTheOldText) {
     // At most 100 blocks of 512 or 1024 bytes, and no signal for a write
     // past them: the write fails instead.
     Put(script, "trap '' XFSZ\nulimit -f 100\nexec " + ChildLine("stop", file, 0) + "\n");
-    EXPECT_EQ(RunLine("sh " + Quoted(script)), 32) << "Close reports the failed write";
+    EXPECT_EQ(RunLine("sh " + Quoted(script)), 32u) << "Close reports the failed write";
     EXPECT_EQ(Slurp(file), Before(300000));
     EXPECT_EQ(folder.Entries(), 2) << "a temporary file stayed behind";
 }
@@ -167,10 +143,8 @@ TEST(IniWholeText, AForeignFlockHoldsNoOneBeyondTheTimeOut) {
     // Its output goes nowhere, so that the sleep left behind holds no pipe.
     Put(script, "exec >/dev/null 2>&1\nexec flock -o " + Quoted(file) + " sh -c 'touch " +
                     Quoted(ready) + "; exec sleep 5'\n");
-    std::string line = "sh " + Quoted(script);
-    nvk::os::PROCESS_INFORMATION holder = {};
-    ASSERT_TRUE(nvk::os::CreateProcessA(nullptr, line.data(), nullptr, nullptr, nvk::os::FALSE, 0,
-                                        nullptr, nullptr, nullptr, &holder));
+    nvk::os::PROCESS_INFORMATION holder = nvk::test::StartProcess("sh " + Quoted(script));
+    ASSERT_NE(holder.hProcess, nullptr);
     for (int i = 0; i < 1000 && !fs::exists(ready); ++i) {
         nvk::os::Sleep(10);
     }
@@ -215,10 +189,10 @@ TEST(IniLoad, WritersLoseNoUpdateAndReadersSeeWholeFiles) {
         writers.push_back(Start("writer", file, kIncrements, start));
     }
     for (auto& writer : writers) {
-        EXPECT_EQ(Finish(writer), 0) << "a writer failed (see ini_load_child.cpp)";
+        EXPECT_EQ(Finish(writer), 0u) << "a writer failed (see ini_load_child.cpp)";
     }
     for (auto& reader : readers) {
-        EXPECT_EQ(Finish(reader), 0) << "a reader failed (see ini_load_child.cpp)";
+        EXPECT_EQ(Finish(reader), 0u) << "a reader failed (see ini_load_child.cpp)";
     }
 
     const EIniFile ini(file.string().c_str());

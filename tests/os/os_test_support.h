@@ -13,6 +13,7 @@
 
 #include "os/api/process.h"
 #include "os/api/sync.h"
+#include "support/child_process.h"
 
 namespace nvk::os::test {
 
@@ -68,32 +69,15 @@ inline std::string HelperCommand(const std::string& arguments) {
     return "\"" NVK_OS_HELPER "\" " + arguments;
 }
 
-inline PROCESS_INFORMATION StartHelper(const std::string& arguments) {
-    std::string line = HelperCommand(arguments);
-    PROCESS_INFORMATION information = {};
-    if (!CreateProcessA(nullptr, line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, nullptr,
-                        &information)) {
-        information.hProcess = nullptr;
-    }
-    return information;
-}
+using nvk::test::FinishProcess;
 
-inline DWORD Finish(PROCESS_INFORMATION& information) {
-    if (information.hProcess == nullptr) {
-        return 0xDEAD;
-    }
-    WaitForSingleObject(information.hProcess, INFINITE);
-    DWORD code = 0xDEAD;
-    GetExitCodeProcess(information.hProcess, &code);
-    CloseHandle(information.hThread);
-    CloseHandle(information.hProcess);
-    return code;
+inline PROCESS_INFORMATION StartHelper(const std::string& arguments) {
+    return nvk::test::StartProcess(HelperCommand(arguments));
 }
 
 // Runs the helper to its end and gives its exit code.
 inline DWORD RunHelper(const std::string& arguments) {
-    PROCESS_INFORMATION information = StartHelper(arguments);
-    return Finish(information);
+    return nvk::test::RunProcess(HelperCommand(arguments));
 }
 
 // A helper that holds a file open until released.
@@ -124,7 +108,7 @@ public:
             return code_;
         }
         std::ofstream(release_).put('1');
-        code_ = Finish(process_);
+        code_ = FinishProcess(process_);
         process_.hProcess = nullptr;
         return code_;
     }

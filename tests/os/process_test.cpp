@@ -70,35 +70,43 @@ TEST_F(ProcessTest, ArgumentsEnvironmentAndFolder) {
 
     const char block[] = "NVK_CHILD=yes\0OTHER=1\0";
     std::string line = test::HelperCommand("env env.txt NVK_CHILD yes");
+    STARTUPINFOA startup = {};
+    startup.cb = sizeof startup;
     PROCESS_INFORMATION child = {};
     ASSERT_TRUE(CreateProcessA(nullptr, line.data(), nullptr, nullptr, FALSE, 0,
-                               const_cast<char*>(block), folder_.str().c_str(), nullptr, &child));
-    EXPECT_EQ(test::Finish(child), 0u);
+                               const_cast<char*>(block), folder_.str().c_str(), &startup, &child));
+    EXPECT_EQ(test::FinishProcess(child), 0u);
     EXPECT_TRUE(std::filesystem::exists(folder_ / "env.txt"));  // written in its folder
     EXPECT_FALSE(CreateProcessA(nullptr, line.data(), nullptr, nullptr, FALSE, 0, nullptr,
-                                (folder_ / "none").c_str(), nullptr, &child));
+                                (folder_ / "none").c_str(), &startup, &child));
     EXPECT_EQ(GetLastError(), ERROR_PATH_NOT_FOUND);
+    // Windows reads the start-up information unconditionally.
+    EXPECT_FALSE(CreateProcessA(nullptr, line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
+                                nullptr, &child));
+    EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
 }
 
 TEST_F(ProcessTest, ProgramsAreFoundOrReported) {
     // The Windows name of a program finds it without ".exe".
     std::string line = "\"" NVK_OS_HELPER ".exe\" exit 3";
+    STARTUPINFOA startup = {};
+    startup.cb = sizeof startup;
     PROCESS_INFORMATION child = {};
     ASSERT_TRUE(CreateProcessA(nullptr, line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
-                               nullptr, &child));
-    EXPECT_EQ(test::Finish(child), 3u);
+                               &startup, &child));
+    EXPECT_EQ(test::FinishProcess(child), 3u);
     ASSERT_TRUE(CreateProcessA(NVK_OS_HELPER, line.data(), nullptr, nullptr, FALSE, 0, nullptr,
-                               nullptr, nullptr, &child));
-    EXPECT_EQ(test::Finish(child), 3u);
+                               nullptr, &startup, &child));
+    EXPECT_EQ(test::FinishProcess(child), 3u);
 
     line = "nvk_no_such_program /x";
     EXPECT_FALSE(CreateProcessA(nullptr, line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
-                                nullptr, &child));
+                                &startup, &child));
     EXPECT_EQ(GetLastError(), ERROR_FILE_NOT_FOUND);
     std::ofstream(folder_ / "text.exe") << "not a program";
     line = "\"" + folder_ / "text.exe" + "\"";
     EXPECT_FALSE(CreateProcessA(nullptr, line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
-                                nullptr, &child));  // not executable
+                                &startup, &child));  // not executable
 
     EXPECT_GT(WinExec(test::HelperCommand("exit 0").c_str(), SW_SHOWNORMAL), 31u);
     EXPECT_EQ(WinExec("nvk_no_such_program", SW_SHOWNORMAL), ERROR_FILE_NOT_FOUND);

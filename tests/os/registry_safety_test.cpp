@@ -47,13 +47,7 @@ LSTATUS Opens(HKEY root, const char* subKey) {
 
 // Runs a command line and gives its exit code.
 DWORD RunCommand(std::string line) {
-    PROCESS_INFORMATION information = {};
-    if (!CreateProcessA(nullptr, line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, nullptr,
-                        &information)) {
-        return 0xDEAD;
-    }
-    information.hThread = nullptr;
-    return test::Finish(information);
+    return nvk::test::RunProcess(std::move(line));
 }
 
 bool RunningAsRoot() {

@@ -328,7 +328,7 @@ TEST_F(RegistryTest, WritersInSeveralProcessesLoseNothing) {
             ERROR_SUCCESS);
     }
     for (PROCESS_INFORMATION& helper : helpers) {
-        EXPECT_EQ(test::Finish(helper), 0u);
+        EXPECT_EQ(test::FinishProcess(helper), 0u);
     }
     for (const char* prefix : {"p", "q", "r", "s"}) {
         for (int i = 0; i < 25; ++i) {

@@ -39,12 +39,14 @@ protected:
         return info.st_mode & 07777;
     }
     DWORD ExitCodeOf(std::string line) {
+        STARTUPINFOA startup = {};
+        startup.cb = sizeof startup;
         PROCESS_INFORMATION process{};
         if (!CreateProcessA(nullptr, line.data(), nullptr, nullptr, inherit_, 0, nullptr, nullptr,
-                            nullptr, &process)) {
+                            &startup, &process)) {
             return 1000 + GetLastError();
         }
-        return test::Finish(process);
+        return test::FinishProcess(process);
     }
 
     test::TempFolder folder_;

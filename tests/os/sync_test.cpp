@@ -167,7 +167,7 @@ public:
         if (release_ != "-") {
             Release();
         }
-        return process_.hProcess != nullptr ? test::Finish(process_) : 0;
+        return process_.hProcess != nullptr ? test::FinishProcess(process_) : 0;
     }
 
 private:

@@ -12,6 +12,7 @@
 #include "os/api/module.h"
 #include "os/api/process.h"
 #include "storage_support.h"
+#include "support/child_process.h"
 
 namespace nvk::test {
 namespace {
@@ -62,19 +63,9 @@ long InsertInChild(const char* path, std::uint32_t from, std::uint32_t count,
                              std::to_string(count) + " " + std::to_string(value);
     os::SetEnvironmentVariableA(kChildVariable, task.c_str());
     std::string line = "\"" + std::string(self) + "\"";
-    os::PROCESS_INFORMATION process = {};
-    const bool started = os::CreateProcessA(nullptr, line.data(), nullptr, nullptr, os::FALSE, 0,
-                                            nullptr, nullptr, nullptr, &process);
+    os::PROCESS_INFORMATION process = nvk::test::StartProcess(line);
     os::SetEnvironmentVariableA(kChildVariable, nullptr);
-    if (!started) {
-        return -1;
-    }
-    os::DWORD code = 99;
-    os::WaitForSingleObject(process.hProcess, 60000);
-    os::GetExitCodeProcess(process.hProcess, &code);
-    os::CloseHandle(process.hThread);
-    os::CloseHandle(process.hProcess);
-    return static_cast<long>(code);
+    return static_cast<long>(nvk::test::FinishProcess(process, 60000));
 }
 
 class SharedIndex : public ::testing::Test {

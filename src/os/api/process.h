@@ -11,7 +11,8 @@ namespace nvk::os {
 // is also looked for without it. `environment` is a block of "NAME=value"
 // strings ending with an empty one. Handles are not inherited. The process
 // handle is waited on with WaitForSingleObject; the thread handle stands for
-// the same process.
+// the same process. `startupInfo` is required, as Windows reads it whatever
+// the flags.
 BOOL CreateProcessA(LPCSTR applicationName, LPSTR commandLine,
                     LPSECURITY_ATTRIBUTES processAttributes, LPSECURITY_ATTRIBUTES threadAttributes,
                     BOOL inheritHandles, DWORD creationFlags, LPVOID environment,

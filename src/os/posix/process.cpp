@@ -271,9 +271,12 @@ BOOL CreateProcessA(LPCSTR applicationName, LPSTR commandLine,
                     LPSECURITY_ATTRIBUTES /*processAttributes*/,
                     LPSECURITY_ATTRIBUTES /*threadAttributes*/, BOOL inheritHandles,
                     DWORD /*creationFlags*/, LPVOID environment, LPCSTR currentDirectory,
-                    LPSTARTUPINFOA /*startupInfo*/, LPPROCESS_INFORMATION processInformation) {
+                    LPSTARTUPINFOA startupInfo, LPPROCESS_INFORMATION processInformation) {
     ReapOrphans();
-    if (processInformation == nullptr || (applicationName == nullptr && commandLine == nullptr)) {
+    // Windows reads the start-up information whatever the flags: a caller that
+    // leaves it out fails here as it would fail there.
+    if (startupInfo == nullptr || processInformation == nullptr ||
+        (applicationName == nullptr && commandLine == nullptr)) {
         SetErrorCode(ERROR_INVALID_PARAMETER);
         return FALSE;
     }
@@ -382,9 +385,11 @@ UINT WinExec(LPCSTR commandLine, UINT /*showCommand*/) {
         return 0;
     }
     std::string line(commandLine);
+    STARTUPINFOA startup = {};
+    startup.cb = sizeof startup;
     PROCESS_INFORMATION information = {};
-    if (!CreateProcessA(nullptr, line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, nullptr,
-                        &information)) {
+    if (!CreateProcessA(nullptr, line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
+                        &startup, &information)) {
         DWORD error = GetLastError();
         if (error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND) {
             return error;
