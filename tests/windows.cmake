@@ -48,7 +48,7 @@ list(APPEND NVK_WINDOWS_CASES_posix_only
     "test_files RecycleFile.PutsTheFileInTheTrashWithItsInfo: reads the desktop's XDG trash folder and its .trashinfo files"
     "test_files SelectFolder.WithoutABrowserIsCancelled: without the application's browser Windows shows its own modal dialog, which waits for a user"
     "test_files FileWalk.ANameEndingInADotIsDescribedToo: Windows takes the trailing dot off a name as it makes the file, so no such name exists there"
-    "test_files FileIteratorSafety.WalksPathsLongerThanMaxPath: POSIX paths reach PATH_MAX, Windows' ANSI calls stop at MAX_PATH (260 characters)"
+    "test_files FileIteratorSafety.WalksPathsLongerThanMaxPath: Windows' ANSI calls stop at MAX_PATH (260 characters), the POSIX build's paths reach PATH_MAX"
     "test_files FileIteratorDrives.WalksTheMappedDrives: the POSIX build's drive map (NVK_DRIVES)"
     "test_core ChaineFileSystemTest.MappedNetworkDrivesNameTheirServer: the POSIX build's drive map (NVK_DRIVES) of a network share"
     "test_core ChaineFileSystemTest.MappedAndDesktopPlaces: the POSIX build's drive map (NVK_DRIVES) and XDG folders")

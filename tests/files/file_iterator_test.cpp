@@ -234,6 +234,11 @@ TEST(FileIteratorSafety, OddNamesAndUnreadableFoldersEndTheWalkCleanly) {
     tree.File("bad\xff\xfe.txt");
     tree.File(longName);
     tree.File("locked/secret.txt");
+    std::string deep;  // deep, yet short enough for every system
+    for (int i = 0; i < 30; ++i) {
+        deep += std::to_string(i) + "/";
+    }
+    tree.File(deep + "far.txt");
     fs::permissions(tree.Native("locked"), fs::perms::none);
     std::error_code readable;
     fs::directory_iterator probe(tree.Native("locked"), readable);
@@ -243,6 +248,9 @@ TEST(FileIteratorSafety, OddNamesAndUnreadableFoldersEndTheWalkCleanly) {
     ASSERT_FALSE(names.empty());
     EXPECT_EQ(names[0], "bad\xff\xfe.txt");
     EXPECT_NE(std::find(names.begin(), names.end(), longName), names.end());
+    std::string far = deep + "far.txt";
+    std::replace(far.begin(), far.end(), '/', '\\');
+    EXPECT_NE(std::find(names.begin(), names.end(), far), names.end());
     if (readable) {
         EXPECT_EQ(std::find(names.begin(), names.end(), "locked\\secret.txt"), names.end());
     }
