@@ -68,6 +68,9 @@ returns its length without the last null; Wine writes one null and returns 10 fo
     "test_os VariantTimeTest.OutsideTheRangeOfDates: Windows documents dates from 1 January 100 \
 and fixes only the day of a system time; Wine reads year 99 as 1999, takes day 0 of January 100, \
 runs hour 24 into the next day and converts a NaN"
+    "test_os VersionTest.AnImageWithoutAVersion: Windows answers an image that has resources but \
+no version with the error of its resource search, ERROR_RESOURCE_TYPE_NOT_FOUND; Wine answers \
+ERROR_RESOURCE_DATA_NOT_FOUND for every file without a version"
     "test_os ProfileTest.NegativeNumbersReadAsZero: Windows documents that GetPrivateProfileIntA \
 returns 0 for a negative value; Wine returns the negative number")
 set(NVK_WINDOWS_LEFT_OUT_REGEX)

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "os/api/error.h"
+#include "os/api/module.h"
 #include "os_test_support.h"
 
 namespace nvk::os {
@@ -198,8 +199,14 @@ TEST(VersionTest, FilesWithoutAVersion) {
     std::ofstream(text) << "MZ but not really a program, and long enough to be read as one."
                         << std::string(200, ' ');
     EXPECT_EQ(GetFileVersionInfoSizeA(text.c_str(), nullptr), 0u);
-    EXPECT_EQ(GetLastError(), ERROR_BAD_EXE_FORMAT);
-    EXPECT_EQ(GetFileVersionInfoSizeA(NVK_OS_HELPER, nullptr), 0u);
+    EXPECT_EQ(GetLastError(), ERROR_RESOURCE_DATA_NOT_FOUND);
+}
+
+// An image with resources, or none, but no version: this program.
+TEST(VersionTest, AnImageWithoutAVersion) {
+    char self[MAX_PATH] = {};
+    ASSERT_GT(GetModuleFileNameA(nullptr, self, sizeof self), 0u);
+    EXPECT_EQ(GetFileVersionInfoSizeA(self, nullptr), 0u);
     EXPECT_EQ(GetLastError(), ERROR_RESOURCE_TYPE_NOT_FOUND);
 }
 
