@@ -63,8 +63,7 @@ flags, and ERROR_INVALID_PARAMETER for a default character with UTF-8; Wine conv
     "test_os Locale.SwissGermanDatesHaveLeadingZeros: Windows gives de-CH (2055) the short date \
 dd.MM.yyyy and LOCALE_IMONLZERO 1; Wine gives d.M.yyyy and 0"
     "test_os ProfileTest.SectionNamesCutWithTwoNulls: Windows documents that a cut list of \
-section names ends in two nulls with the size less two returned, and that a list that fits \
-returns its length without the last null; Wine writes one null and returns 10 for 12 bytes"
+section names ends in two nulls, the size less two being returned; Wine writes one null"
     "test_os VariantTimeTest.OutsideTheRangeOfDates: Windows documents dates from 1 January 100 \
 and fixes only the day of a system time; Wine reads year 99 as 1999, takes day 0 of January 100, \
 runs hour 24 into the next day and converts a NaN"

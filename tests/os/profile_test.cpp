@@ -91,12 +91,22 @@ TEST_F(ProfileTest, ReadsAsWindowsDoes) {
     EXPECT_EQ(buffer[0], '\0');
 }
 
-// A line without "=" is a key without a value, and a second section of the
-// same name is never read.
-TEST_F(ProfileTest, BareKeysAndRepeatedSections) {
-    Spit(file_,
-         "[Main]\r\nHalf=\"open\r\nBare\r\nname=second\r\n[ other ]\nk=v\n[MAIN]\nLate=hidden\n");
-    EXPECT_EQ(Get("Main", "Bare", file_), "");
+// A line without "=" is no key, though it is one of the section's lines.
+TEST_F(ProfileTest, LinesWithoutAValueAreNoKeys) {
+    Spit(file_, "[Main]\r\nHalf=\"open\r\nBare\r\nname=second\r\n");
+    EXPECT_EQ(Get("Main", "Bare", file_), "none");
+    char buffer[256];
+    DWORD length =
+        GetPrivateProfileStringA("MAIN", nullptr, "x", buffer, sizeof buffer, file_.c_str());
+    EXPECT_EQ(List(buffer, length), (std::vector<std::string>{"Half", "name"}));
+    length = GetPrivateProfileSectionA("Main", buffer, sizeof buffer, file_.c_str());
+    EXPECT_EQ(List(buffer, length),
+              (std::vector<std::string>{"Half=\"open", "Bare", "name=second"}));
+}
+
+// A second section of the same name is never read.
+TEST_F(ProfileTest, RepeatedSectionsCountOnce) {
+    Spit(file_, "[Main]\nk=1\n[ other ]\nk=v\n[MAIN]\nLate=hidden\n");
     EXPECT_EQ(Get("Main", "Late", file_), "none");
     char buffer[256];
     DWORD length =
@@ -104,8 +114,6 @@ TEST_F(ProfileTest, BareKeysAndRepeatedSections) {
     EXPECT_EQ(List(buffer, length), (std::vector<std::string>{"Main", "other"}));
     length = GetPrivateProfileSectionNamesA(buffer, sizeof buffer, file_.c_str());
     EXPECT_EQ(List(buffer, length).size(), 2u);
-    length = GetPrivateProfileStringA("MAIN", nullptr, "x", buffer, sizeof buffer, file_.c_str());
-    EXPECT_EQ(List(buffer, length), (std::vector<std::string>{"Half", "Bare", "name"}));
 }
 
 TEST_F(ProfileTest, CutsWhatDoesNotFit) {
@@ -118,6 +126,9 @@ TEST_F(ProfileTest, CutsWhatDoesNotFit) {
     EXPECT_EQ(GetPrivateProfileStringA("Alpha", "no", "default", buffer, 4, file_.c_str()), 3u);
     EXPECT_STREQ(buffer, "def");
 
+    // A list that would fill the buffer exactly is cut as well.
+    EXPECT_EQ(GetPrivateProfileSectionNamesA(buffer, 12, file_.c_str()), 10u);
+    EXPECT_EQ(GetPrivateProfileSectionNamesA(buffer, 13, file_.c_str()), 11u);
     EXPECT_EQ(GetPrivateProfileSectionA("Alpha", buffer, 5, file_.c_str()), 3u);
     EXPECT_EQ(std::string(buffer, 5), std::string("key\0\0", 5));
 
@@ -136,7 +147,6 @@ TEST_F(ProfileTest, SectionNamesCutWithTwoNulls) {
     std::memset(buffer, 'X', sizeof buffer);
     EXPECT_EQ(GetPrivateProfileSectionNamesA(buffer, 9, file_.c_str()), 7u);
     EXPECT_EQ(std::string(buffer, 10), std::string("Alpha\0B\0\0X", 10));
-    EXPECT_EQ(GetPrivateProfileSectionNamesA(buffer, 12, file_.c_str()), 11u);
     std::memset(buffer, 'X', sizeof buffer);
     EXPECT_EQ(GetPrivateProfileSectionNamesA(buffer, 11, file_.c_str()), 9u);
     EXPECT_EQ(std::string(buffer, 11), std::string("Alpha\0Bet\0\0", 11));
