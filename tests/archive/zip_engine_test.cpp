@@ -80,8 +80,7 @@ TEST(ZipEngine, FlagsChooseTheFilesTheirNamesAndTheirMethod) {
     command.lpszStoreSuffixes = const_cast<char*>(".zip:.jpg");
     command.afterDateFlag = 1;
     std::time_t monthAgo = std::time(nullptr) - 30 * 86400;
-    std::tm local{};
-    localtime_r(&monthAgo, &local);
+    std::tm local = *std::localtime(&monthAgo);
     char after[40];
     std::snprintf(after, sizeof(after), "%02d%02d%04d", local.tm_mon + 1, local.tm_mday,
                   local.tm_year + 1900);
@@ -197,12 +196,16 @@ TEST(ZipEngine, AsksTheFrontEndForItsTextsAndWritesItsLog) {
     for (int id : {132, 150, 155, 391, 701, 702, 703}) {
         EXPECT_TRUE(command.asked.contains(id)) << id;
     }
-    std::ifstream log(scratch / "DZIPLOG.TXT");
+    std::ifstream log(scratch / "DZIPLOG.TXT", std::ios::binary);
     std::stringstream text;
     text << log.rdbuf();
     EXPECT_TRUE(text.str().starts_with("--- DynaZIP ZIP Log - ")) << text.str();
     EXPECT_NE(text.str().find("---\r\nd/a.dat [Added]\r\n"), std::string::npos) << text.str();
+}
 
+TEST(ZipEngine, WritesAMemoryBlockUnderItsAnsiName) {
+    Scratch scratch;
+    std::string archive = scratch / "x.zip";
     EZipCmd memory(archive.c_str(), "\"mem/\xE9t\xE9.txt\"");
     std::string block = "from memory";
     memory.function = ZIP_MEMTOFILE;
