@@ -65,15 +65,17 @@ endif()
 set(NVK_WINDOWS_CASES_posix_only)
 # archives: the cases that read our archives with Python's zipfile or Info-ZIP
 # unzip, or run the tool from a POSIX shell.
-list(APPEND NVK_WINDOWS_CASES_posix_only
-     "test_archive ZipEngine.FreshenUpdateAndDeleteChangeTheEntriesTheyShould: reads the archive with Python's zipfile"
-     "test_archive ZipEngine.FlagsChooseTheFilesTheirNamesAndTheirMethod: reads the archives with Python's zipfile"
-     "test_archive ZipEngine.WritesInTheTemporaryFolderAndMovesTheArchiveIntoPlace: reads the archive with Python's zipfile"
-     "test_archive ZipEngine.WritesAMemoryBlockUnderItsAnsiName: reads the archive with Python's zipfile"
-     "test_archive DossierZip.ArchivesTheMainFilesAndTheLatestExerciseUnderDossiers: reads the archive with unzip, zipinfo, 7zz, bsdtar and Python's zipfile"
-     "test_archive DossierZip.TakesTheExerciseAskedForAndRefusesAMissingDataFolder: reads the archive with unzip -p"
-     "test_archive DossierZip.AnExcludedMainFileLeavesTheInformationFileAsMainFile: reads the archive with unzip -p"
-     "test_archive DossierZip.TheToolArchivesADossierNamedByItsMainFile: runs the tool from a POSIX shell, found by /proc/self/exe")
+if(NVK_LIBZIP)
+    list(APPEND NVK_WINDOWS_CASES_posix_only
+         "test_archive ZipEngine.FreshenUpdateAndDeleteChangeTheEntriesTheyShould: reads the archive with Python's zipfile"
+         "test_archive ZipEngine.FlagsChooseTheFilesTheirNamesAndTheirMethod: reads the archives with Python's zipfile"
+         "test_archive ZipEngine.WritesInTheTemporaryFolderAndMovesTheArchiveIntoPlace: reads the archive with Python's zipfile"
+         "test_archive ZipEngine.WritesAMemoryBlockUnderItsAnsiName: reads the archive with Python's zipfile"
+         "test_archive DossierZip.ArchivesTheMainFilesAndTheLatestExerciseUnderDossiers: reads the archive with unzip, zipinfo, 7zz, bsdtar and Python's zipfile"
+         "test_archive DossierZip.TakesTheExerciseAskedForAndRefusesAMissingDataFolder: reads the archive with unzip -p"
+         "test_archive DossierZip.AnExcludedMainFileLeavesTheInformationFileAsMainFile: reads the archive with unzip -p"
+         "test_archive DossierZip.TheToolArchivesADossierNamedByItsMainFile: runs the tool from a POSIX shell, found by /proc/self/exe")
+endif()
 set(NVK_WINDOWS_CASES_wine_differs)
 set(NVK_WINDOWS_LEFT_OUT_REGEX)
 foreach(entry IN LISTS NVK_WINDOWS_LEFT_OUT_SOURCES)
