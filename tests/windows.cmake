@@ -69,7 +69,6 @@ if(NVK_LIBZIP)
     list(APPEND NVK_WINDOWS_CASES_posix_only
          "test_archive ZipEngine.FreshenUpdateAndDeleteChangeTheEntriesTheyShould: reads the archive with Python's zipfile"
          "test_archive ZipEngine.FlagsChooseTheFilesTheirNamesAndTheirMethod: reads the archives with Python's zipfile"
-         "test_archive ZipEngine.WritesInTheTemporaryFolderAndMovesTheArchiveIntoPlace: reads the archive with Python's zipfile"
          "test_archive ZipEngine.WritesAMemoryBlockUnderItsAnsiName: reads the archive with Python's zipfile"
          "test_archive DossierZip.ArchivesTheMainFilesAndTheLatestExerciseUnderDossiers: reads the archive with unzip, zipinfo, 7zz, bsdtar and Python's zipfile"
          "test_archive DossierZip.TakesTheExerciseAskedForAndRefusesAMissingDataFolder: reads the archive with unzip -p"
