@@ -18,7 +18,7 @@ import tempfile
 OWN = {
     # The layer's own additions.
     "SetCallHook", "SetKeyStateHook", "SetMessageBoxHook", "MessageBoxDefaultButton",
-    "SetFolderBrowserHook", "ItemListFromPath", "ModuleFromAddress", "ToNativePath",
+    "SetFolderBrowserHook", "ItemListFromPath", "ModuleFromAddress", "PinModule", "ToNativePath",
     "ToWindowsPath", "RegExportText", "RegImportText", "RegisterResourceTable",
     "UnregisterResourceTable", "DeleteLinkCompanions", "CreateFileDC", "CreateImageDC",
     "FindFirstNameA", "EmptyFolderA",

@@ -10,6 +10,7 @@
 #include "nvk/afx/exceptions.h"
 #include "nvk/core/process_singleton.h"
 #include "os/api/memory.h"
+#include "os/api/module.h"
 
 // This module's own handle, by which the runtime knows whose code a thread's
 // end calls.
@@ -71,8 +72,13 @@ ThreadCache* RegisteredCache() {
         return cache;
     }
 #ifdef _WIN32
+    // The runtime keeps a module loaded while an end registered by its code
+    // is pending, and lets it go from within the thread's end, under the
+    // loader's lock: the module's unloading then waits on that lock and the
+    // thread never ends. So the module whose code serves a thread's cache
+    // stays loaded until the process ends.
     std::unique_ptr<ThreadCache> own(new (std::nothrow) ThreadCache);
-    if (own == nullptr) {
+    if (own == nullptr || !PinModule(&__dso_handle)) {
         return nullptr;
     }
     cache = own.get();

@@ -55,6 +55,17 @@ TEST(ModuleTest, LoadFollowsTheNameRule) {
     FreeLibrary(twin);
 }
 
+TEST(ModuleTest, APinnedModuleOutlivesItsLastFreeWithItsState) {
+    HMODULE module = LoadLibraryA("nvkossingle.dll");
+    ASSERT_NE(module, nullptr);
+    EXPECT_EQ(Count(module), 1);
+    ASSERT_TRUE(PinModule(reinterpret_cast<LPCVOID>(GetProcAddress(module, "TestModuleCounter"))));
+    ASSERT_TRUE(FreeLibrary(module));
+    EXPECT_EQ(LoadLibraryA("nvkossingle.dll"), module);
+    EXPECT_EQ(Count(module), 2);
+    EXPECT_FALSE(PinModule(nullptr));
+}
+
 TEST(ModuleTest, FreeLibraryCountsReferences) {
     HMODULE first = LoadLibraryA("nvkossingle.dll");
     HMODULE second = LoadLibraryA("nvkossingle.dll");

@@ -17,5 +17,8 @@ DWORD GetModuleFileNameA(HMODULE module, LPSTR fileName, DWORD size);
 HMODULE GetModuleHandleA(LPCSTR moduleName);
 // The module that holds an address: what a module asks to find itself.
 HMODULE ModuleFromAddress(LPCVOID address);
+// Keeps the module that holds `address` loaded until the process ends, even
+// once every FreeLibrary has been called.
+BOOL PinModule(LPCVOID address);
 
 }  // namespace nvk::os

@@ -233,4 +233,26 @@ HMODULE ModuleFromAddress(LPCVOID address) {
     return static_cast<HMODULE>(HandleOf(map->l_name));
 }
 
+BOOL PinModule(LPCVOID address) {
+    Dl_info info;
+    link_map* map = nullptr;
+    if (dladdr1(address, &info, reinterpret_cast<void**>(&map), RTLD_DL_LINKMAP) == 0 ||
+        map == nullptr) {
+        SetErrorCode(ERROR_MOD_NOT_FOUND);
+        return FALSE;
+    }
+    // The program itself never unloads. A module opened again with
+    // RTLD_NODELETE stays for good; the reference taken goes back at once.
+    if (map != MainLinkMap()) {
+        void* handle = dlopen(map->l_name, RTLD_LAZY | RTLD_NOLOAD | RTLD_NODELETE);
+        if (handle == nullptr) {
+            SetErrorCode(ERROR_MOD_NOT_FOUND);
+            return FALSE;
+        }
+        dlclose(handle);
+    }
+    SetErrorCode(ERROR_SUCCESS);
+    return TRUE;
+}
+
 }  // namespace nvk::os

@@ -15,6 +15,13 @@ HMODULE ModuleFromAddress(LPCVOID address) {
     return reinterpret_cast<HMODULE>(module);
 }
 
+BOOL PinModule(LPCVOID address) {
+    ::HMODULE module = nullptr;
+    return ::GetModuleHandleExA(
+        GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_PIN,
+        static_cast<LPCSTR>(address), &module);
+}
+
 void RegisterResourceTable(HMODULE, const ResourceTable*) {}
 
 void UnregisterResourceTable(const ResourceTable*) {}
