@@ -39,10 +39,6 @@ LAYOUTS = {
     "ITEMIDLIST": (None, "the layer's item list holds a path, Windows' shell ids; the library"
                          " only hands pointers to them from one call to the next"),
 }
-# Windows defines these names as pointers (MAKEINTRESOURCE and the like), which
-# no constant expression turns back into a number.
-POINTERS = {
-}
 INTEGERS = {"char", "signed char", "unsigned char", "short", "unsigned short", "int",
             "unsigned int", "long", "unsigned long", "long long", "unsigned long long",
             "char8_t", "char16_t", "char32_t", "wchar_t"}
@@ -158,7 +154,7 @@ def main():
     out.write("".join(f'#include "{h.removeprefix("include/").removeprefix("src/")}"\n'
                       for h in LAYER_HEADERS))
     # A name that the mingw headers lack may still be one of Windows' macros.
-    checked = [n for n in sorted(constants) if n not in OWN and n not in POINTERS]
+    checked = [n for n in sorted(constants) if n not in OWN]
     out.write("\n#include <cstddef>\n#include <cstdint>\n#include <type_traits>\n\n"
               "namespace nvk::os::layout {\n\n"
               "// The layer's values, taken before <windows.h> makes macros of their names.\n")
@@ -222,8 +218,6 @@ def main():
                   f"//   {', '.join(skipped)}.\n")
     for name in sorted(n for n in OWN if n in constants):
         out.write(f"\n// {name}: {OWN[name]}.\n")
-    for name in sorted(n for n in POINTERS if n in constants):
-        out.write(f"\n// {name}: {POINTERS[name]}.\n")
     print(f"{structs} structs, {offsets} field offsets, {len(checked)} constants; "
           f"fields named otherwise in {', '.join(mismatched) or 'none'}", file=sys.stderr)
 
