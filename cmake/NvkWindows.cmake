@@ -58,3 +58,6 @@ function(nvk_attach_windows_resources dir)
         nvk_attach_windows_resources(${child})
     endforeach()
 endfunction()
+
+# The libraries that Debian does not ship for Windows, built from its sources.
+include(${PROJECT_SOURCE_DIR}/cmake/NvkWindowsDependencies.cmake)

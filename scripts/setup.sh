@@ -43,3 +43,5 @@ $sudo apt-get update -qq
 if [ ${#missing[@]} -gt 0 ]; then
     $sudo apt-get install -y -qq --no-install-recommends "${missing[@]}"
 fi
+# Debian's sources of what the mingw preset builds for Windows itself.
+"$(dirname "$0")/mingw_sources.sh"

@@ -25,6 +25,8 @@ OWN = {
     # Hooked, variadic or needing set-up first.
     # The C runtime of the system's own DLL lacks these.
     "_get_timezone", "_get_daylight", "_time32",
+    # The C runtime reads TZ from its own copy of the environment.
+    "_tzset",
     "GetKeyState", "MessageBoxA", "SHBrowseForFolderA", "wsprintfA", "CoCreateInstance",
 }
 # The calls that the call hook sees before they run.

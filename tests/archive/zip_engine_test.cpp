@@ -7,6 +7,7 @@
 #include <ctime>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <set>
 #include <sstream>
 #include <string>
@@ -80,8 +81,7 @@ TEST(ZipEngine, FlagsChooseTheFilesTheirNamesAndTheirMethod) {
     command.lpszStoreSuffixes = const_cast<char*>(".zip:.jpg");
     command.afterDateFlag = 1;
     std::time_t monthAgo = std::time(nullptr) - 30 * 86400;
-    std::tm local{};
-    localtime_r(&monthAgo, &local);
+    std::tm local = *std::localtime(&monthAgo);
     char after[40];
     std::snprintf(after, sizeof(after), "%02d%02d%04d", local.tm_mon + 1, local.tm_mday,
                   local.tm_year + 1900);
@@ -157,12 +157,16 @@ TEST(ZipEngine, WritesInTheTemporaryFolderAndMovesTheArchiveIntoPlace) {
     EXPECT_EQ(watch.seenInTemp.size(), 1u);
     EXPECT_EQ(watch.filesBesideArchive, 0u);
     EXPECT_TRUE(std::filesystem::is_empty(temp.str()));
-    EXPECT_EQ(Names(archive), "d/a.dat d/b.dat\n");
     EXPECT_EQ(watch.major.back(), 100u);
     EXPECT_EQ(watch.minor.back(), 100u);
 
-    // A failed or stopped run leaves the old archive whole and no file behind.
-    auto before = std::filesystem::file_size(archive);
+    // A failed or stopped run leaves the old archive as it was, byte for
+    // byte, and no file behind.
+    auto bytes = [&archive] {
+        std::ifstream in(archive, std::ios::binary);
+        return std::string(std::istreambuf_iterator<char>(in), {});
+    };
+    const std::string before = bytes();
     watch.abort = true;
     scratch.Put("d/b.dat", "changed");
     EXPECT_EQ(command.dzip(), ZE_ABORTED);
@@ -170,8 +174,7 @@ TEST(ZipEngine, WritesInTheTemporaryFolderAndMovesTheArchiveIntoPlace) {
     command.lpszTempPath = const_cast<char*>("/nonexistent/folder");
     watch.abort = false;
     EXPECT_EQ(command.dzip(), ZE_TEMP);
-    EXPECT_EQ(std::filesystem::file_size(archive), before);
-    EXPECT_EQ(Python(archive, "z.read(\"d/b.dat\")").text, "b'b'\n");
+    EXPECT_EQ(bytes(), before);
 }
 
 // Records what the engine asks of the front-end.
@@ -197,12 +200,16 @@ TEST(ZipEngine, AsksTheFrontEndForItsTextsAndWritesItsLog) {
     for (int id : {132, 150, 155, 391, 701, 702, 703}) {
         EXPECT_TRUE(command.asked.contains(id)) << id;
     }
-    std::ifstream log(scratch / "DZIPLOG.TXT");
+    std::ifstream log(scratch / "DZIPLOG.TXT", std::ios::binary);
     std::stringstream text;
     text << log.rdbuf();
     EXPECT_TRUE(text.str().starts_with("--- DynaZIP ZIP Log - ")) << text.str();
     EXPECT_NE(text.str().find("---\r\nd/a.dat [Added]\r\n"), std::string::npos) << text.str();
+}
 
+TEST(ZipEngine, WritesAMemoryBlockUnderItsAnsiName) {
+    Scratch scratch;
+    std::string archive = scratch / "x.zip";
     EZipCmd memory(archive.c_str(), "\"mem/\xE9t\xE9.txt\"");
     std::string block = "from memory";
     memory.function = ZIP_MEMTOFILE;

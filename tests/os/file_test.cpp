@@ -12,6 +12,7 @@
 
 #include "os/api/error.h"
 #include "os/api/file.h"
+#include "os/api/file_attributes.h"
 #include "os/api/path_map.h"
 #include "os/api/sync.h"
 #include "os_test_support.h"
@@ -71,8 +72,6 @@ TEST_F(FileTest, DispositionsCreateOpenAndTruncate) {
     EXPECT_EQ(Get(path), "");
 
     Put(path, "again");
-    EXPECT_EQ(OpenError(path, GENERIC_READ, 0, TRUNCATE_EXISTING), ERROR_INVALID_PARAMETER);
-    EXPECT_EQ(Get(path), "again");
     EXPECT_EQ(OpenError(path, GENERIC_WRITE, 0, TRUNCATE_EXISTING), 0u);
     EXPECT_EQ(Get(path), "");
 
@@ -81,27 +80,55 @@ TEST_F(FileTest, DispositionsCreateOpenAndTruncate) {
     EXPECT_EQ(OpenError(path, kReadWrite, 0, 0), ERROR_INVALID_PARAMETER);
 }
 
-TEST_F(FileTest, UnmappedPathsAndReadOnlyFiles) {
+// Cutting a file takes a handle that may write, whether by its disposition or
+// by SetEndOfFile.
+TEST_F(FileTest, CuttingTakesWriteAccess) {
+    std::string path = folder_ / "cut.dat";
+    Put(path, "again");
+    EXPECT_EQ(OpenError(path, GENERIC_READ, 0, TRUNCATE_EXISTING), ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(Get(path), "again");
+    HANDLE reader = Open(path, GENERIC_READ, kShareAll, OPEN_EXISTING);
+    EXPECT_FALSE(SetEndOfFile(reader));
+    EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED);
+    CloseHandle(reader);
+    EXPECT_EQ(Get(path), "again");
+}
+
+TEST_F(FileTest, UnmappedDrivesAndServers) {
     test::ScopedEnv drives("NVK_DRIVES", "Q=");
     EXPECT_EQ(OpenError("Q:\\x.dat", GENERIC_READ, 0, OPEN_EXISTING), ERROR_PATH_NOT_FOUND);
     EXPECT_EQ(OpenError("\\\\nvk-nowhere\\share\\x.dat", GENERIC_READ, 0, OPEN_EXISTING),
               ERROR_BAD_NETPATH);
+}
 
-    std::string path = folder_ / "ro.dat";
-    HANDLE created = CreateFileA(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
-                                 FILE_ATTRIBUTE_READONLY, nullptr);
-    ASSERT_NE(created, INVALID_HANDLE_VALUE);
-    CloseHandle(created);
-    EXPECT_FALSE(DeleteFileA(path.c_str()));
+class ReadOnlyFileTest : public FileTest {
+protected:
+    void SetUp() override {
+        HANDLE created = CreateFileA(path_.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
+                                     FILE_ATTRIBUTE_READONLY, nullptr);
+        ASSERT_NE(created, INVALID_HANDLE_VALUE);
+        CloseHandle(created);
+    }
+    // Windows removes no read-only file, also not the folder's clean-up.
+    void TearDown() override { SetFileAttributesA(path_.c_str(), FILE_ATTRIBUTE_NORMAL); }
+    std::string path_ = folder_ / "ro.dat";
+};
+
+TEST_F(ReadOnlyFileTest, StaysAndStillLocksAndShares) {
+    EXPECT_FALSE(DeleteFileA(path_.c_str()));
     EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED);
-    // The layer refuses the write itself, also to root.
-    EXPECT_EQ(OpenError(path, GENERIC_READ | GENERIC_WRITE, 0, OPEN_EXISTING), ERROR_ACCESS_DENIED);
     // A reader of a file it can't write still locks and shares as usual.
-    HANDLE reader = Open(path, GENERIC_READ, FILE_SHARE_READ, OPEN_EXISTING);
+    HANDLE reader = Open(path_, GENERIC_READ, FILE_SHARE_READ, OPEN_EXISTING);
     ASSERT_NE(reader, INVALID_HANDLE_VALUE);
     EXPECT_TRUE(LockFile(reader, 0, 0, 1, 0));
-    EXPECT_EQ(OpenError(path, GENERIC_READ, 0, OPEN_EXISTING), ERROR_SHARING_VIOLATION);
+    EXPECT_EQ(OpenError(path_, GENERIC_READ, 0, OPEN_EXISTING), ERROR_SHARING_VIOLATION);
     CloseHandle(reader);
+}
+
+// The layer refuses the write itself, also to root.
+TEST_F(ReadOnlyFileTest, RefusesWritersEvenToTheSuperUser) {
+    EXPECT_EQ(OpenError(path_, GENERIC_READ | GENERIC_WRITE, 0, OPEN_EXISTING),
+              ERROR_ACCESS_DENIED);
 }
 
 TEST_F(FileTest, HandlesWithoutAnAccessRefuseReadsAndWrites) {
@@ -118,8 +145,6 @@ TEST_F(FileTest, HandlesWithoutAnAccessRefuseReadsAndWrites) {
     CloseHandle(bare);
 
     HANDLE reader = Open(path, GENERIC_READ, kShareAll, OPEN_EXISTING);
-    EXPECT_FALSE(SetEndOfFile(reader));
-    EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED);
     CloseHandle(reader);
     EXPECT_FALSE(ReadFile(reader, &byte, 1, &done, nullptr));  // closed
     EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
@@ -235,6 +260,25 @@ TEST_F(FileTest, LockedRegionsKeepOtherHandlesOut) {
     EXPECT_EQ(GetLastError(), ERROR_LOCK_VIOLATION);
     EXPECT_FALSE(LockFile(first, 9, 0, 1, 0));  // a handle's regions don't overlap either
     EXPECT_EQ(GetLastError(), ERROR_LOCK_VIOLATION);
+    EXPECT_FALSE(UnlockFile(first, 0, 0, 5, 0));
+    EXPECT_FALSE(UnlockFile(second, 0, 0, 10, 0));
+    ASSERT_TRUE(UnlockFile(first, 0, 0, 10, 0));
+    EXPECT_TRUE(LockFile(second, 5, 0, 10, 0));
+
+    // Closing a handle gives its regions back.
+    CloseHandle(second);
+    EXPECT_TRUE(LockFile(first, 0, 0, 20, 0));
+    CloseHandle(first);
+}
+
+// Other handles neither read a locked region nor unlock what they did not lock.
+TEST_F(FileTest, LockedRegionsRefuseOtherHandlesReads) {
+    std::string path = folder_ / "lock.dat";
+    Put(path, std::string(64, 'x'));
+    HANDLE first = Open(path, kReadWrite, kShareAll, OPEN_EXISTING);
+    HANDLE second = Open(path, GENERIC_READ, kShareAll, OPEN_EXISTING);
+    ASSERT_NE(second, INVALID_HANDLE_VALUE);
+    ASSERT_TRUE(LockFile(first, 0, 0, 10, 0));
     char buffer[8];
     DWORD done = 0;
     SetFilePointer(second, 6, nullptr, FILE_BEGIN);
@@ -248,12 +292,7 @@ TEST_F(FileTest, LockedRegionsKeepOtherHandlesOut) {
     EXPECT_EQ(GetLastError(), ERROR_NOT_LOCKED);
     EXPECT_FALSE(UnlockFile(second, 0, 0, 10, 0));
     EXPECT_EQ(GetLastError(), ERROR_NOT_LOCKED);
-    ASSERT_TRUE(UnlockFile(first, 0, 0, 10, 0));
-    EXPECT_TRUE(LockFile(second, 5, 0, 10, 0));
-
-    // Closing a handle gives its regions back.
     CloseHandle(second);
-    EXPECT_TRUE(LockFile(first, 0, 0, 20, 0));
     CloseHandle(first);
 }
 

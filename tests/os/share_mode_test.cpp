@@ -107,7 +107,6 @@ TEST_F(ShareModeTest, LocksHoldAcrossProcesses) {
     Open shared = {GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE};
     HANDLE mine = OpenFile(shared);
     ASSERT_TRUE(LockFile(mine, 0, 0, 10, 0));
-    EXPECT_EQ(test::RunHelper("open " + HelperOpen(shared) + " read 4 2"), ERROR_LOCK_VIOLATION);
     EXPECT_EQ(test::RunHelper("open " + HelperOpen(shared) + " lock 9 1"), ERROR_LOCK_VIOLATION);
     EXPECT_EQ(test::RunHelper("open " + HelperOpen(shared) + " lock 10 5"), 0u);
     UnlockFile(mine, 0, 0, 10, 0);
@@ -118,6 +117,15 @@ TEST_F(ShareModeTest, LocksHoldAcrossProcesses) {
         EXPECT_EQ(GetLastError(), ERROR_LOCK_VIOLATION);
     }
     EXPECT_TRUE(LockFile(mine, 0, 0, 1, 0));
+    CloseHandle(mine);
+}
+
+TEST_F(ShareModeTest, ALockedRegionIsUnreadableToOtherProcesses) {
+    Open shared = {GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE};
+    HANDLE mine = OpenFile(shared);
+    ASSERT_TRUE(LockFile(mine, 0, 0, 10, 0));
+    EXPECT_EQ(test::RunHelper("open " + HelperOpen(shared) + " read 4 2"), ERROR_LOCK_VIOLATION);
+    EXPECT_EQ(test::RunHelper("open " + HelperOpen(shared) + " read 10 2"), 0u);
     CloseHandle(mine);
 }
 

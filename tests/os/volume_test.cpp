@@ -7,6 +7,7 @@
 
 #include "os/api/error.h"
 #include "os/api/network.h"
+#include "os/api/path_map.h"
 #include "os/api/shell_folder.h"
 #include "os/api/volume.h"
 #include "os_test_support.h"
@@ -14,37 +15,50 @@
 namespace nvk::os {
 namespace {
 
+// "X:\\" of the drive that holds `folder`.
+std::string VolumeRoot(const test::TempFolder& folder) {
+    return ToWindowsPath(folder.str().c_str()).substr(0, 3);
+}
+
 TEST(VolumeTest, DrivesComeFromTheMap) {
     test::TempFolder folder;
     test::ScopedEnv drives("NVK_DRIVES", ("T=" + folder.str() + ";Z=").c_str());
     DWORD mask = GetLogicalDrives();
     EXPECT_EQ(mask & (1u << ('T' - 'A')), 1u << ('T' - 'A'));
     EXPECT_EQ(mask & (1u << ('Z' - 'A')), 0u);
-    UINT type = GetDriveTypeA("T:\\");
-    EXPECT_TRUE(type == DRIVE_FIXED || type == DRIVE_RAMDISK || type == DRIVE_REMOTE) << type;
     EXPECT_EQ(GetDriveTypeA("Q:\\"), DRIVE_NO_ROOT_DIR);
+    EXPECT_FALSE(GetVolumeInformationA("Q:\\", nullptr, 0, nullptr, nullptr, nullptr, nullptr, 0));
+    EXPECT_EQ(VolumeRoot(folder), "T:\\");
+}
+
+// The volume of the drive that holds the scratch folder.
+TEST(VolumeTest, ADrivesVolumeAndSpace) {
+    test::TempFolder folder;
+    const std::string root = VolumeRoot(folder);
+    UINT type = GetDriveTypeA(root.c_str());
+    EXPECT_TRUE(type == DRIVE_FIXED || type == DRIVE_RAMDISK || type == DRIVE_REMOTE) << type;
 
     DWORD serial = 0;
     DWORD longest = 0;
     char system[32];
-    ASSERT_TRUE(GetVolumeInformationA("T:\\", nullptr, 0, &serial, &longest, nullptr, system,
+    ASSERT_TRUE(GetVolumeInformationA(root.c_str(), nullptr, 0, &serial, &longest, nullptr, system,
                                       sizeof system));
     EXPECT_GE(longest, 255u);
     EXPECT_GT(std::string(system).size(), 0u);
-    EXPECT_FALSE(GetVolumeInformationA("T:\\", nullptr, 0, nullptr, nullptr, nullptr, system, 1));
-    EXPECT_FALSE(GetVolumeInformationA("Q:\\", nullptr, 0, nullptr, nullptr, nullptr, nullptr, 0));
+    EXPECT_FALSE(
+        GetVolumeInformationA(root.c_str(), nullptr, 0, nullptr, nullptr, nullptr, system, 1));
 
     ULARGE_INTEGER available;
     ULARGE_INTEGER total;
     ULARGE_INTEGER free;
-    ASSERT_TRUE(GetDiskFreeSpaceExA("T:\\", &available, &total, &free));
+    ASSERT_TRUE(GetDiskFreeSpaceExA(root.c_str(), &available, &total, &free));
     EXPECT_LE(available.QuadPart, free.QuadPart);
     EXPECT_LE(free.QuadPart, total.QuadPart);
     DWORD sectors = 0;
     DWORD bytes = 0;
     DWORD freeClusters = 0;
     DWORD clusters = 0;
-    ASSERT_TRUE(GetDiskFreeSpaceA("T:\\", &sectors, &bytes, &freeClusters, &clusters));
+    ASSERT_TRUE(GetDiskFreeSpaceA(root.c_str(), &sectors, &bytes, &freeClusters, &clusters));
     EXPECT_EQ(bytes, 512u);
     EXPECT_LE(freeClusters, clusters);
 }
@@ -87,13 +101,19 @@ TEST(ShellFolderTest, SpecialFoldersFollowTheXdgDirectories) {
     EXPECT_EQ(folder(CSIDL_COMMON_APPDATA), "Z:\\var\\lib");
     EXPECT_EQ(folder(CSIDL_PROGRAM_FILES), "Z:\\opt");
     EXPECT_EQ(folder(CSIDL_COMMON_DOCUMENTS), "Z:\\srv");
-    EXPECT_EQ(folder(CSIDL_DRIVES), "#" + std::to_string(E_FAIL));
-    EXPECT_EQ(folder(999), "#" + std::to_string(E_INVALIDARG));
     {
         test::ScopedEnv override("XDG_DESKTOP_DIR", (home / "Bureau").c_str());
         EXPECT_EQ(folder(CSIDL_DESKTOP | CSIDL_FLAG_CREATE), "H:\\Bureau");
         EXPECT_TRUE(std::filesystem::is_directory(home / "Bureau"));
     }
+}
+
+// A folder without a path on disk fails; a number that names no folder is
+// refused as an argument.
+TEST(ShellFolderTest, VirtualAndUnknownFoldersHaveNoPath) {
+    char path[MAX_PATH];
+    EXPECT_EQ(SHGetFolderPathA(nullptr, CSIDL_DRIVES, nullptr, 0, path), E_FAIL);
+    EXPECT_EQ(SHGetFolderPathA(nullptr, 999, nullptr, 0, path), E_INVALIDARG);
 }
 
 }  // namespace

@@ -62,8 +62,9 @@ void UnregisterResourceTable(const ResourceTable* table);
 using ENUMRESLANGPROCA = BOOL (*)(HMODULE module, LPCSTR type, LPCSTR name, WORD language,
                                   LONG_PTR param);
 
-// The resource in exactly that language; LANG_NEUTRAL asks for the search
-// of FindResourceA.
+// The resource in that language, else in its primary language with a
+// neutral sublanguage, else the language-neutral one; LANG_NEUTRAL asks for
+// the search of FindResourceA.
 HRSRC FindResourceExA(HMODULE module, LPCSTR type, LPCSTR name, WORD language);
 // Searches the languages in order: neutral, the thread's language, its
 // language with a neutral sublanguage, then with any sublanguage, the

@@ -8,9 +8,10 @@
 
 namespace nvk::os {
 
-// Non-zero on success; fails for a field out of range (month 1-12, day within
-// the month, hour below 24, minute and second below 60) or a year outside
-// 100-9999. Milliseconds are ignored.
+// Non-zero on success; fails for a field out of range (month 1-12, day 0-31,
+// hour below 24, minute and second below 60) or a date outside the range.
+// Day 0 is the last day of the month before, and a day past the end of its
+// month runs into the next one. Milliseconds are ignored.
 int SystemTimeToVariantTime(const SYSTEMTIME* time, double* variant);
 // Non-zero on success; fails outside the range of dates. The time is rounded
 // to the nearest second, milliseconds are 0 and the week day is filled in.

@@ -30,9 +30,9 @@ inline constexpr DWORD VS_FFI_SIGNATURE = 0xFEEF04BD;
 inline constexpr const char* kVersionSectionName = ".nvkversion";
 
 // The size of the buffer that GetFileVersionInfoA needs, 0 when the file has
-// no version resource: ERROR_FILE_NOT_FOUND, ERROR_BAD_EXE_FORMAT for a file
-// that is neither PE nor ELF, ERROR_RESOURCE_DATA_NOT_FOUND for an image
-// without resources, ERROR_RESOURCE_TYPE_NOT_FOUND for one without a version.
+// no version resource: ERROR_FILE_NOT_FOUND, ERROR_RESOURCE_DATA_NOT_FOUND for
+// a file without resources (an image or not), ERROR_RESOURCE_TYPE_NOT_FOUND
+// for one without a version.
 // `handle`, when given, is set to 0.
 DWORD GetFileVersionInfoSizeA(LPCSTR fileName, LPDWORD handle);
 // Reads the version resource into `data`. A buffer smaller than the size

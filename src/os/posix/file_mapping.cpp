@@ -189,11 +189,11 @@ std::shared_ptr<Section> FileSection(HANDLE file, bool writable, ULONGLONG size)
     return section;
 }
 
-std::shared_ptr<Section> MemorySection(ULONGLONG size) {
+std::shared_ptr<Section> MemorySection(ULONGLONG size, bool writable) {
     auto section = std::make_shared<Section>();
     section->fd = memfd_create("nvk-section", MFD_CLOEXEC);
     section->size = size;
-    section->writable = true;
+    section->writable = writable;
     if (section->fd < 0 || ftruncate(section->fd, static_cast<off_t>(size)) != 0) {
         SetErrorCode(ERROR_NOT_ENOUGH_MEMORY);
         return nullptr;
@@ -264,7 +264,7 @@ HANDLE CreateFileMappingA(HANDLE file, LPSECURITY_ATTRIBUTES /*attributes*/, DWO
             section->named = std::move(object);
         }
     } else if (memory) {
-        section = MemorySection(size);
+        section = MemorySection(size, writable);
         if (!section) {
             return nullptr;
         }
@@ -285,9 +285,10 @@ HANDLE OpenFileMappingA(DWORD access, BOOL /*inherit*/, LPCSTR name) {
     if (!object) {
         return nullptr;
     }
-    const bool writable = InfoOf(object->header()).writable != 0;
+    // The rights asked are checked against the object's security only, which
+    // gives its user every right; a read-only section refuses writable views.
     access &= FILE_MAP_READ | FILE_MAP_WRITE;
-    if (access == 0 || ((access & FILE_MAP_WRITE) != 0 && !writable)) {
+    if (access == 0) {
         SetErrorCode(ERROR_ACCESS_DENIED);
         return nullptr;
     }
@@ -313,6 +314,10 @@ LPVOID MapViewOfFile(HANDLE mapping, DWORD access, DWORD offsetHigh, DWORD offse
         return nullptr;
     }
     const std::shared_ptr<Section>& section = handle->section();
+    if (write && !section->writable) {
+        SetErrorCode(ERROR_ACCESS_DENIED);
+        return nullptr;
+    }
     const auto offset = (static_cast<ULONGLONG>(offsetHigh) << 32) | offsetLow;
     if (offset % kAllocationGranularity != 0) {
         SetErrorCode(ERROR_MAPPED_ALIGNMENT);

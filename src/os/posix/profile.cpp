@@ -126,7 +126,8 @@ DWORD CopyText(std::string_view text, LPSTR buffer, DWORD size) {
 }
 
 // Names each ending with a zero, then a second zero. What doesn't fit is
-// cut, and the list still ends with two zeros.
+// cut, and the list still ends with two zeros; as on Windows, a list that
+// would fill the buffer exactly is cut too.
 DWORD CopyList(const std::vector<std::string>& names, LPSTR buffer, DWORD size) {
     if (buffer == nullptr || size == 0) {
         return 0;
@@ -137,7 +138,7 @@ DWORD CopyList(const std::vector<std::string>& names, LPSTR buffer, DWORD size) 
     }
     std::size_t used = 0;
     for (const std::string& name : names) {
-        if (used + name.size() + 2 > size) {
+        if (used + name.size() + 2 >= size) {
             std::memcpy(buffer + used, name.data(), size - 2 - used);
             buffer[size - 2] = '\0';
             buffer[size - 1] = '\0';

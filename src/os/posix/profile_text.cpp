@@ -101,7 +101,7 @@ std::vector<std::string> ProfileText::Keys(std::string_view section) const {
     }
     for (std::size_t i = header + 1, end = SectionEnd(header); i < end; ++i) {
         const Parsed parsed = Parse(lines_[i].text);
-        if (parsed.kind == Kind::Entry) {
+        if (parsed.kind == Kind::Entry && parsed.hasValue) {
             keys.emplace_back(parsed.name);
         }
     }
@@ -229,7 +229,7 @@ std::size_t ProfileText::SectionContentEnd(std::size_t header) const {
 std::size_t ProfileText::FindKey(std::size_t header, std::string_view key, std::size_t from) const {
     for (std::size_t i = std::max(header + 1, from), end = SectionEnd(header); i < end; ++i) {
         const Parsed parsed = Parse(lines_[i].text);
-        if (parsed.kind == Kind::Entry && SameName(parsed.name, Trim(key))) {
+        if (parsed.kind == Kind::Entry && parsed.hasValue && SameName(parsed.name, Trim(key))) {
             return i;
         }
     }

@@ -16,6 +16,7 @@ public:
 
     // Names in the order of the file, each once.
     std::vector<std::string> SectionNames() const;
+    // A line without '=' is no key: Windows lists it only among the lines.
     std::vector<std::string> Keys(std::string_view section) const;
     // "key=value", or the key alone for a line without '='.
     std::vector<std::string> SectionLines(std::string_view section) const;

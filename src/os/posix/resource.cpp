@@ -157,9 +157,15 @@ HRSRC FindResourceExA(HMODULE module, LPCSTR type, LPCSTR name, WORD language) {
     if (candidates.empty()) {
         return nullptr;
     }
-    if (HRSRC entry = InLanguage(candidates, language)) {
-        SetErrorCode(ERROR_SUCCESS);
-        return entry;
+    // Windows takes the language asked for, then its primary language, then
+    // the neutral one: a neutral resource stands for every language.
+    for (WORD tried :
+         {language, static_cast<WORD>(MAKELANGID(PRIMARYLANGID(language), SUBLANG_NEUTRAL)),
+          static_cast<WORD>(LANG_NEUTRAL)}) {
+        if (HRSRC entry = InLanguage(candidates, tried)) {
+            SetErrorCode(ERROR_SUCCESS);
+            return entry;
+        }
     }
     SetErrorCode(ERROR_RESOURCE_LANG_NOT_FOUND);
     return nullptr;

@@ -15,15 +15,6 @@ constexpr double kFirstDay = -657434.0;  // 1 January 100
 constexpr double kEndDay = 2958466.0;    // 1 January 10000
 constexpr int kSecondsPerDay = 86400;
 
-bool Leap(int year) {
-    return (year % 4 == 0 && year % 100 != 0) || year % 400 == 0;
-}
-
-int DaysInMonth(int year, int month) {
-    static constexpr int kDays[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
-    return month == 2 && Leap(year) ? 29 : kDays[month - 1];
-}
-
 // Days from 1 January 1970 of a Gregorian date, in eras of 400 years so that
 // the arithmetic stays on non-negative numbers.
 std::int64_t DaysFromCivil(int year, int month, int day) {
@@ -52,12 +43,16 @@ void CivilFromDays(std::int64_t days, int& year, int& month, int& day) {
 int SystemTimeToVariantTime(const SYSTEMTIME* time, double* variant) {
     const int year = time->wYear;
     const int month = time->wMonth;
-    if (year < kFirstYear || year > kLastYear || month < 1 || month > 12 || time->wDay < 1 ||
-        time->wDay > DaysInMonth(year, month) || time->wHour > 23 || time->wMinute > 59 ||
-        time->wSecond > 59) {
+    // Windows fixes the day alone: 0 is the last day of the month before,
+    // and a day past the month's end runs into the next one.
+    if (year < kFirstYear || year > kLastYear || month < 1 || month > 12 || time->wDay > 31 ||
+        time->wHour > 23 || time->wMinute > 59 || time->wSecond > 59) {
         return 0;
     }
     const double day = static_cast<double>(DaysFromCivil(year, month, time->wDay) + kUnixEpoch);
+    if (day < kFirstDay || day >= kEndDay) {
+        return 0;
+    }
     const double fraction =
         (time->wHour * 3600 + time->wMinute * 60 + time->wSecond) / double(kSecondsPerDay);
     *variant = day < 0 ? day - fraction : day + fraction;

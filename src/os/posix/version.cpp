@@ -73,11 +73,17 @@ BOOL GetFileVersionInfoA(LPCSTR fileName, DWORD /*handle*/, DWORD length, LPVOID
     while (size >= 6 && BlockSize(size) > length) {
         size = size > 4 ? (size - 4) & ~DWORD{3} : 0;
     }
-    if (size < 6) {
-        SetLastError(ERROR_INSUFFICIENT_BUFFER);
-        return FALSE;
-    }
     auto* block = static_cast<BYTE*>(data);
+    if (size < 6) {
+        // Windows truncates the information to the buffer, however short,
+        // and succeeds; an empty root keeps the queries inside it.
+        std::memcpy(block, tree.data(), std::min<std::size_t>(length, tree.size()));
+        if (length >= 2) {
+            std::memset(block, 0, 2);
+        }
+        SetLastError(ERROR_SUCCESS);
+        return TRUE;
+    }
     std::memcpy(block, tree.data(), size);
     const auto root = static_cast<WORD>(size);
     std::memcpy(block, &root, sizeof root);

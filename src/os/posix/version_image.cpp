@@ -65,6 +65,10 @@ T Get(const std::vector<BYTE>& bytes, std::size_t offset) {
     return value;
 }
 
+// Windows answers so for any file in which it finds no resources, whether a
+// damaged image or no image at all.
+constexpr DWORD kNoResources = ERROR_RESOURCE_DATA_NOT_FOUND;
+
 bool Fail(DWORD error) {
     SetLastError(error);
     return false;
@@ -135,20 +139,19 @@ bool DirectoryEntry(Image& image, ULONGLONG root, DWORD rootRoom, DWORD director
 bool ReadPe(Image& image, DWORD headerOffset, std::vector<BYTE>& resource) {
     std::vector<BYTE> header;
     if (!image.Read(headerOffset, 24, header) || Get<DWORD>(header, 0) != 0x00004550) {
-        return Fail(ERROR_BAD_EXE_FORMAT);
+        return Fail(kNoResources);
     }
     const DWORD sectionCount = Get<WORD>(header, 6);
     const DWORD optionalSize = Get<WORD>(header, 20);
     std::vector<BYTE> optional;
     if (!image.Read(headerOffset + 24, optionalSize, optional)) {
-        return Fail(ERROR_BAD_EXE_FORMAT);
+        return Fail(kNoResources);
     }
     const WORD magic = Get<WORD>(optional, 0);
     const std::size_t directories = magic == 0x20B ? 112 : 96;
     if ((magic != 0x10B && magic != 0x20B) || Get<DWORD>(optional, directories - 4) < 3 ||
         optionalSize < directories + 3 * 8) {
-        return Fail(magic == 0x10B || magic == 0x20B ? ERROR_RESOURCE_DATA_NOT_FOUND
-                                                     : ERROR_BAD_EXE_FORMAT);
+        return Fail(kNoResources);
     }
     const DWORD resourceAddress = Get<DWORD>(optional, directories + 2 * 8);
     std::vector<BYTE> sections;
@@ -157,7 +160,7 @@ bool ReadPe(Image& image, DWORD headerOffset, std::vector<BYTE>& resource) {
     if (resourceAddress == 0 ||
         !image.Read(headerOffset + 24 + optionalSize, sectionCount * 40, sections) ||
         !MapAddress(sections, sectionCount, resourceAddress, root, rootRoom)) {
-        return Fail(ERROR_RESOURCE_DATA_NOT_FOUND);
+        return Fail(kNoResources);
     }
     // Type, name, language: the version type, then the first of each, as the
     // version functions of the platform take them. Offsets are within the
@@ -185,11 +188,11 @@ bool ReadPe(Image& image, DWORD headerOffset, std::vector<BYTE>& resource) {
 bool ReadElf(Image& image, const std::vector<BYTE>& ident, std::vector<BYTE>& resource) {
     const bool wide = ident[4] == 2;
     if ((ident[4] != 1 && !wide) || ident[5] != 1) {  // little-endian only
-        return Fail(ERROR_BAD_EXE_FORMAT);
+        return Fail(kNoResources);
     }
     std::vector<BYTE> header;
     if (!image.Read(0, wide ? 64 : 52, header)) {
-        return Fail(ERROR_BAD_EXE_FORMAT);
+        return Fail(kNoResources);
     }
     const ULONGLONG tableOffset = wide ? Get<ULONGLONG>(header, 40) : Get<DWORD>(header, 32);
     const DWORD entrySize = Get<WORD>(header, wide ? 58 : 46);
@@ -198,7 +201,7 @@ bool ReadElf(Image& image, const std::vector<BYTE>& ident, std::vector<BYTE>& re
     std::vector<BYTE> table;
     if (entrySize < (wide ? 64u : 40u) || count == 0 || namesIndex >= count ||
         count * entrySize > kMostTable || !image.Read(tableOffset, count * entrySize, table)) {
-        return Fail(ERROR_RESOURCE_DATA_NOT_FOUND);
+        return Fail(kNoResources);
     }
     auto offsetOf = [&](DWORD i) {
         return wide ? Get<ULONGLONG>(table, i * entrySize + 24)
@@ -212,7 +215,7 @@ bool ReadElf(Image& image, const std::vector<BYTE>& ident, std::vector<BYTE>& re
     if (!image.Read(offsetOf(namesIndex),
                     static_cast<DWORD>(std::min<ULONGLONG>(sizeOf(namesIndex), kMostTable)),
                     names)) {
-        return Fail(ERROR_RESOURCE_DATA_NOT_FOUND);
+        return Fail(kNoResources);
     }
     const std::string wanted(kVersionSectionName);
     for (DWORD i = 0; i < count; ++i) {
@@ -238,7 +241,7 @@ bool ReadVersionResource(LPCSTR fileName, std::vector<BYTE>& resource) {
     }
     std::vector<BYTE> ident;
     if (!image.Read(0, 64, ident)) {
-        return Fail(ERROR_BAD_EXE_FORMAT);
+        return Fail(kNoResources);
     }
     if (std::memcmp(ident.data(),
                     "\x7F"
@@ -249,7 +252,7 @@ bool ReadVersionResource(LPCSTR fileName, std::vector<BYTE>& resource) {
     if (ident[0] == 'M' && ident[1] == 'Z') {
         return ReadPe(image, Get<DWORD>(ident, 0x3C), resource);
     }
-    return Fail(ERROR_BAD_EXE_FORMAT);
+    return Fail(kNoResources);
 }
 
 }  // namespace nvk::os::posix

@@ -1247,10 +1247,6 @@ nvk::os::BOOL WritePrivateProfileStringA(std::type_identity_t<const char*> a0,
     return win32::Call<nvk::os::BOOL>(::WritePrivateProfileStringA, a0, a1, a2, a3);
 }
 
-void _tzset() {
-    return win32::Call(::_tzset);
-}
-
 nvk::os::LPSTR lstrcpynA(std::type_identity_t<char*> a0, std::type_identity_t<const char*> a1,
                          std::type_identity_t<int> a2) {
     return win32::Call<nvk::os::LPSTR>(::lstrcpynA, a0, a1, a2);
