@@ -34,19 +34,31 @@ HOOKED = {"CreateFileA", "WriteFile", "SetEndOfFile", "FlushFileBuffers", "Close
           "ReplaceFileA"}
 
 
-def declarations():
-    headers = sorted(glob.glob("include/nvk/os/*.h") + glob.glob("src/os/api/*.h"))
+# Parsed for the target, so that the types come out as Windows sizes them.
+GCC = "/usr/lib/gcc/x86_64-w64-mingw32/12-posix/include"
+MINGW = "/usr/share/mingw-w64/include"
+LAYER_HEADERS = sorted(glob.glob("include/nvk/os/*.h") + glob.glob("src/os/api/*.h"))
+
+
+def clang(source, action, system=(GCC + "/c++", GCC + "/c++/x86_64-w64-mingw32", GCC, MINGW)):
+    """Runs clang on `source` (text of a translation unit) for the mingw
+    target and returns its output: `action` says what to produce."""
     with tempfile.NamedTemporaryFile("w", suffix=".cpp") as unit:
-        unit.write("".join(f'#include "{h}"\n' for h in headers))
+        unit.write(source)
         unit.flush()
-        # Parsed for the target, so that the types come out as Windows sizes them.
-        gcc = "/usr/lib/gcc/x86_64-w64-mingw32/12-posix/include"
-        system = [gcc + "/c++", gcc + "/c++/x86_64-w64-mingw32", gcc, "/usr/share/mingw-w64/include"]
-        dump = subprocess.run(
+        return subprocess.run(
             ["clang++", "--target=x86_64-w64-mingw32", "-nostdinc++", "-nostdlibinc", "-std=c++20",
-             *[f"-isystem{d}" for d in system], "-I.", "-Iinclude", "-Isrc", "-Xclang",
-             "-ast-dump=json", "-fsyntax-only", unit.name],
+             *[f"-isystem{d}" for d in system], "-I.", "-Iinclude", "-Isrc", *action, unit.name],
             check=True, capture_output=True, text=True).stdout
+
+
+def layer_tree():
+    """The syntax tree of the OS layer's headers."""
+    source = "".join(f'#include "{h}"\n' for h in LAYER_HEADERS)
+    return json.loads(clang(source, ["-Xclang", "-ast-dump=json", "-fsyntax-only"]))
+
+
+def declarations():
     found = {}
 
     def walk(node, names):
@@ -63,7 +75,7 @@ def declarations():
         for child in node.get("inner", []) or []:
             walk(child, names)
 
-    walk(json.loads(dump), [])
+    walk(layer_tree(), [])
     return found
 
 
@@ -84,4 +96,5 @@ def main():
     out.write("\n}  // namespace nvk::os\n")
 
 
-main()
+if __name__ == "__main__":
+    main()
