@@ -158,27 +158,17 @@ std::uint32_t HeapClass(std::uint32_t capacity) {
     return block;
 }
 
-// Keeps a heap block of any thread or module, when its class has room: every
-// copy of the frame makes them the size of their class. Only a cache whose end
-// is registered keeps blocks; `mayRegister` registers it if need be.
-[[gnu::always_inline]] inline bool KeepHeapBlock(ThreadCache& local, ChaineBuffer* block,
-                                                 bool mayRegister) {
+// Keeps a heap block of any thread or module in `cache`, when its class has
+// room: every copy of the frame makes them the size of their class. Only a
+// cache whose end is registered and still to come may keep blocks.
+[[gnu::always_inline]] inline bool KeepHeapBlock(ThreadCache& cache, ChaineBuffer* block) {
     const std::uint32_t heapClass = HeapClass(block->Capacity);
-    if (heapClass >= kHeapClasses) {
+    if (heapClass >= kHeapClasses || cache.HeapCount[heapClass] >= ThreadCache::kHeapBlocks) {
         return false;
     }
-    ThreadCache* cache = &local;
-    if (!cache->Registered || cache->Ended || g_ModuleEnding.load(std::memory_order_relaxed)) {
-        if (!mayRegister || (cache = RegisteredCache()) == nullptr) {
-            return false;
-        }
-    }
-    if (cache->HeapCount[heapClass] >= ThreadCache::kHeapBlocks) {
-        return false;
-    }
-    SetHeapNext(block, cache->HeapHead[heapClass]);
-    cache->HeapHead[heapClass] = block;
-    ++cache->HeapCount[heapClass];
+    SetHeapNext(block, cache.HeapHead[heapClass]);
+    cache.HeapHead[heapClass] = block;
+    ++cache.HeapCount[heapClass];
     return true;
 }
 
@@ -407,9 +397,13 @@ inline ChaineBuffer* FBlockStorage::FromCache(std::uint32_t size) {
 
 inline bool FBlockStorage::ToCache(ChaineBuffer* block) {
     ThreadCache& cache = LocalCache();
+    // A cache that serves a storage has its end registered and still to come
+    // (the end lets its storage go), so it keeps heap blocks too.
+    if (cache.Owner.load(std::memory_order_acquire) != this) {
+        return false;
+    }
     if (!block->IsHeapBlock()) [[likely]] {
-        if (cache.Owner.load(std::memory_order_acquire) != this ||
-            cache.Count >= ThreadCache::kCacheBlocks) {
+        if (cache.Count >= ThreadCache::kCacheBlocks) {
             return false;
         }
         block->RefCount = 0;
@@ -418,7 +412,7 @@ inline bool FBlockStorage::ToCache(ChaineBuffer* block) {
         ++cache.Count;
         return true;
     }
-    return KeepHeapBlock(cache, block, false);
+    return KeepHeapBlock(cache, block);
 }
 
 ChaineBuffer* FBlockStorage::PoolAlloc(std::uint32_t size) {
@@ -472,7 +466,14 @@ void FBlockStorage::PoolFree(ChaineBuffer* block) {
 // thread's cache: every cache of the storage ends in its shared list.
 [[gnu::noinline]] void FBlockStorage::PoolFreeSlow(ChaineBuffer* block) {
     if (block->IsHeapBlock()) {
-        if (!KeepHeapBlock(LocalCache(), block, true)) {
+        // Only a block of a kept class registers the thread's cache, which
+        // starts to serve this storage if it can: the fast path keeps heap
+        // blocks only in a cache that serves its storage.
+        ThreadCache* cache = nullptr;
+        if (HeapClass(block->Capacity) < kHeapClasses && (cache = CacheOf()) == nullptr) {
+            cache = RegisteredCache();
+        }
+        if (cache == nullptr || !KeepHeapBlock(*cache, block)) {
             delete[] reinterpret_cast<char*>(block);
         }
         return;
@@ -512,8 +513,10 @@ namespace nvk {
 }
 
 ChaineBuffer* AllocateBuffer(std::uint32_t capacity, std::uint32_t size) {
+    // A cache holds blocks of a few hundred bytes at most, and size is at most
+    // capacity: the limit on lengths is left to the slow path.
     FBlockStorage* storage = ProcessSingleton<StorageKind>::Made();
-    if (storage != nullptr && size <= 0x7FFF0000u) [[likely]] {
+    if (storage != nullptr) [[likely]] {
         if (ChaineBuffer* buffer = storage->FromCache(capacity)) [[likely]] {
             buffer->RefCount = 1;
             buffer->Size = size;

@@ -153,10 +153,10 @@ int Chaine::Replace(const char* old, const char* with, bool noCase, int start) {
     }
     // The next hit from `pos` on: with case, searched inline.
     const int length = Length();
+    const char* const text = m_pText;
     const auto next = [&](int pos) {
-        return noCase || oldLength < 2
-                   ? FindBytes(from.Get(), oldLength, noCase, pos)
-                   : nvk::SearchBytes(m_pText, length, from.Get(), oldLength, pos);
+        return noCase || oldLength < 2 ? FindBytes(from.Get(), oldLength, noCase, pos)
+                                       : nvk::SearchBytes(text, length, from.Get(), oldLength, pos);
     };
     // The places of the first kHeld hits are kept on the stack; later ones,
     // rare, are found again while the result is written.

@@ -20,12 +20,17 @@ namespace nvk {
 // The first start from `from` on at which the n >= 2 bytes of `needle` stand
 // in the `length` bytes of `text`, or -1. The C library's vector search finds
 // each place of the first byte; the last byte is then looked at before the
-// others, which turns most false starts away at once.
+// others, which turns most false starts away at once. The scan runs on
+// pointers, so that each search costs no conversions of positions.
 inline int SearchBytes(const char* text, int length, const char* needle, int n, int from) {
-    const int lastStart = length - n;
-    for (int i = from; i <= lastStart;) {
-        const auto* at = static_cast<const char*>(
-            std::memchr(text + i, needle[0], static_cast<std::size_t>(lastStart - i + 1)));
+    if (from > length - n) {
+        return -1;
+    }
+    const char* const end = text + (length - n) + 1;  // behind the last possible start
+    const char* at = text + from;
+    do {
+        at = static_cast<const char*>(
+            std::memchr(at, needle[0], static_cast<std::size_t>(end - at)));
         if (at == nullptr) {
             return -1;
         }
@@ -33,8 +38,7 @@ inline int SearchBytes(const char* text, int length, const char* needle, int n, 
             (n == 2 || std::memcmp(at + 1, needle + 1, static_cast<std::size_t>(n - 2)) == 0)) {
             return static_cast<int>(at - text);
         }
-        i = static_cast<int>(at - text) + 1;
-    }
+    } while (++at != end);
     return -1;
 }
 

@@ -99,7 +99,7 @@ inline void ReleaseBuffer(ChaineBuffer* buffer) {
     }
 }
 // A fresh block of at least `capacity` payload bytes, with RefCount 1 and
-// Size `size`.
+// Size `size`, which is at most `capacity`.
 ChaineBuffer* AllocateBuffer(std::uint32_t capacity, std::uint32_t size);
 // A fresh block of `size` with RefCount 1 and Size `size`.
 inline ChaineBuffer* NewBuffer(std::uint32_t size) {

@@ -67,7 +67,7 @@ private:
 
 namespace nvk {
 
-// Serialises the first pass through this module's guard words.
+// Serialises the first Get of each of this module's singletons.
 std::recursive_mutex& ModuleStartLock();
 
 // The typed accessor of one singleton. `Kind` gives the key and the two steps
@@ -84,38 +84,37 @@ public:
     using Object = typename Kind::Object;
 
     static Object* Get() {
-        if (s_Guard.load(std::memory_order_acquire) & 1u) {
-            return s_Object;
+        if (Object* object = Made()) {
+            return object;
         }
         return Construct();
     }
     // The object once this module has made or found it, null before: for a
     // fast path that leaves the first call to its slow path.
-    static Object* Made() {
-        return (s_Guard.load(std::memory_order_acquire) & 1u) != 0 ? s_Object : nullptr;
-    }
+    static Object* Made() { return s_Object.load(std::memory_order_acquire); }
 
 private:
-    // Apart, so that Get's test of the guard stays a few instructions.
+    // Apart, so that Get's test stays a few instructions.
     [[gnu::noinline]] static Object* Construct() {
         std::lock_guard start(ModuleStartLock());
-        if ((s_Guard.load(std::memory_order_relaxed) & 1u) == 0) {
-            // A failed construction leaves the guard clear, so the next call
+        if (s_Object.load(std::memory_order_relaxed) == nullptr) {
+            // A failed construction leaves the pointer null, so the next call
             // registers anew; the handle stays registered, as it was.
             auto* handle = new (s_Handle) EProcessSingleton(Kind::Key);
+            Object* object;
             {
                 ProcessLock lock;
                 SingletonRecord* record = handle->Record();
                 if (record->Object == nullptr) {
                     record->Object = Kind::Make();
                 }
-                s_Object = static_cast<Object*>(record->Object);
+                object = static_cast<Object*>(record->Object);
             }
             // The typed release, among the module's exit functions.
             static const Releaser releaser;
-            s_Guard.store(s_Guard.load(std::memory_order_relaxed) | 1u, std::memory_order_release);
+            s_Object.store(object, std::memory_order_release);
         }
-        return s_Object;
+        return s_Object.load(std::memory_order_relaxed);
     }
 
     struct Releaser {
@@ -140,9 +139,10 @@ private:
         }
     }
 
-    static inline std::atomic<unsigned> s_Guard{0};
     alignas(EProcessSingleton) static inline unsigned char s_Handle[sizeof(EProcessSingleton)];
-    static inline Object* s_Object = nullptr;
+    // Set once the handle is registered and its release is due: the guard of
+    // Get as well as its answer.
+    static inline std::atomic<Object*> s_Object{nullptr};
 };
 
 }  // namespace nvk
