@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 
 #include "nvk/config/ini_file.h"
 #include "os/api/error.h"
@@ -157,6 +158,7 @@ bool EIniFile::Open(bool readOnly, bool /*unused*/) {
         os::CloseHandle(file);
     } else {
         m_Handle = file;
+        m_HandleOpen = std::make_shared<bool>(true);
     }
     return true;
 }
@@ -198,10 +200,17 @@ bool EIniFile::WriteBack() {
 }
 
 bool EIniFile::Close() {
-    const bool result = m_Writable && m_Handle != os::INVALID_HANDLE_VALUE ? WriteBack() : true;
+    bool result = true;
     if (m_Handle != os::INVALID_HANDLE_VALUE) {
-        os::CloseHandle(m_Handle);
+        // A copy closed the handle already: its number is no longer ours.
+        result = m_HandleOpen && *m_HandleOpen;
+        if (result) {
+            result = !m_Writable || WriteBack();
+            os::CloseHandle(m_Handle);
+            *m_HandleOpen = false;
+        }
         m_Handle = os::INVALID_HANDLE_VALUE;
+        m_HandleOpen.reset();
     }
     m_Writable = false;
     m_Opened = false;
