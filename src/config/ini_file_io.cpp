@@ -111,11 +111,14 @@ bool EIniFile::Open(bool readOnly, bool /*unused*/) {
     if (m_Opened) {
         return false;
     }
-    // A writer shares nothing but deletion, so it excludes every other open
-    // while Close may still put a new file in place of this one; a reader
-    // shares reading, so it excludes writers only.
+    // A reader shares reading, so it excludes writers only. A writer shares
+    // reading and deletion, which ReplaceFileA's own open of the file asks
+    // for when Close puts a new file in place of this one; every other open
+    // still fails on it while it holds the file: a reader's, as it shares no
+    // writing, and a writer's, as it writes.
     const os::DWORD access = readOnly ? os::GENERIC_READ : os::GENERIC_READ | os::GENERIC_WRITE;
-    const os::DWORD share = readOnly ? os::FILE_SHARE_READ : os::FILE_SHARE_DELETE;
+    const os::DWORD share =
+        readOnly ? os::FILE_SHARE_READ : os::FILE_SHARE_READ | os::FILE_SHARE_DELETE;
     const os::DWORD creation = readOnly ? os::OPEN_EXISTING : os::OPEN_ALWAYS;
     const os::DWORD start = os::GetTickCount();
     os::HANDLE file = os::INVALID_HANDLE_VALUE;

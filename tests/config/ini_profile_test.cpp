@@ -14,6 +14,7 @@
 #include "os/api/error.h"
 #include "os/api/file.h"
 #include "os/api/file_attributes.h"
+#include "os/api/file_replace.h"
 #include "os/api/sync.h"
 
 namespace {
@@ -240,6 +241,28 @@ TEST_F(IniProfile, AWriterWaitsForTheHolder) {
     EXPECT_EQ(writer.WritePrivateProfileInt("S", "n", 1, ""), 1u);
     EXPECT_TRUE(writer.Close());
     EXPECT_EQ(Get("w.ini"), "[S]\r\nn=1\r\n");
+}
+
+// Close puts the new text in place while the writer still holds the file,
+// and the replacement opens the file for reading and deletion.
+TEST_F(IniProfile, ReplacingAHeldFileNeedsItsReadingAndDeletionShared) {
+    namespace os = nvk::os;
+    Put("h.ini", "[S]\r\nk=1\r\n");
+    const Chaine path = Path("h.ini");
+    for (const os::DWORD share : {os::FILE_SHARE_DELETE, os::FILE_SHARE_READ}) {
+        const os::HANDLE held = os::CreateFileA(path, os::GENERIC_READ | os::GENERIC_WRITE, share,
+                                                nullptr, os::OPEN_EXISTING, 0, nullptr);
+        Put("n.ini", "[S]\r\nk=2\r\n");
+        EXPECT_FALSE(os::ReplaceFileA(path, Path("n.ini"), nullptr, 0, nullptr, nullptr));
+        EXPECT_EQ(Get("h.ini"), "[S]\r\nk=1\r\n");
+        os::CloseHandle(held);
+    }
+    const os::HANDLE held = os::CreateFileA(path, os::GENERIC_READ | os::GENERIC_WRITE,
+                                            os::FILE_SHARE_READ | os::FILE_SHARE_DELETE, nullptr,
+                                            os::OPEN_EXISTING, 0, nullptr);
+    EXPECT_TRUE(os::ReplaceFileA(path, Path("n.ini"), nullptr, 0, nullptr, nullptr));
+    EXPECT_EQ(Get("h.ini"), "[S]\r\nk=2\r\n");
+    os::CloseHandle(held);
 }
 
 TEST_F(IniProfile, AccessDeniedFailsAtOnce) {
