@@ -170,6 +170,33 @@ respacing keys, and answers FALSE to the cache flush of four nulls"
 returns 0 for a negative value; Wine returns the negative number"
     "test_os ProfileTest.RepeatedSectionsCountOnce: Windows documents nothing of a section named \
 twice; the POSIX build lists it once and reads its first part only, Wine 8 lists it twice")
+# INI files and services
+list(APPEND NVK_WINDOWS_CASES_posix_only
+    "test_config IniProfile.AClosedHandleNeverComesBackAsAnotherFiles: that a closed handle's \
+number never comes back is the POSIX layer's own guarantee, while Windows gives it to the next open"
+    "test_config IniProfile.AWriteKeepsPermissionsAndFollowsLinks: POSIX file modes and a \
+symbolic link made by std::filesystem, which the Windows C++ runtime does not make"
+    "test_ini_load IniWholeText.AFileSizeLimitLeavesTheOldText: the size limit is set by \
+ulimit -f in a POSIX shell"
+    "test_ini_load IniWholeText.AForeignFlockHoldsNoOneBeyondTheTimeOut: flock(1) and a POSIX \
+shell hold the file, and Windows has no flock()")
+list(APPEND NVK_WINDOWS_CASES_wine_differs
+    "test_services NVKVarsTest.RubricsAreTheUnnamedLinesOfTheirSection: Windows' \
+WritePrivateProfileSectionA writes each string of the section as a line as it stands, while Wine 8 \
+drops the strings without '='"
+    "test_config IniProfile.ReplacingAHeldFileNeedsItsReadingAndDeletionShared: Windows' \
+ReplaceFileA opens the replaced file for GENERIC_READ and DELETE sharing all, so that an open \
+refusing either refuses the replacement, while Wine 8 opens nothing and moves the file aside"
+    "test_ini_load IniLoad.WritersLoseNoUpdateAndReadersSeeWholeFiles: Windows' ReplaceFileA \
+gives the replacement the replaced file's name and identity in one step, while Wine 8 first \
+moves the replaced file aside, and an open in between finds no file (a reader reads it empty, \
+a writer makes an empty one)"
+    "test_ini_load IniWholeText.AnotherProcesssByteLockHoldsNoOneBeyondTheTimeOut: on Windows \
+ReadFile over bytes that another process locked with LockFile fails with ERROR_LOCK_VIOLATION, \
+while Wine 8 reads them"
+    "test_config IniProfile.AReadOnlyFileIsRefusedToEveryWriterAtOnce: Windows refuses a \
+write open of a file with FILE_ATTRIBUTE_READONLY to every user, while Wine 8 run as root \
+opens it")
 set(NVK_WINDOWS_LEFT_OUT_REGEX)
 foreach(entry IN LISTS NVK_WINDOWS_LEFT_OUT_SOURCES)
     string(REGEX REPLACE ":.*" "" source "${entry}")

@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 
 #include "nvk/config/ini_file.h"
 #include "os/api/error.h"
@@ -110,11 +111,14 @@ bool EIniFile::Open(bool readOnly, bool /*unused*/) {
     if (m_Opened) {
         return false;
     }
-    // A writer shares nothing but deletion, so it excludes every other open
-    // while Close may still put a new file in place of this one; a reader
-    // shares reading, so it excludes writers only.
+    // A reader shares reading, so it excludes writers only. A writer shares
+    // reading and deletion, which ReplaceFileA's own open of the file asks
+    // for when Close puts a new file in place of this one; every other open
+    // still fails on it while it holds the file: a reader's, as it shares no
+    // writing, and a writer's, as it writes.
     const os::DWORD access = readOnly ? os::GENERIC_READ : os::GENERIC_READ | os::GENERIC_WRITE;
-    const os::DWORD share = readOnly ? os::FILE_SHARE_READ : os::FILE_SHARE_DELETE;
+    const os::DWORD share =
+        readOnly ? os::FILE_SHARE_READ : os::FILE_SHARE_READ | os::FILE_SHARE_DELETE;
     const os::DWORD creation = readOnly ? os::OPEN_EXISTING : os::OPEN_ALWAYS;
     const os::DWORD start = os::GetTickCount();
     os::HANDLE file = os::INVALID_HANDLE_VALUE;
@@ -157,6 +161,7 @@ bool EIniFile::Open(bool readOnly, bool /*unused*/) {
         os::CloseHandle(file);
     } else {
         m_Handle = file;
+        m_HandleOpen = std::make_shared<bool>(true);
     }
     return true;
 }
@@ -198,10 +203,17 @@ bool EIniFile::WriteBack() {
 }
 
 bool EIniFile::Close() {
-    const bool result = m_Writable && m_Handle != os::INVALID_HANDLE_VALUE ? WriteBack() : true;
+    bool result = true;
     if (m_Handle != os::INVALID_HANDLE_VALUE) {
-        os::CloseHandle(m_Handle);
+        // A copy closed the handle already: its number is no longer ours.
+        result = m_HandleOpen && *m_HandleOpen;
+        if (result) {
+            result = !m_Writable || WriteBack();
+            os::CloseHandle(m_Handle);
+            *m_HandleOpen = false;
+        }
         m_Handle = os::INVALID_HANDLE_VALUE;
+        m_HandleOpen.reset();
     }
     m_Writable = false;
     m_Opened = false;

@@ -13,6 +13,8 @@
 #include "nvk/config/ini_file.h"
 #include "os/api/error.h"
 #include "os/api/file.h"
+#include "os/api/file_attributes.h"
+#include "os/api/file_replace.h"
 #include "os/api/sync.h"
 
 namespace {
@@ -241,6 +243,28 @@ TEST_F(IniProfile, AWriterWaitsForTheHolder) {
     EXPECT_EQ(Get("w.ini"), "[S]\r\nn=1\r\n");
 }
 
+// Close puts the new text in place while the writer still holds the file,
+// and the replacement opens the file for reading and deletion.
+TEST_F(IniProfile, ReplacingAHeldFileNeedsItsReadingAndDeletionShared) {
+    namespace os = nvk::os;
+    Put("h.ini", "[S]\r\nk=1\r\n");
+    const Chaine path = Path("h.ini");
+    for (const os::DWORD share : {os::FILE_SHARE_DELETE, os::FILE_SHARE_READ}) {
+        const os::HANDLE held = os::CreateFileA(path, os::GENERIC_READ | os::GENERIC_WRITE, share,
+                                                nullptr, os::OPEN_EXISTING, 0, nullptr);
+        Put("n.ini", "[S]\r\nk=2\r\n");
+        EXPECT_FALSE(os::ReplaceFileA(path, Path("n.ini"), nullptr, 0, nullptr, nullptr));
+        EXPECT_EQ(Get("h.ini"), "[S]\r\nk=1\r\n");
+        os::CloseHandle(held);
+    }
+    const os::HANDLE held = os::CreateFileA(path, os::GENERIC_READ | os::GENERIC_WRITE,
+                                            os::FILE_SHARE_READ | os::FILE_SHARE_DELETE, nullptr,
+                                            os::OPEN_EXISTING, 0, nullptr);
+    EXPECT_TRUE(os::ReplaceFileA(path, Path("n.ini"), nullptr, 0, nullptr, nullptr));
+    EXPECT_EQ(Get("h.ini"), "[S]\r\nk=2\r\n");
+    os::CloseHandle(held);
+}
+
 TEST_F(IniProfile, AccessDeniedFailsAtOnce) {
     // A folder opened as a file is refused to readers and writers alike.
     EIniFile::SetTimeOut(5000);
@@ -249,18 +273,24 @@ TEST_F(IniProfile, AccessDeniedFailsAtOnce) {
     EXPECT_FALSE(folder.Open(false));
     EXPECT_FALSE(folder.Open(true));
     EXPECT_LT(MillisecondsSince(start), 50);
+}
 
+// The read-only attribute refuses writing to every user, also to those whom
+// the POSIX permissions would let through.
+TEST_F(IniProfile, AReadOnlyFileIsRefusedToEveryWriterAtOnce) {
+    EIniFile::SetTimeOut(5000);
     Put("ro.ini", "[S]\nk=v\n");
-    fs::permissions(m_Folder / "ro.ini", fs::perms::owner_read | fs::perms::group_read);
-    EIniFile ini(Path("ro.ini"));
-    start = Clock::now();
-    if (ini.Open(false)) {
-        ini.Close();
-        GTEST_SKIP() << "this user may write any file";
-    }
+    const Chaine readOnly = Path("ro.ini");
+    ASSERT_TRUE(nvk::os::SetFileAttributesA(readOnly, nvk::os::FILE_ATTRIBUTE_READONLY));
+    EIniFile ini(readOnly);
+    const auto start = Clock::now();
+    EXPECT_FALSE(ini.Open(false));
     EXPECT_LT(MillisecondsSince(start), 50);
     char buffer[4];
     EXPECT_EQ(ini.GetPrivateProfileStringA("S", "k", "", buffer, sizeof buffer, ""), 1u);
+    ini.Close();
+    // A read-only file is not deleted either: the folder goes only without it.
+    nvk::os::SetFileAttributesA(readOnly, nvk::os::FILE_ATTRIBUTE_NORMAL);
 }
 
 TEST_F(IniProfile, AStaleCopyWritesNoOtherFile) {
@@ -280,8 +310,12 @@ TEST_F(IniProfile, AStaleCopyWritesNoOtherFile) {
     EXPECT_TRUE(third.Close());
     EXPECT_EQ(Get("f1.ini"), "[S]\r\nk=original\r\n");
     EXPECT_EQ(Get("f2.ini"), "[S]\r\nk=third\r\n");
+}
 
-    // No handle comes back to life as another file's.
+// The POSIX layer never gives a closed handle's number to another file, so a
+// stale handle fails as invalid; the system's own layer may reuse numbers.
+TEST_F(IniProfile, AClosedHandleNeverComesBackAsAnotherFiles) {
+    Put("f1.ini", "[S]\r\nk=1\r\n");
     namespace os = nvk::os;
     const os::HANDLE closed = os::CreateFileA(Path("f1.ini"), os::GENERIC_READ, 0, nullptr,
                                               os::OPEN_EXISTING, 0, nullptr);

@@ -2,6 +2,9 @@
 //   ini_load_child writer FILE COUNT START   adds 1 to the counter COUNT times
 //   ini_load_child reader FILE TARGET START  reads until the counter is TARGET
 // Both begin at the tick count START, so that they all start together.
+//   ini_load_child lock FILE MS START        locks every byte of the file,
+//                                            makes FILE.ready, and ends MS
+//                                            milliseconds later
 //   ini_load_child stop FILE STEP 0          adds 1 to the counter and drops
 //                                            section Extra, and ends at once
 //                                            at the STEP-th file-changing
@@ -14,6 +17,7 @@
 
 #include "nvk/config/ini_file.h"
 #include "os/api/call_hook.h"
+#include "os/api/file.h"
 #include "os/api/sync.h"
 
 namespace {
@@ -110,6 +114,26 @@ int Read(const Chaine& file, long target) {
     return 22;
 }
 
+// Holds the file as another program's byte-range lock does: its open shares
+// everything, so only the lock keeps others from reading.
+int Lock(const Chaine& file, long milliseconds) {
+    namespace os = nvk::os;
+    const os::HANDLE held = os::CreateFileA(
+        file, os::GENERIC_READ, os::FILE_SHARE_READ | os::FILE_SHARE_WRITE | os::FILE_SHARE_DELETE,
+        nullptr, os::OPEN_EXISTING, 0, nullptr);
+    if (held == os::INVALID_HANDLE_VALUE || !os::LockFile(held, 0, 0, 0xFFFFFFFF, 0)) {
+        return 40;
+    }
+    const os::HANDLE ready =
+        os::CreateFileA(file + ".ready", os::GENERIC_WRITE, 0, nullptr, os::CREATE_NEW, 0, nullptr);
+    if (ready == os::INVALID_HANDLE_VALUE) {
+        return 41;
+    }
+    os::CloseHandle(ready);
+    os::Sleep(static_cast<os::DWORD>(milliseconds));
+    return 0;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -128,6 +152,9 @@ int main(int argc, char** argv) {
     }
     if (std::strcmp(argv[1], "reader") == 0) {
         return Read(file, number);
+    }
+    if (std::strcmp(argv[1], "lock") == 0) {
+        return Lock(file, number);
     }
     if (std::strcmp(argv[1], "stop") == 0) {
         return Stop(file, number);

@@ -1,8 +1,8 @@
 // Eight processes add to one counter while two more read the file in a loop:
 // no update may be lost, and no reader may see a file that is not whole. And
 // a writer stopped at any step, or refused room by a file-size limit, leaves
-// a whole text; a program holding the file with flock() makes others wait no
-// longer than their time-out.
+// a whole text; a program holding the file with flock() or a byte-range lock
+// makes others wait no longer than their time-out.
 #include <gtest/gtest.h>
 
 #include <chrono>
@@ -95,6 +95,28 @@ std::string After(std::size_t big) {
     return kHead + "2\r\n\r\n[Big]\r\nk=" + std::string(big, 'b') + "\r\n";
 }
 
+// Readers and writers give up on the file that `holder` holds once their
+// time-out is over, and read it whole once the holder is gone.
+void ExpectTheHolderKeepsOpensOutForTheTimeOut(const fs::path& file,
+                                               nvk::os::PROCESS_INFORMATION& holder) {
+    EIniFile::SetTimeOut(500);
+    const Chaine name(file.string().c_str());
+    for (const bool readOnly : {true, false}) {
+        EIniFile ini;
+        const auto start = std::chrono::steady_clock::now();
+        EXPECT_FALSE(ini.Open(name, readOnly));
+        const auto waited = std::chrono::duration_cast<std::chrono::milliseconds>(
+                                std::chrono::steady_clock::now() - start)
+                                .count();
+        EXPECT_GE(waited, 450);  // clocks of different grain
+        EXPECT_LT(waited, 3000);
+    }
+    nvk::os::TerminateProcess(holder.hProcess, 0);
+    Finish(holder);
+    const EIniFile ini(name);
+    EXPECT_EQ(ini.GetPrivateProfileIntA("S", "N", -1, ""), 1);
+}
+
 TEST(IniWholeText, AWriterStoppedAtAnyStepLeavesTheOldOrTheNewText) {
     const Folder folder;
     const fs::path file = folder / "stop.ini";
@@ -150,22 +172,24 @@ TEST(IniWholeText, AForeignFlockHoldsNoOneBeyondTheTimeOut) {
     }
     ASSERT_TRUE(fs::exists(ready));
 
-    EIniFile::SetTimeOut(500);
-    const Chaine name(file.string().c_str());
-    for (const bool readOnly : {true, false}) {
-        EIniFile ini;
-        const auto start = std::chrono::steady_clock::now();
-        EXPECT_FALSE(ini.Open(name, readOnly));
-        const auto waited = std::chrono::duration_cast<std::chrono::milliseconds>(
-                                std::chrono::steady_clock::now() - start)
-                                .count();
-        EXPECT_GE(waited, 450);  // clocks of different grain
-        EXPECT_LT(waited, 3000);
+    ExpectTheHolderKeepsOpensOutForTheTimeOut(file, holder);
+}
+
+// The same with the system's own form of a foreign lock: another process
+// that locks every byte of the file.
+TEST(IniWholeText, AnotherProcesssByteLockHoldsNoOneBeyondTheTimeOut) {
+    const Folder folder;
+    const fs::path file = folder / "locked.ini";
+    Put(file, "[S]\r\nN=1\r\n");
+    nvk::os::PROCESS_INFORMATION holder = nvk::test::StartProcess(ChildLine("lock", file, 5000));
+    ASSERT_NE(holder.hProcess, nullptr);
+    const fs::path ready = folder / "locked.ini.ready";
+    for (int i = 0; i < 1000 && !fs::exists(ready); ++i) {
+        nvk::os::Sleep(10);
     }
-    nvk::os::TerminateProcess(holder.hProcess, 0);
-    Finish(holder);
-    const EIniFile ini(name);
-    EXPECT_EQ(ini.GetPrivateProfileIntA("S", "N", -1, ""), 1);
+    ASSERT_TRUE(fs::exists(ready));
+
+    ExpectTheHolderKeepsOpensOutForTheTimeOut(file, holder);
 }
 
 TEST(IniLoad, WritersLoseNoUpdateAndReadersSeeWholeFiles) {

@@ -9,6 +9,7 @@
 #include "nvk/services/app_identity.h"
 #include "nvk/services/global_dico.h"
 #include "nvk/services/library_handle.h"
+#include "os/api/environment.h"
 #include "os/api/path_map.h"
 
 namespace {
@@ -28,6 +29,15 @@ void InFreshProcess(Body body) {
             std::exit(testing::Test::HasFailure() ? 1 : 0);
         },
         testing::ExitedWithCode(0), "");
+}
+
+// The process's variable as its children inherit it: on Windows the C
+// runtime's getenv reads a copy made at start-up, which the system's
+// SetEnvironmentVariable leaves as it was. "<unset>" when it is not there.
+std::string Variable(const char* name) {
+    char value[1024];
+    const nvk::os::DWORD length = nvk::os::GetEnvironmentVariableA(name, value, sizeof value);
+    return length == 0 || length >= sizeof value ? "<unset>" : std::string(value, length);
 }
 
 // A folder without a skin, for the cases that must not see the one beside
@@ -81,14 +91,13 @@ TEST(AppIdentity, SocietyIsTheDefaultWithoutSkinOrEntryAndThenKept) {
 TEST(AppIdentity, TheSkinBesideTheProgramNamesTheSocietyAndIsPassedOn) {
     InFreshProcess([] {
         SetEnvironment("", "cdSkin");
-        EXPECT_EQ(std::getenv("cdSkin"), nullptr);
+        EXPECT_EQ(Variable("cdSkin"), "<unset>");
         GlobalDico::Get().SetValue("App.SocietyID", "SOC-DICO");
         Chaine exeFolder;
         exeFolder.GetExeFolder();
         EXPECT_EQ(Text(GetSkinFolder()), Text(exeFolder));
         // The skin was found, so its folder is now the process's "cdSkin".
-        ASSERT_NE(std::getenv("cdSkin"), nullptr);
-        EXPECT_EQ(std::getenv("cdSkin"), Text(exeFolder));
+        EXPECT_EQ(Variable("cdSkin"), Text(exeFolder));
         EXPECT_NE(GetSkinModule(), nullptr);
         EXPECT_EQ(GetSkinModule(), GetSkinModule());
         EXPECT_EQ(Text(GetSocietyID()), "SOC-SKIN");

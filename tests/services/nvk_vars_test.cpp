@@ -63,13 +63,14 @@ protected:
         fs::remove_all(m_Root, ignored);
     }
 
-    // A tool that writes its arguments, one a line, beside itself.
-    void InstallTool(const fs::path& path) const {
-        std::ofstream(path) << "#!/bin/sh\ncd \"$(dirname \"$0\")\" || exit 1\n"
-                               "for a in \"$@\"; do printf '%s\\n' \"$a\"; done > args.tmp\n"
-                               "mv args.tmp args.txt\n";
-        fs::permissions(path, fs::perms::owner_all);
+    // A tool that writes its arguments, one a line, beside itself. A program
+    // without an extension is one on POSIX only, so the name takes the
+    // system's (".exe" on Windows).
+    static void InstallTool(const fs::path& path) {
+        fs::copy_file(NVK_VARS_TOOL, path.string() + NVK_PROGRAM_SUFFIX,
+                      fs::copy_options::overwrite_existing);
     }
+    static std::string Tool(const fs::path& path) { return Win(path) + NVK_PROGRAM_SUFFIX; }
 
     std::vector<std::string> ToolArguments() const {
         const fs::path file = m_Root / "tools/args.txt";
@@ -128,14 +129,14 @@ TEST_F(NVKVarsTest, WithoutTheToolNothingStartsAndNothingIsWritten) {
 
 TEST_F(NVKVarsTest, TheToolIsFoundInTheRegistryElseInTools) {
     InstallTool(m_Root / "tools/NVKVars");
-    EXPECT_EQ(std::string(ENVKVars::GetNVKVarsPath().c_str()), Win(m_Root / "tools/NVKVars"));
-    InstallTool(m_Root / "elsewhere.sh");
+    EXPECT_EQ(std::string(ENVKVars::GetNVKVarsPath().c_str()), Tool(m_Root / "tools/NVKVars"));
+    InstallTool(m_Root / "elsewhere");
     setenv("NVK_VARS_TEST", Win(m_Root).c_str(), 1);
-    SetRegistryTool("%NVK_VARS_TEST%\\elsewhere.sh");
-    EXPECT_EQ(std::string(ENVKVars::GetNVKVarsPath().c_str()), Win(m_Root / "elsewhere.sh"));
+    SetRegistryTool("%NVK_VARS_TEST%\\elsewhere" NVK_PROGRAM_SUFFIX);
+    EXPECT_EQ(std::string(ENVKVars::GetNVKVarsPath().c_str()), Tool(m_Root / "elsewhere"));
     // A tool that is gone falls back to the one in Tools.
-    fs::remove(m_Root / "elsewhere.sh");
-    EXPECT_EQ(std::string(ENVKVars::GetNVKVarsPath().c_str()), Win(m_Root / "tools/NVKVars"));
+    fs::remove(m_Root / ("elsewhere" NVK_PROGRAM_SUFFIX));
+    EXPECT_EQ(std::string(ENVKVars::GetNVKVarsPath().c_str()), Tool(m_Root / "tools/NVKVars"));
     unsetenv("NVK_VARS_TEST");
 }
 
@@ -155,7 +156,6 @@ TEST_F(NVKVarsTest, MoreGoesThroughTheExchangeFileInItsOrderKeepingOldKeys) {
     InstallTool(m_Root / "tools/NVKVars");
     std::ofstream(m_Exchange) << "[Format]\r\nDefault=old\r\nType9=old\r\n";
     ENVKVars vars("Z:\\dico.dic");
-    vars.SetRubrics(List({"Clients", "Fournisseurs"}));
     vars.SetSelect("TOTAL");
     vars.SetMacros(List({"SOMME"}));
     vars.SetRun("calc.exe", "/x", "open");
@@ -164,26 +164,26 @@ TEST_F(NVKVarsTest, MoreGoesThroughTheExchangeFileInItsOrderKeepingOldKeys) {
     ENVKVars copy(vars);
     ASSERT_TRUE(copy.Run());
     EXPECT_EQ(ToolArguments(), (std::vector<std::string>{Win(m_Exchange)}));
-    EXPECT_EQ(ExchangeLines(), (std::vector<std::string>{"[Format]",
-                                                         "Default=old",
-                                                         "Type9=old",
-                                                         "Type1=#0.00",
-                                                         "Type3={\\b}",
-                                                         "[Dictionnaire]",
-                                                         "Chemin=Z:\\dico.dic",
-                                                         "Selection=TOTAL",
-                                                         "[Rubriques]",
-                                                         "Clients",
-                                                         "Fournisseurs",
-                                                         "[Config]",
-                                                         "Notepad=0",
-                                                         "RunProcessParams=/x",
-                                                         "RunProcess=calc.exe",
-                                                         "RunProcessVerb=open",
-                                                         "AutoDelete=1",
-                                                         "[Filters]",
-                                                         "Country=CH",
-                                                         "Macros=SOMME"}));
+    EXPECT_EQ(ExchangeLines(),
+              (std::vector<std::string>{
+                  "[Format]", "Default=old", "Type9=old", "Type1=#0.00", "Type3={\\b}",
+                  "[Dictionnaire]", "Chemin=Z:\\dico.dic", "Selection=TOTAL", "[Config]",
+                  "Notepad=0", "RunProcessParams=/x", "RunProcess=calc.exe", "RunProcessVerb=open",
+                  "AutoDelete=1", "[Filters]", "Country=CH", "Macros=SOMME"}));
+}
+
+// The rubrics alone send the tool to the exchange file, where they are the
+// lines of a section of their own, without names.
+TEST_F(NVKVarsTest, RubricsAreTheUnnamedLinesOfTheirSection) {
+    InstallTool(m_Root / "tools/NVKVars");
+    ENVKVars vars("Z:\\dico.dic");
+    vars.SetRubrics(List({"Clients", "Fournisseurs"}));
+    ASSERT_TRUE(vars.Run());
+    EXPECT_EQ(ToolArguments(), (std::vector<std::string>{Win(m_Exchange)}));
+    EXPECT_EQ(ExchangeLines(),
+              (std::vector<std::string>{"[Dictionnaire]", "Chemin=Z:\\dico.dic", "[Rubriques]",
+                                        "Clients", "Fournisseurs", "[Config]", "Notepad=0",
+                                        "AutoDelete=1", "[Filters]", "Country=CH"}));
 }
 
 }  // namespace

@@ -13,6 +13,8 @@
 // close the file around themselves when the object is closed.
 #pragma once
 
+#include <memory>
+
 #include "nvk/core/chaine.h"
 #include "nvk/core/dictionnary.h"
 #include "nvk/core/tableau.h"
@@ -83,7 +85,10 @@ public:
     // A copy shares the contents and takes the handle and flags as they are:
     // the copy and the original then stand for the same open. Once one of
     // them closes, the other's handle is no longer valid and its Close
-    // writes nothing and returns false.
+    // writes nothing and returns false. The system may give the closed
+    // handle's number to the next file opened, so the copies also share a
+    // flag that says whether the handle is still open, and the later Close
+    // never writes through a number that now names another file.
     EIniFile(const EIniFile&) = default;
     EIniFile& operator=(const EIniFile&) = default;
     // A file open for writing is saved here.
@@ -160,6 +165,8 @@ protected:
     bool m_Writable = false;
     bool m_Opened = false;
     nvk::os::HANDLE m_Handle = nvk::os::INVALID_HANDLE_VALUE;
+    // Shared by the copies of one open: true until one of them closes it.
+    std::shared_ptr<bool> m_HandleOpen;
 
     static int m_TimeOut;
 

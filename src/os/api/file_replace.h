@@ -15,9 +15,10 @@ inline constexpr DWORD VOLUME_NAME_DOS = 0x0;
 // The replacement takes the place of the replaced file in one step, and keeps
 // its permissions (owner and group where this user may give them, and the
 // access bits). Through a link, the file it leads to is replaced and the link
-// stays. Both files must be on one volume. Refused with
-// ERROR_UNABLE_TO_REMOVE_REPLACED when an open of the replaced file refuses
-// its deletion (a holder that means to replace it shares deletion). No backup
+// stays. Both files must be on one volume. The replaced file is opened for
+// reading and deletion, sharing all: refused with
+// ERROR_UNABLE_TO_REMOVE_REPLACED when an open of it refuses its reading or
+// its deletion (a holder that means to replace it shares both). No backup
 // is kept: `backupFileName` must be null.
 BOOL ReplaceFileA(LPCSTR replacedFileName, LPCSTR replacementFileName, LPCSTR backupFileName,
                   DWORD replaceFlags, LPVOID exclude, LPVOID reserved);

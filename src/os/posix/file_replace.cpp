@@ -63,7 +63,8 @@ BOOL ReplaceFileA(LPCSTR replacedFileName, LPCSTR replacementFileName, LPCSTR ba
         posix::SetErrorCode(ERROR_ACCESS_DENIED);
         return FALSE;
     }
-    if (posix::DeletionRefused(target.c_str())) {
+    // The replaced file is opened for reading and deletion, sharing all.
+    if (posix::DeletionRefused(target.c_str(), true)) {
         posix::SetErrorCode(ERROR_UNABLE_TO_REMOVE_REPLACED);
         return FALSE;
     }

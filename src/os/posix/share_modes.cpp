@@ -105,7 +105,7 @@ DWORD AcquireShare(int fd, const ShareRequest& request) {
     return ERROR_SUCCESS;
 }
 
-bool DeletionRefused(const char* path) {
+bool DeletionRefused(const char* path, bool reading) {
     int fd = open(path, O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK);
     if (fd < 0) {
         fd = open(path, O_WRONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK);
@@ -116,7 +116,8 @@ bool DeletionRefused(const char* path) {
     bool refused = false;
     {
         ShareGate gate(fd);
-        refused = gate.Busy() || HeldElsewhere(fd, kDeniesDelete);
+        refused = gate.Busy() || HeldElsewhere(fd, kDeniesDelete) ||
+                  (reading && HeldElsewhere(fd, kDeniesRead));
     }
     close(fd);
     return refused;

@@ -63,7 +63,8 @@ private:
 DWORD AcquireShare(int fd, const ShareRequest& request);
 
 // Whether some open of the file at `path`, a regular file, refuses its
-// deletion (or holds the gate past the short wait).
-bool DeletionRefused(const char* path);
+// deletion, or with `reading` also its reading (or holds the gate past the
+// short wait).
+bool DeletionRefused(const char* path, bool reading = false);
 
 }  // namespace nvk::os::posix
