@@ -39,7 +39,11 @@ set(NVK_WINDOWS_LEFT_OUT_SOURCES
 # wine_differs: Wine answers otherwise than Windows documents; the test keeps
 # to Windows' documented answer.
 set(NVK_WINDOWS_CASES_posix_only)
-set(NVK_WINDOWS_CASES_wine_differs)
+set(NVK_WINDOWS_CASES_wine_differs
+    # drawing and registry text
+    "test_gdi DeviceContext.SelectedObjectsAreNotDeleted: DeleteObject documents zero for an \
+object selected into a device context; Wine returns TRUE and deletes the object once it is \
+deselected")
 set(NVK_WINDOWS_LEFT_OUT_REGEX)
 foreach(entry IN LISTS NVK_WINDOWS_LEFT_OUT_SOURCES)
     string(REGEX REPLACE ":.*" "" source "${entry}")
