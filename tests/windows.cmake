@@ -26,7 +26,6 @@ set(NVK_WINDOWS_LEFT_OUT_SOURCES
     "os/shared_machine_test.cpp: POSIX users, ownership and FIFOs"
     "os/path_map_test.cpp: the POSIX backend's drive map"
     "os/windows_names_test.cpp: the POSIX backend's name matching"
-    "os/registry_text_test.cpp: the POSIX backend's .reg files"
     "os/file_system_test.cpp: calls into the POSIX backend's internals"
     "os/module_test.cpp: calls into the POSIX backend's internals"
     "os/process_test.cpp: calls into the POSIX backend's internals"
