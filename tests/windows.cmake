@@ -41,7 +41,7 @@ set(NVK_WINDOWS_CASES_posix_only)
 set(NVK_WINDOWS_CASES_wine_differs
     # drawing and registry text
     "test_gdi DeviceContext.SelectedObjectsAreNotDeleted: DeleteObject documents zero for an \
-object selected into a device context; Wine returns TRUE and deletes the object once it is \
+object selected into a device context, where Wine returns TRUE and deletes the object once it is \
 deselected")
 set(NVK_WINDOWS_LEFT_OUT_REGEX)
 foreach(entry IN LISTS NVK_WINDOWS_LEFT_OUT_SOURCES)
