@@ -21,9 +21,11 @@ public:
         m_Path = mkdtemp(pattern.data());
     }
     ~TempTree() {
-        std::error_code ignored;
-        for (auto& entry : std::filesystem::recursive_directory_iterator(m_Path, ignored)) {
-            std::filesystem::permissions(entry.path(), std::filesystem::perms::owner_all,
+        std::error_code ignored, walking;
+        // Incremented with an error code: a destructor must not throw.
+        for (std::filesystem::recursive_directory_iterator entry(m_Path, walking), end;
+             !walking && entry != end; entry.increment(walking)) {
+            std::filesystem::permissions(entry->path(), std::filesystem::perms::owner_all,
                                          std::filesystem::perm_options::add, ignored);
         }
         std::filesystem::remove_all(m_Path, ignored);
@@ -35,9 +37,14 @@ public:
     std::string Native(const std::string& relative = "") const {
         return relative.empty() ? m_Path : m_Path + "/" + relative;
     }
-    // The path in drive form, as the library writes it ("Z:\\tmp\\...").
+    // The path in drive form, as the library writes it ("Z:\\tmp\\..."; on
+    // Windows the temporary folder has a drive of its own already).
     Chaine Path(const std::string& relative = "") const {
+#ifdef _WIN32
+        std::string windows = Native(relative);
+#else
         std::string windows = "Z:" + Native(relative);
+#endif
         for (char& c : windows) {
             c = c == '/' ? '\\' : c;
         }

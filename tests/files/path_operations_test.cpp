@@ -38,41 +38,48 @@ TEST(PathTests, AnswerForFilesFoldersDrivesAndMissingPaths) {
 
     EXPECT_EQ(IsDirectory("C:"), 1);
     EXPECT_EQ(IsDirectory("nonsense\\"), 1);
-    EXPECT_EQ(IsDirectory("C:\\empty"), 1);
-    EXPECT_EQ(IsDirectory("C:\\f.txt"), 0);
-    EXPECT_EQ(IsDirectory("C:\\nothing"), 0);
+    EXPECT_EQ(IsDirectory(tree.Path("empty")), 1);
+    EXPECT_EQ(IsDirectory(tree.Path("f.txt")), 0);
+    EXPECT_EQ(IsDirectory(tree.Path("nothing")), 0);
     EXPECT_EQ(IsDirectory(""), 0);
     EXPECT_EQ(IsDirectory(nullptr), 0);
 
     EXPECT_EQ(IsFileExist("C:\\"), 1);
-    EXPECT_EQ(IsFileExist("C:\\f.txt"), 1);
-    EXPECT_EQ(IsFileExist("C:\\empty"), 1);
-    EXPECT_EQ(IsFileExist("C:\\nothing"), 0);
+    EXPECT_EQ(IsFileExist(tree.Path("f.txt")), 1);
+    EXPECT_EQ(IsFileExist(tree.Path("empty")), 1);
+    EXPECT_EQ(IsFileExist(tree.Path("nothing")), 0);
     EXPECT_EQ(IsFileExist(""), 0);
 
     EXPECT_EQ(HasSubDirectories(""), 1);
     EXPECT_EQ(IsDirectoryEmpty(""), 1);
-    EXPECT_EQ(HasSubDirectories("C:\\nothing"), 0);
-    EXPECT_EQ(IsDirectoryEmpty("C:\\nothing"), 0);
-    EXPECT_EQ(HasSubDirectories("C:\\parent"), 1);
-    EXPECT_EQ(HasSubDirectories("C:\\full"), 0);
-    EXPECT_EQ(IsDirectoryEmpty("C:\\empty"), 1);
-    EXPECT_EQ(IsDirectoryEmpty("C:\\full"), 0);
+    EXPECT_EQ(HasSubDirectories(tree.Path("nothing")), 0);
+    EXPECT_EQ(IsDirectoryEmpty(tree.Path("nothing")), 0);
+    EXPECT_EQ(HasSubDirectories(tree.Path("parent")), 1);
+    EXPECT_EQ(HasSubDirectories(tree.Path("full")), 0);
+    EXPECT_EQ(IsDirectoryEmpty(tree.Path("empty")), 1);
+    EXPECT_EQ(IsDirectoryEmpty(tree.Path("full")), 0);
 }
 
 TEST(LongNames, TakeEachComponentAsTheFolderSpellsIt) {
     TempTree tree;
     tree.File("Mixed Case/File.TXT");
-    ScopedEnv drives("NVK_DRIVES", "C=" + tree.Native());
-    char out[64];
-    EXPECT_EQ(TranslateIntoLongName("c:\\MIXED CASE\\file.txt", out, sizeof out), 22u);
-    EXPECT_STREQ(out, "c:\\Mixed Case\\File.TXT");
+    const std::string root = tree.Path().c_str();
+    const std::string spelt = root + "\\Mixed Case\\File.TXT";
+    char out[nvk::os::MAX_PATH];
+    EXPECT_EQ(TranslateIntoLongName((root + "\\MIXED CASE\\file.txt").c_str(), out, sizeof out),
+              spelt.size());
+    EXPECT_EQ(out, spelt);
     // Too small a buffer is left alone; the length tells the size needed.
     std::strcpy(out, "untouched");
-    EXPECT_EQ(TranslateIntoLongName("c:\\mixed case\\missing", out, 20), 21u);
+    const std::string missing = root + "\\mixed case\\missing";
+    EXPECT_EQ(
+        TranslateIntoLongName(missing.c_str(), out, static_cast<unsigned>(missing.size() - 1)),
+        missing.size());
     EXPECT_STREQ(out, "untouched");
-    EXPECT_EQ(AreEqualsFiles("C:\\MIXED CASE\\FILE.TXT", "c:\\mixed case\\file.txt"), 1);
-    EXPECT_EQ(AreEqualsFiles("C:\\Mixed Case\\File.TXT", "C:\\Mixed Case\\Other.TXT"), 0);
+    EXPECT_EQ(AreEqualsFiles((root + "\\MIXED CASE\\FILE.TXT").c_str(),
+                             (root + "\\mixed case\\file.txt").c_str()),
+              1);
+    EXPECT_EQ(AreEqualsFiles(spelt.c_str(), (root + "\\Mixed Case\\Other.TXT").c_str()), 0);
 }
 
 TEST(DiskSpace, BothFormsAgreeAndTheVolumeKnowsLongNames) {

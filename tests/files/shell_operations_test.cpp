@@ -21,12 +21,32 @@ namespace os = nvk::os;
 using nvk::files::test::ScopedEnv;
 using nvk::files::test::TempTree;
 
+TEST(RecycleFile, RemovesTheFileOrFolderAndRefusesOverlongNames) {
+    TempTree tree;
+    ScopedEnv data("XDG_DATA_HOME", tree.Native("data"));
+    tree.File("docs/a.txt");
+    ASSERT_EQ(RecycleFile(tree.Path("docs/a.txt"), 0), 1);
+    EXPECT_FALSE(tree.Exists("docs/a.txt"));
+    tree.File("docs/b.txt");
+    ASSERT_EQ(RecycleFile(tree.Path("docs"), 0), 1);
+    EXPECT_FALSE(tree.Exists("docs"));
+
+    tree.File("gone.txt");
+    EXPECT_EQ(RecycleFile(tree.Path("gone.txt"), 1), 1);
+    EXPECT_FALSE(tree.Exists("gone.txt"));
+    EXPECT_FALSE(tree.Exists("data/Trash/files/gone.txt"));
+    // A missing name is no failure: there was nothing to recycle.
+    EXPECT_EQ(RecycleFile(tree.Path("gone.txt"), 0), 1);
+    // A name whose double-terminated copy needs 520 bytes is refused.
+    EXPECT_EQ(RecycleFile(std::string(518, 'x').c_str(), 1), 0);
+}
+
+// Where the desktop's trash keeps a file and what it writes beside it.
 TEST(RecycleFile, PutsTheFileInTheTrashWithItsInfo) {
     TempTree tree;
     ScopedEnv data("XDG_DATA_HOME", tree.Native("data"));
     tree.File("docs/my file%.txt", "one");
     ASSERT_EQ(RecycleFile(tree.Path("docs/my file%.txt"), 0), 1);
-    EXPECT_FALSE(tree.Exists("docs/my file%.txt"));
     EXPECT_EQ(tree.Read("data/Trash/files/my file%.txt"), "one");
     const std::string info = tree.Read("data/Trash/info/my file%.txt.trashinfo");
     EXPECT_TRUE(std::regex_match(
@@ -41,15 +61,6 @@ TEST(RecycleFile, PutsTheFileInTheTrashWithItsInfo) {
     EXPECT_EQ(tree.Read("data/Trash/files/my file%.txt.2"), "two");
     ASSERT_EQ(RecycleFile(tree.Path("docs"), 0), 1);
     EXPECT_TRUE(tree.Exists("data/Trash/info/docs.trashinfo"));
-
-    tree.File("gone.txt");
-    EXPECT_EQ(RecycleFile(tree.Path("gone.txt"), 1), 1);
-    EXPECT_FALSE(tree.Exists("gone.txt"));
-    EXPECT_FALSE(tree.Exists("data/Trash/files/gone.txt"));
-    // A missing name is no failure: there was nothing to recycle.
-    EXPECT_EQ(RecycleFile(tree.Path("gone.txt"), 0), 1);
-    // A name whose double-terminated copy needs 520 bytes is refused.
-    EXPECT_EQ(RecycleFile(std::string(518, 'x').c_str(), 1), 0);
 }
 
 TEST(RecycleFiles, RecyclesEachMatchByItself) {
@@ -59,9 +70,19 @@ TEST(RecycleFiles, RecyclesEachMatchByItself) {
     tree.File("t/b.tmp");
     tree.File("t/c.keep");
     ASSERT_EQ(RecycleFiles(tree.Path("t"), "*.tmp", 0), 1);
+    EXPECT_FALSE(tree.Exists("t/a.tmp"));
+    EXPECT_FALSE(tree.Exists("t/b.tmp"));
+    EXPECT_TRUE(tree.Exists("t/c.keep"));
+}
+
+TEST(RecycleFiles, PutsEachMatchInTheTrashAndMovesLinksUnfollowed) {
+    TempTree tree;
+    ScopedEnv data("XDG_DATA_HOME", tree.Native("data"));
+    tree.File("t/a.tmp");
+    tree.File("t/b.tmp");
+    ASSERT_EQ(RecycleFiles(tree.Path("t"), "*.tmp", 0), 1);
     EXPECT_TRUE(tree.Exists("data/Trash/files/a.tmp"));
     EXPECT_TRUE(tree.Exists("data/Trash/info/b.tmp.trashinfo"));
-    EXPECT_TRUE(tree.Exists("t/c.keep"));
     // A link in the trash's way is moved, never followed.
     TempTree outside;
     outside.File("keep.txt");
@@ -80,8 +101,8 @@ std::string g_Root;
 os::LPITEMIDLIST Browse(const os::BROWSEINFOA& info, os::HWND window) {
     g_Flags = info.ulFlags;
     char root[os::MAX_PATH] = "";
-    os::SHGetPathFromIDListA(info.pidlRoot, root);
-    g_Root = info.pidlRoot == nullptr ? "(none)" : root;
+    const bool inFileSystem = os::SHGetPathFromIDListA(info.pidlRoot, root) != 0;
+    g_Root = info.pidlRoot == nullptr ? "(none)" : inFileSystem ? root : "";
     info.lpfn(window, os::BFFM_INITIALIZED, 0, info.lParam);
     for (const std::string& folder : g_Selections) {
         os::LPITEMIDLIST list = os::ItemListFromPath(folder.c_str());
@@ -100,9 +121,11 @@ os::LRESULT Receive(os::HWND, os::UINT message, os::WPARAM, os::LPARAM param) {
     return 0;
 }
 
-TEST(SelectFolder, LetsTheApplicationsBrowserChooseAFolderHoldingAFile) {
-    EXPECT_STREQ(SelectFolder("t", "C:\\", 0, 0, ""), "");  // no browser: cancelled
+TEST(SelectFolder, WithoutABrowserIsCancelled) {
+    EXPECT_STREQ(SelectFolder("t", "C:\\", 0, 0, ""), "");
+}
 
+TEST(SelectFolder, LetsTheApplicationsBrowserChooseAFolderHoldingAFile) {
     TempTree tree;
     tree.File("with/needed.ini");
     tree.Folder("without");
@@ -115,8 +138,12 @@ TEST(SelectFolder, LetsTheApplicationsBrowserChooseAFolderHoldingAFile) {
               (std::vector<std::string>{"select " + with, "enable 1", "enable 0", "enable 1"}));
     EXPECT_EQ(g_Flags, os::BIF_RETURNONLYFSDIRS | os::BIF_BROWSEINCLUDEFILES);
     EXPECT_NE(g_Root, "(none)");
+    os::SetFolderBrowserHook(previous);
+}
 
-    // Computers: the network is the root, a place without a path.
+// Computers: the network is the root, a place without a path.
+TEST(SelectFolder, ComputersStartAtTheNetworkWhichHasNoPath) {
+    const os::FolderBrowserHook previous = os::SetFolderBrowserHook({Browse, Receive});
     g_Selections.clear();
     EXPECT_STREQ(SelectFolder("Pick", "", 1, 0, ""), "");
     EXPECT_EQ(g_Flags, os::BIF_BROWSEFORCOMPUTER);

@@ -10,8 +10,10 @@ namespace {
 
 ::LRESULT CALLBACK BrowserProcedure(::HWND window, ::UINT message, ::WPARAM wParam,
                                     ::LPARAM lParam) {
+    // Only the dialog's own messages go to the browser: the window's life
+    // (WM_NCCREATE answered 0 would refuse the window) stays the system's.
     const FolderBrowserHook hook = CurrentFolderBrowserHook();
-    if (hook.message == nullptr || message == WM_DESTROY || message == WM_NCDESTROY) {
+    if (hook.message == nullptr || message < WM_USER) {
         return ::DefWindowProcA(window, message, wParam, lParam);
     }
     return hook.message(reinterpret_cast<HWND>(window), message, wParam, lParam);
@@ -38,8 +40,10 @@ LPITEMIDLIST SHBrowseForFolderA(BROWSEINFOA* info) {
     if (hook.run == nullptr) {
         return win32::Call<LPITEMIDLIST>(::SHBrowseForFolderA, info);
     }
-    ::HWND window = ::CreateWindowExA(0, BrowserClass(), nullptr, 0, 0, 0, 0, 0, nullptr, nullptr,
-                                      nullptr, nullptr);
+    // A message-only window (HWND_MESSAGE, spelt out: here HWND names our own
+    // type): never shown, so no display is needed.
+    ::HWND window = ::CreateWindowExA(0, BrowserClass(), nullptr, 0, 0, 0, 0, 0,
+                                      reinterpret_cast<::HWND>(-3), nullptr, nullptr, nullptr);
     LPITEMIDLIST chosen = hook.run(*info, reinterpret_cast<HWND>(window));
     ::DestroyWindow(window);
     return chosen;
