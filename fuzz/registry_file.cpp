@@ -8,10 +8,11 @@
 #include <string>
 #include <string_view>
 
+#include "os/common/registry_text.h"
 #include "os/posix/code_page.h"
-#include "os/posix/registry_file.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    using namespace nvk::os::common;
     using namespace nvk::os::posix;
     if (size > 1u << 16) {
         return 0;

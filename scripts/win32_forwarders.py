@@ -22,6 +22,9 @@ OWN = {
     "ToWindowsPath", "RegExportText", "RegImportText", "RegisterResourceTable",
     "UnregisterResourceTable", "DeleteLinkCompanions", "CreateFileDC", "CreateImageDC",
     "FindFirstNameA", "EmptyFolderA",
+    # Answered otherwise by Windows than the layer promises, or serving the
+    # layer's own device contexts.
+    "SetEnhMetaFileBits", "DeleteDC", "BitBlt",
     # Hooked, variadic or needing set-up first.
     # The C runtime of the system's own DLL lacks these.
     "_get_timezone", "_get_daylight", "_time32",

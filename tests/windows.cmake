@@ -24,7 +24,6 @@ set(NVK_WINDOWS_LEFT_OUT_SOURCES
     "os/shared_machine_test.cpp: POSIX users, ownership and FIFOs"
     "os/path_map_test.cpp: the POSIX backend's drive map"
     "os/windows_names_test.cpp: the POSIX backend's name matching"
-    "os/registry_text_test.cpp: the POSIX backend's .reg files"
     "os/file_system_test.cpp: calls into the POSIX backend's internals"
     "os/module_test.cpp: calls into the POSIX backend's internals"
     "os/process_test.cpp: calls into the POSIX backend's internals"
@@ -197,6 +196,9 @@ while Wine 8 reads them"
     "test_config IniProfile.AReadOnlyFileIsRefusedToEveryWriterAtOnce: Windows refuses a \
 write open of a file with FILE_ATTRIBUTE_READONLY to every user, while Wine 8 run as root \
 opens it")
+# drawing and registry text
+list(APPEND NVK_WINDOWS_CASES_wine_differs
+    "test_gdi DeviceContext.SelectedObjectsAreNotDeleted: DeleteObject documents zero for an object selected into a device context, where Wine returns TRUE and deletes the object once it is deselected")
 set(NVK_WINDOWS_LEFT_OUT_REGEX)
 foreach(entry IN LISTS NVK_WINDOWS_LEFT_OUT_SOURCES)
     string(REGEX REPLACE ":.*" "" source "${entry}")

@@ -32,10 +32,9 @@ TEST(DeviceContext, MemoryContextsStartMonochromeAndKeepTheirObjects) {
     GetObjectA(colour, sizeof info, &info);
     EXPECT_EQ(info.bmBitsPixel, 32);
     EXPECT_EQ(SelectObject(memory, colour), first);
-    // A bitmap shows in one device context at a time, and is not deleted there.
+    // A bitmap shows in one device context at a time.
     HDC other = CreateCompatibleDC(screen);
     EXPECT_EQ(SelectObject(other, colour), nullptr);
-    EXPECT_FALSE(DeleteObject(colour));
     EXPECT_EQ(SelectObject(memory, first), colour);
     EXPECT_TRUE(DeleteObject(colour));
     EXPECT_EQ(GetObjectType(colour), 0u);
@@ -67,7 +66,6 @@ TEST(DeviceContext, RestoreDCGivesBackObjectsAndAttributesByLevel) {
     EXPECT_EQ(GetObjectA(GetCurrentObject(canvas, OBJ_FONT), sizeof read, &read), 60);
     EXPECT_EQ(read.lfEscapement, 900);
     EXPECT_EQ(read.lfOrientation, 450);
-    EXPECT_FALSE(DeleteObject(pen));
     EXPECT_TRUE(RestoreDC(canvas, -1));
     EXPECT_EQ(GetCurrentObject(canvas, OBJ_PEN), pen);
     EXPECT_NE(GetCurrentObject(canvas, OBJ_FONT), font);
@@ -80,6 +78,29 @@ TEST(DeviceContext, RestoreDCGivesBackObjectsAndAttributesByLevel) {
     LOGPEN readPen{};
     GetObjectA(pen, sizeof readPen, &readPen);
     EXPECT_EQ(readPen.lopnWidth.x, 3);
+    EXPECT_TRUE(DeleteObject(pen));
+}
+
+// An object selected into a device context is not deleted, and stays whole
+// for the caller.
+TEST(DeviceContext, SelectedObjectsAreNotDeleted) {
+    Canvas canvas(4, 4);
+    HBITMAP bitmap = CreateCompatibleBitmap(canvas, 2, 2);
+    HDC memory = CreateCompatibleDC(canvas);
+    HGDIOBJ first = SelectObject(memory, bitmap);
+    EXPECT_FALSE(DeleteObject(bitmap));
+    SelectObject(memory, first);
+    EXPECT_TRUE(DeleteObject(bitmap));
+    DeleteDC(memory);
+
+    HPEN pen = CreatePen(PS_SOLID, 3, RGB(1, 2, 3));
+    int level = SaveDC(canvas);
+    SelectObject(canvas, pen);
+    EXPECT_FALSE(DeleteObject(pen));
+    RestoreDC(canvas, level);
+    LOGPEN read{};
+    EXPECT_EQ(GetObjectA(pen, sizeof read, &read), static_cast<int>(sizeof read));
+    EXPECT_EQ(read.lopnWidth.x, 3);
     EXPECT_TRUE(DeleteObject(pen));
 }
 

@@ -3,14 +3,26 @@
 #include <vector>
 
 #include "gdi/gdi_test_support.h"
+#include "os/api/kernel_text.h"
 #include "os/api/metafile.h"
 
 namespace nvk::os {
 namespace {
 
-// A drawing on a 1000 x 500 frame: a red bar, a line and a text.
+// 1000 x 500 pixels of the screen, the reference device, in hundredths of a
+// millimetre.
+RECT Frame() {
+    HDC screen = GetDC(nullptr);
+    RECT frame{0, 0,
+               MulDiv(1000, 100 * GetDeviceCaps(screen, HORZSIZE), GetDeviceCaps(screen, HORZRES)),
+               MulDiv(500, 100 * GetDeviceCaps(screen, VERTSIZE), GetDeviceCaps(screen, VERTRES))};
+    ReleaseDC(nullptr, screen);
+    return frame;
+}
+
+// A drawing on that frame: a red bar, a line and a text.
 HENHMETAFILE Drawing() {
-    RECT frame{0, 0, 1000, 500};
+    RECT frame = Frame();
     HDC dc = CreateEnhMetaFileA(nullptr, nullptr, &frame, "nvk\0test\0");
     HBRUSH red = CreateSolidBrush(RGB(255, 0, 0));
     HGDIOBJ old = SelectObject(dc, red);
@@ -41,7 +53,7 @@ TEST(Metafile, RecordsReadAsTheDocumentedLayout) {
     EXPECT_EQ(header.iType, EMR_HEADER);
     EXPECT_EQ(header.dSignature, ENHMETA_SIGNATURE);
     EXPECT_EQ(header.nBytes, size);
-    EXPECT_EQ(header.rclFrame.right, 1000);
+    EXPECT_EQ(header.rclFrame.right, Frame().right);
     EXPECT_EQ(header.nDescription, 10u);
     // The metafile's own slot, and one that the font takes after the brush.
     EXPECT_EQ(header.nHandles, 2);

@@ -10,8 +10,8 @@
 #include <vector>
 
 #include "os/api/registry.h"
+#include "os/common/registry_text.h"
 #include "os/posix/code_page.h"
-#include "os/posix/registry_file.h"
 #include "os_test_support.h"
 
 namespace nvk::os {
@@ -340,7 +340,7 @@ TEST_F(RegistryTest, WritersInSeveralProcessesLoseNothing) {
 }
 
 TEST(RegistryFileTest, TextFormRoundTripsAndSkipsWhatItCantRead) {
-    using namespace posix;
+    using namespace common;
     RegistryKey tree;
     RegistryKey& key = tree.Subkey("Soft").Subkey("K");
     key.values.push_back({"a\"b\\c", REG_SZ, std::string("line\r\nbreak\0", 12)});

@@ -1,5 +1,6 @@
-// The registry's text form read as the registry editors import it, and
-// written so that whatever the reader takes comes back unchanged.
+// The registry's text form read as the registry editors import it, written
+// so that whatever the reader takes comes back unchanged, and imported into
+// the registry and exported from it.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -8,10 +9,12 @@
 #include <string>
 #include <vector>
 
-#include "os/posix/code_page.h"
-#include "os/posix/registry_file.h"
+#include "os/api/nls.h"
+#include "os/api/registry.h"
+#include "os/common/registry_text.h"
+#include "os_test_support.h"
 
-namespace nvk::os::posix {
+namespace nvk::os::common {
 namespace {
 
 // The value "v" of HKEY_CURRENT_USER\T after the text: "type:bytes in hex",
@@ -164,7 +167,7 @@ TEST(RegistryTextTest, WhatTheWriterWritesReadsBackTheSame) {
         }
         std::string once = FormatRegistryText("HKEY_USERS", {}, tree);
         bool whole = false;
-        auto sections = ParseRegistryText(AnsiFromFileBytes(Utf16FileBytes(once)), &whole);
+        auto sections = ParseRegistryText(once, &whole);
         ASSERT_TRUE(sections.has_value());
         EXPECT_TRUE(whole) << once;
         RegistryKey back;
@@ -173,5 +176,48 @@ TEST(RegistryTextTest, WhatTheWriterWritesReadsBackTheSame) {
     }
 }
 
+// The text as the editor's Unicode files hold it: UTF-16LE behind its mark.
+std::string Utf16Bytes(const std::string& text) {
+    std::u16string wide(text.size(), u'\0');
+    MultiByteToWideChar(CP_ACP, 0, text.data(), static_cast<int>(text.size()), wide.data(),
+                        static_cast<int>(wide.size()));
+    std::string bytes = "\xFF\xFE";
+    for (char16_t unit : wide) {
+        bytes += static_cast<char>(unit & 0xFF);
+        bytes += static_cast<char>(unit >> 8);
+    }
+    return bytes;
+}
+
+// A key written as text, imported from a Unicode file into the registry,
+// exports as the same text, and a deletion takes it all away. The values are
+// made in the order of their names, the order in which Windows may list them.
+TEST(RegistryTextTest, ImportedKeysExportAsTheirText) {
+    test::TempFolder folder;
+    test::ScopedEnv registry("NVK_REGISTRY_DIR", folder.str().c_str());
+    RegistryKey tree;
+    tree.values = {{"", REG_SZ, std::string("default\0", 8)},
+                   {"a \"quoted\" \\ name", REG_SZ,
+                    std::string("C:\\Donn\xE9"
+                                "es\r\n\0",
+                                13)},
+                   {"b", REG_DWORD, std::string("\x2A\0\0\0", 4)},
+                   {"c", REG_BINARY, std::string(100, '\x5A')},
+                   {"d", REG_MULTI_SZ, std::string("one\0two\0\0", 9)},
+                   {"e", REG_EXPAND_SZ, std::string("%TEMP%\\x\0", 9)}};
+    tree.Subkey("Below").values = {{"f", REG_NONE, ""}};
+    const std::vector<std::string> path = {"Software", "NvkTextTest"};
+    std::string text = FormatRegistryText("HKEY_CURRENT_USER", path, tree);
+    ASSERT_EQ(RegImportText(Utf16Bytes(text)), ERROR_SUCCESS);
+    std::string exported;
+    ASSERT_EQ(RegExportText(HKEY_CURRENT_USER, "software\\nvktexttest", exported), ERROR_SUCCESS);
+    EXPECT_EQ(exported, text);
+    ASSERT_EQ(RegImportText("REGEDIT4\r\n[-HKEY_CURRENT_USER\\Software\\NvkTextTest]\r\n"),
+              ERROR_SUCCESS);
+    EXPECT_EQ(RegExportText(HKEY_CURRENT_USER, "Software\\NvkTextTest", exported),
+              ERROR_FILE_NOT_FOUND);
+    EXPECT_EQ(RegImportText("[HKEY_CURRENT_USER\\x]\r\n"), ERROR_BAD_FORMAT);
+}
+
 }  // namespace
-}  // namespace nvk::os::posix
+}  // namespace nvk::os::common

@@ -6,10 +6,11 @@
 
 namespace nvk::os {
 
-// A device context that records; `frame` is in hundredths of a millimetre of
-// a reference device of 100 units a millimetre, so that its drawing units
-// and the frame's are one. A null frame takes the bounds of the drawing. A
-// file name, if given, gets the records when the metafile is closed.
+// A device context that records, drawing in the pixels of `reference` (the
+// screen when null); `frame`, in hundredths of a millimetre of that device,
+// is the part of the drawing that plays onto a rectangle. A null frame takes
+// the bounds of the drawing. A file name, if given, gets the records when the
+// metafile is closed.
 HDC CreateEnhMetaFileA(HDC reference, LPCSTR fileName, const RECT* frame, LPCSTR description);
 HENHMETAFILE CloseEnhMetaFile(HDC dc);
 BOOL DeleteEnhMetaFile(HENHMETAFILE metafile);

@@ -192,15 +192,21 @@ BOOL EnumEnhMetaFile(HDC dc, HENHMETAFILE metafile, ENHMFENUMPROC callback, LPVO
     UINT handles = std::max<UINT>(header.nHandles, 1);
 
     int level = SaveDC(dc);
-    // The frame onto the rectangle, ahead of what the caller's world does.
-    const RECTL& frame = header.rclFrame;
-    double frameWidth = frame.right - frame.left;
-    double frameHeight = frame.bottom - frame.top;
+    // The frame, in hundredths of a millimetre, is the reference device's
+    // pixels that go onto the rectangle, ahead of what the caller's world does.
+    double across =
+        header.szlMillimeters.cx > 0 ? header.szlDevice.cx / (100.0 * header.szlMillimeters.cx) : 1;
+    double down =
+        header.szlMillimeters.cy > 0 ? header.szlDevice.cy / (100.0 * header.szlMillimeters.cy) : 1;
+    double frameLeft = header.rclFrame.left * across;
+    double frameTop = header.rclFrame.top * down;
+    double frameWidth = (header.rclFrame.right - header.rclFrame.left) * across;
+    double frameHeight = (header.rclFrame.bottom - header.rclFrame.top) * down;
     cairo_matrix_t play;
     cairo_matrix_init_translate(&play, rect->left, rect->top);
     cairo_matrix_scale(&play, frameWidth != 0 ? (rect->right - rect->left) / frameWidth : 1,
                        frameHeight != 0 ? (rect->bottom - rect->top) / frameHeight : 1);
-    cairo_matrix_translate(&play, -frame.left, -frame.top);
+    cairo_matrix_translate(&play, -frameLeft, -frameTop);
     cairo_matrix_t world;
     cairo_matrix_multiply(&world, &play, &context->m_state.world);
     context->m_state.world = world;

@@ -5,9 +5,11 @@
 #include <fstream>
 #include <mutex>
 
+#include "os/api/gdi.h"
 #include "os/api/metafile.h"
 #include "os/api/nls.h"
 #include "os/api/path_map.h"
+#include "os/common/metafile_bits.h"
 #include "os/posix/handle.h"
 #include "os/posix/metafile_recorder.h"
 
@@ -142,8 +144,17 @@ std::vector<BYTE> Recorder::Finish(const RECT* frame, const std::u16string& desc
                                        static_cast<LONG>(std::ceil(m_bounds[2])) - 1,
                                        static_cast<LONG>(std::ceil(m_bounds[3])) - 1}
                                : RECTL{0, 0, -1, -1};
+    // Without a frame, the bounds' pixels in hundredths of a millimetre.
+    auto across = [&](LONG pixels) {
+        return static_cast<LONG>(std::lround(pixels * 100.0 * m_millimetres.cx / m_device.cx));
+    };
+    auto down = [&](LONG pixels) {
+        return static_cast<LONG>(std::lround(pixels * 100.0 * m_millimetres.cy / m_device.cy));
+    };
+    const RECTL& bounds = header.rclBounds;
     header.rclFrame = frame != nullptr ? RECTL{frame->left, frame->top, frame->right, frame->bottom}
-                                       : header.rclBounds;
+                                       : RECTL{across(bounds.left), down(bounds.top),
+                                               across(bounds.right), down(bounds.bottom)};
     header.dSignature = ENHMETA_SIGNATURE;
     header.nVersion = 0x10000;
     header.nBytes = static_cast<DWORD>(header.nSize + m_records.size());
@@ -151,9 +162,9 @@ std::vector<BYTE> Recorder::Finish(const RECT* frame, const std::u16string& desc
     header.nHandles = static_cast<WORD>(m_used);
     header.nDescription = static_cast<DWORD>(description.size());
     header.offDescription = description.empty() ? 0 : sizeof header;
-    header.szlMillimeters = SIZEL{320, 240};
-    header.szlDevice = SIZEL{320 * kUnitsPerMillimetre, 240 * kUnitsPerMillimetre};
-    header.szlMicrometers = SIZEL{320000, 240000};
+    header.szlMillimeters = m_millimetres;
+    header.szlDevice = m_device;
+    header.szlMicrometers = SIZEL{m_millimetres.cx * 1000, m_millimetres.cy * 1000};
 
     std::vector<BYTE> bits(header.nBytes);
     std::memcpy(bits.data(), &header, sizeof header);
@@ -182,9 +193,16 @@ HDC CreateEnhMetaFileA(HDC reference, LPCSTR fileName, const RECT* frame, LPCSTR
     auto* dc = new Dc(Dc::Kind::Record, OBJ_ENHMETADC);
     dc->m_recorder = new gdi::Recorder;
     dc->m_file = native;
-    dc->m_dpi = 25.4 * gdi::Recorder::kUnitsPerMillimetre;
-    dc->m_width = 320 * gdi::Recorder::kUnitsPerMillimetre;
-    dc->m_height = 240 * gdi::Recorder::kUnitsPerMillimetre;
+    // Drawn in the pixels of the reference device, the screen when none.
+    HDC device = reference != nullptr ? reference : GetDC(nullptr);
+    dc->m_dpi = GetDeviceCaps(device, LOGPIXELSX);
+    dc->m_width = GetDeviceCaps(device, HORZRES);
+    dc->m_height = GetDeviceCaps(device, VERTRES);
+    dc->m_recorder->Device(SIZEL{dc->m_width, dc->m_height},
+                           SIZEL{GetDeviceCaps(device, HORZSIZE), GetDeviceCaps(device, VERTSIZE)});
+    if (reference == nullptr) {
+        ReleaseDC(nullptr, device);
+    }
     if (frame != nullptr) {
         dc->m_frame = *frame;
         dc->m_hasFrame = true;
@@ -257,32 +275,7 @@ UINT GetEnhMetaFileBits(HENHMETAFILE metafile, UINT size, LPBYTE buffer) {
 }
 
 HENHMETAFILE SetEnhMetaFileBits(UINT size, const BYTE* data) {
-    auto valid = [&] {
-        if (data == nullptr || size < sizeof(ENHMETAHEADER)) {
-            return false;
-        }
-        ENHMETAHEADER header;
-        std::memcpy(&header, data, sizeof header);
-        if (header.iType != EMR_HEADER || header.dSignature != ENHMETA_SIGNATURE ||
-            header.nBytes != size || header.nSize < 88) {
-            return false;
-        }
-        EMR record{};
-        for (UINT at = 0; at < size; at += record.nSize) {
-            if (size - at < sizeof record) {
-                return false;
-            }
-            std::memcpy(&record, data + at, sizeof record);
-            if (record.nSize < sizeof record || record.nSize % 4 != 0 || record.nSize > size - at) {
-                return false;
-            }
-            if (record.iType == EMR_EOF) {
-                return at + record.nSize == size;
-            }
-        }
-        return false;
-    };
-    if (!valid()) {
+    if (!EnhMetaFileBitsValid(size, data)) {
         SetErrorCode(ERROR_INVALID_DATA);
         return nullptr;
     }

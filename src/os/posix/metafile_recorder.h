@@ -21,10 +21,6 @@ struct Metafile : Object {
 
 class Recorder {
 public:
-    // Units of the reference device a millimetre: the frame's hundredths of a
-    // millimetre are its drawing units.
-    static constexpr int kUnitsPerMillimetre = 100;
-
     Recorder();
     ~Recorder();
     Recorder(const Recorder&) = delete;
@@ -38,6 +34,12 @@ public:
     void Select(Object* object);
     // Deletes the object in every metafile being recorded that uses it.
     static void ObjectDeleted(Object* object);
+    // The reference device's size in pixels and in millimetres, which the
+    // header gives to map the frame onto the drawing's pixels.
+    void Device(SIZEL pixels, SIZEL millimetres) {
+        m_device = pixels;
+        m_millimetres = millimetres;
+    }
     // Widens the bounds by a drawn rectangle in device units.
     void Bounds(double left, double top, double right, double bottom);
 
@@ -50,6 +52,8 @@ private:
     std::vector<Object*> m_objects{nullptr};
     std::size_t m_used = 1;
     bool m_drawn = false;
+    SIZEL m_device{1920, 1080};
+    SIZEL m_millimetres{508, 286};
     double m_bounds[4] = {0, 0, 0, 0};
 };
 

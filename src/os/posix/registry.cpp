@@ -16,19 +16,19 @@
 #include <mutex>
 
 #include "os/api/sync.h"
+#include "os/common/registry_text.h"
 #include "os/posix/code_page.h"
 #include "os/posix/environment.h"
 #include "os/posix/handle.h"
-#include "os/posix/registry_file.h"
 #include "os/posix/user_folders.h"
 
 namespace nvk::os {
 
 namespace {
 
-using posix::NoCaseLess;
-using posix::RegistryKey;
-using posix::RegistryValue;
+using common::NoCaseLess;
+using common::RegistryKey;
+using common::RegistryValue;
 
 struct Root {
     HKEY key;
@@ -42,7 +42,7 @@ const Root kRoots[] = {
 };
 
 const Root* RootByName(std::string_view name) {
-    name = posix::RegistryRootName(name);
+    name = common::RegistryRootName(name);
     for (const Root& root : kRoots) {
         if (name == root.name) {
             return &root;
@@ -90,9 +90,9 @@ LSTATUS SubkeyNames(LPCSTR subKey, std::vector<std::string>& names) {
     if (path.starts_with('\\')) {
         return ERROR_BAD_PATHNAME;
     }
-    names = posix::SplitKeyPath(path);
+    names = common::SplitKeyPath(path);
     for (const std::string& name : names) {
-        if (name.size() > posix::kMaxKeyNameLength ||
+        if (name.size() > common::kMaxKeyNameLength ||
             name.find_first_of("\r\n") != std::string::npos) {
             return ERROR_INVALID_PARAMETER;
         }
@@ -241,11 +241,11 @@ LSTATUS Load(Store& store, const Root& root, bool make, Hive*& hive, std::string
     std::string bytes = exists ? ReadFile(path, stamp) : std::string();
     RegistryKey tree;
     bool whole = true;
-    auto sections = posix::ParseRegistryText(posix::AnsiFromFileBytes(bytes), &whole);
+    auto sections = common::ParseRegistryText(posix::AnsiFromFileBytes(bytes), &whole);
     if (sections) {
-        posix::ApplySections(*sections, root.name, tree);
+        common::ApplySections(*sections, root.name, tree);
         whole = whole && std::all_of(sections->begin(), sections->end(),
-                                     [&](const posix::RegistrySection& section) {
+                                     [&](const common::RegistrySection& section) {
                                          return section.root == root.name;
                                      });
     }
@@ -364,7 +364,7 @@ LSTATUS Change(const Root& root, const std::function<LSTATUS(RegistryKey&, bool&
         struct stat info;
         if (ReplaceFile(
                 folder, path,
-                posix::Utf16FileBytes(posix::FormatRegistryText(root.name, {}, hive->tree))) &&
+                posix::Utf16FileBytes(common::FormatRegistryText(root.name, {}, hive->tree))) &&
             stat(path.c_str(), &info) == 0) {
             hive->stamp = StampOf(info);
         } else {
@@ -525,7 +525,7 @@ LSTATUS RegSetValueExA(HKEY key, LPCSTR valueName, DWORD /*reserved*/, DWORD typ
         return ERROR_INVALID_HANDLE;
     }
     std::string name = valueName != nullptr ? valueName : "";
-    if ((data == nullptr && dataSize != 0) || name.size() > posix::kMaxValueNameLength) {
+    if ((data == nullptr && dataSize != 0) || name.size() > common::kMaxValueNameLength) {
         return ERROR_INVALID_PARAMETER;
     }
     if (!Allowed(ref, KEY_SET_VALUE)) {
@@ -728,7 +728,7 @@ LSTATUS RegExportText(HKEY key, LPCSTR subKey, std::string& text) {
         if (node == nullptr) {
             return ERROR_FILE_NOT_FOUND;
         }
-        text = posix::FormatRegistryText(ref.root->name, named, *node);
+        text = common::FormatRegistryText(ref.root->name, named, *node);
         return ERROR_SUCCESS;
     });
 }
@@ -736,12 +736,12 @@ LSTATUS RegExportText(HKEY key, LPCSTR subKey, std::string& text) {
 // Sections of unknown roots were skipped by the parser, as the editors skip
 // them, so the rest of the text still comes in.
 LSTATUS RegImportText(std::string_view bytes) {
-    auto sections = posix::ParseRegistryText(posix::AnsiFromFileBytes(bytes));
+    auto sections = common::ParseRegistryText(posix::AnsiFromFileBytes(bytes));
     if (!sections) {
         return ERROR_BAD_FORMAT;
     }
     std::vector<const Root*> roots;
-    for (const posix::RegistrySection& section : *sections) {
+    for (const common::RegistrySection& section : *sections) {
         const Root* root = RootByName(section.root);
         if (std::find(roots.begin(), roots.end(), root) == roots.end()) {
             roots.push_back(root);
@@ -749,7 +749,7 @@ LSTATUS RegImportText(std::string_view bytes) {
     }
     for (const Root* root : roots) {
         LSTATUS status = Change(*root, [&](RegistryKey& tree, bool& changed) -> LSTATUS {
-            posix::ApplySections(*sections, root->name, tree);
+            common::ApplySections(*sections, root->name, tree);
             changed = true;
             return ERROR_SUCCESS;
         });

@@ -11,14 +11,6 @@ nvk::os::BOOL AppendMenuA(std::type_identity_t<nvk::os::HMENU__*> a0,
     return win32::Call<nvk::os::BOOL>(::AppendMenuA, a0, a1, a2, a3);
 }
 
-nvk::os::BOOL BitBlt(std::type_identity_t<nvk::os::HDC__*> a0, std::type_identity_t<int> a1,
-                     std::type_identity_t<int> a2, std::type_identity_t<int> a3,
-                     std::type_identity_t<int> a4, std::type_identity_t<nvk::os::HDC__*> a5,
-                     std::type_identity_t<int> a6, std::type_identity_t<int> a7,
-                     std::type_identity_t<unsigned int> a8) {
-    return win32::Call<nvk::os::BOOL>(::BitBlt, a0, a1, a2, a3, a4, a5, a6, a7, a8);
-}
-
 nvk::os::LRESULT CallWindowProcA(
     std::type_identity_t<nvk::os::LRESULT (*)(nvk::os::HWND, nvk::os::UINT, nvk::os::WPARAM,
                                               nvk::os::LPARAM)>
@@ -262,10 +254,6 @@ nvk::os::LRESULT DefWindowProcA(std::type_identity_t<nvk::os::HWND__*> a0,
 
 void DeleteCriticalSection(std::type_identity_t<nvk::os::CRITICAL_SECTION*> a0) {
     return win32::Call(::DeleteCriticalSection, a0);
-}
-
-nvk::os::BOOL DeleteDC(std::type_identity_t<nvk::os::HDC__*> a0) {
-    return win32::Call<nvk::os::BOOL>(::DeleteDC, a0);
 }
 
 nvk::os::BOOL DeleteEnhMetaFile(std::type_identity_t<nvk::os::HENHMETAFILE__*> a0) {
@@ -1069,11 +1057,6 @@ nvk::os::BOOL SetCurrentDirectoryA(std::type_identity_t<const char*> a0) {
 nvk::os::BOOL SetEndOfFile(std::type_identity_t<void*> a0) {
     FireCallHook("SetEndOfFile");
     return win32::Call<nvk::os::BOOL>(::SetEndOfFile, a0);
-}
-
-nvk::os::HENHMETAFILE SetEnhMetaFileBits(std::type_identity_t<unsigned int> a0,
-                                         std::type_identity_t<const nvk::os::BYTE*> a1) {
-    return win32::Call<nvk::os::HENHMETAFILE>(::SetEnhMetaFileBits, a0, a1);
 }
 
 nvk::os::BOOL SetEnvironmentVariableA(std::type_identity_t<const char*> a0,

@@ -16,7 +16,7 @@
 
 #include "nvk/os/types.h"
 
-namespace nvk::os::posix {
+namespace nvk::os::common {
 
 // Key and value names compare without regard to case, and keep the case they
 // were made with.
@@ -89,4 +89,4 @@ std::string FormatRegistryText(std::string_view root, const std::vector<std::str
 // Splits "a\b\\c" into its non-empty names.
 std::vector<std::string> SplitKeyPath(std::string_view path);
 
-}  // namespace nvk::os::posix
+}  // namespace nvk::os::common

@@ -1,4 +1,4 @@
-#include "os/posix/registry_file.h"
+#include "os/common/registry_text.h"
 
 #include <algorithm>
 #include <atomic>
@@ -6,11 +6,24 @@
 #include <cstdint>
 #include <cstdio>
 
-#include "os/posix/code_page.h"
+#include "os/api/nls.h"
 
-namespace nvk::os::posix {
+namespace nvk::os::common {
 
 namespace {
+
+// One character of the ANSI code page in UTF-16, and back (best fit or '?').
+char16_t WideFromAnsi(char c) {
+    char16_t unit = 0;
+    MultiByteToWideChar(CP_ACP, 0, &c, 1, &unit, 1);
+    return unit;
+}
+
+char AnsiFromWide(char16_t c) {
+    char out = '?';
+    WideCharToMultiByte(CP_ACP, 0, &c, 1, &out, 1, nullptr, nullptr);
+    return out;
+}
 
 constexpr std::string_view kHeader = "Windows Registry Editor Version 5.00";
 constexpr std::string_view kOldHeader = "REGEDIT4";
@@ -507,4 +520,4 @@ std::string FormatRegistryText(std::string_view root, const std::vector<std::str
     return out;
 }
 
-}  // namespace nvk::os::posix
+}  // namespace nvk::os::common
