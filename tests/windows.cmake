@@ -62,6 +62,7 @@ endif()
 # wine_differs: Wine answers otherwise than Windows documents, and the test
 # keeps to Windows' documented answer; or, where Windows documents nothing,
 # otherwise than the POSIX build, as the reason says.
+# A reason holds no semicolon, which would end its entry.
 set(NVK_WINDOWS_CASES_posix_only)
 # archives: the cases that read our archives with Python's zipfile or Info-ZIP
 # unzip, or run the tool from a POSIX shell.
@@ -95,7 +96,7 @@ list(APPEND NVK_WINDOWS_CASES_posix_only
     "test_os FileTest.UnmappedDrivesAndServers: NVK_DRIVES is the POSIX build's drive map, and on \
 Windows a server name is looked up on the network"
     "test_os NamedMutex.AnotherUserHasNamesOfItsOwn: the helper changes user by a POSIX user id"
-    "test_os SystemInfo.ThisSystemIsOfVersionTen: the POSIX build answers as Windows 10; Windows \
+    "test_os SystemInfo.ThisSystemIsOfVersionTen: the POSIX build answers as Windows 10. Windows \
 answers its own version (Wine's prefix is Windows 7, 6.1)"
     "test_os VolumeTest.DrivesComeFromTheMap: NVK_DRIVES is the POSIX build's drive map"
     "test_os NetworkTest.DrivesOnSharesNameTheirShare: NVK_DRIVES is the POSIX build's drive map"
@@ -109,68 +110,72 @@ POSIX shell's ulimit -v"
 the POSIX shell's ulimit -v")
 list(APPEND NVK_WINDOWS_CASES_wine_differs
     "test_os FileTest.CuttingTakesWriteAccess: Windows asks GENERIC_WRITE for TRUNCATE_EXISTING \
-and SetEndOfFile and refuses a reader; Wine 8 truncates with GENERIC_READ and answers \
+and SetEndOfFile and refuses a reader. Wine 8 truncates with GENERIC_READ and answers \
 ERROR_INVALID_HANDLE to SetEndOfFile"
     "test_os ReadOnlyFileTest.RefusesWritersEvenToTheSuperUser: Windows refuses GENERIC_WRITE on a \
-read-only file (ERROR_ACCESS_DENIED); Wine run as root opens it, checking the Unix mode only"
+read-only file (ERROR_ACCESS_DENIED). Wine run as root opens it, checking the Unix mode only"
     "test_os FileTest.LockedRegionsRefuseOtherHandlesReads: Windows fails a read of a region \
 another handle locked (ERROR_LOCK_VIOLATION) and an unlock of what was not locked \
-(ERROR_NOT_LOCKED); Wine 8 reads, and answers ERROR_LOCK_VIOLATION to the unlock"
+(ERROR_NOT_LOCKED). Wine 8 reads, and answers ERROR_LOCK_VIOLATION to the unlock"
     "test_os ShareModeTest.ALockedRegionIsUnreadableToOtherProcesses: Windows fails a read of a \
-region another process locked (ERROR_LOCK_VIOLATION); Wine 8 reads it"
+region another process locked (ERROR_LOCK_VIOLATION). Wine 8 reads it"
     "test_os FileMapping.MoreThanTheCommitLimitIsRefused: Windows commits a section of the paging \
-file whole and fails one beyond the commit limit; Wine 8 makes a terabyte"
+file whole and fails one beyond the commit limit. Wine 8 makes a terabyte"
     "test_os FileMapping.AReadOnlySectionOpenedToWriteGivesNoWritableView: Windows gives no \
-writable view of a PAGE_READONLY section, whatever the handle's rights; Wine 8 maps one through a \
+writable view of a PAGE_READONLY section, whatever the handle's rights. Wine 8 maps one through a \
 handle opened with FILE_MAP_WRITE"
     "test_os NamedMutex.HandlesDoOnlyWhatTheirRightsAllow: Windows releases a mutex only through \
-a handle with MUTEX_MODIFY_STATE (the right to release it); Wine 8 releases through a \
+a handle with MUTEX_MODIFY_STATE (the right to release it). Wine 8 releases through a \
 SYNCHRONIZE handle and opens one without any right"
     "test_os KernelText.FormattingCountsWhatItStored: Windows counts the characters wsprintfA \
-stored (1023 in its 1024 bytes); Wine 8 answers 1024"
+stored (1023 in its 1024 bytes). Wine 8 answers 1024"
     "test_os ShellFolderTest.VirtualAndUnknownFoldersHaveNoPath: Windows answers E_FAIL for a \
-folder without a path (CSIDL_DRIVES); Wine 8 answers E_INVALIDARG")
+folder without a path (CSIDL_DRIVES). Wine 8 answers E_INVALIDARG")
 # text, locale, resources, version, time
 list(APPEND NVK_WINDOWS_CASES_posix_only
     "test_os ResourceTest.*: registers resource tables under a made-up module handle, which only \
-the POSIX build has; on Windows a module's resources are the ones windres linked into it"
+the POSIX build has. On Windows a module's resources are the ones windres linked into it"
     "test_context StringModule.*: registers resource tables under a made-up module handle, which \
-only the POSIX build has; on Windows a module's resources are the ones windres linked into it"
+only the POSIX build has. On Windows a module's resources are the ones windres linked into it"
     "test_context User.FrenchAndSwissGermanUsersGetTheirTexts: sets the user's locale through \
-LANG, which the POSIX build reads; Windows takes it from the user's settings"
+LANG, which the POSIX build reads. Windows takes it from the user's settings"
     "test_os Locale.DefaultsFollowTheEnvironment: sets the default locales through LC_ALL, which \
-the POSIX build reads; Windows takes them from the user's and the system's settings"
+the POSIX build reads. Windows takes them from the user's and the system's settings"
     "test_os TimeZoneTest.TodaysRulesDecideTheDaylightTime: zones named by their zone-data names \
-(TZ=Europe/Paris and others); Windows' C runtime reads TZ only in the EST5EDT form"
-    "test_os TimeZoneTest.LocalClockFollowsTheZone: GetLocalTime follows TZ on the POSIX build; \
-on Windows it follows the system's time zone setting"
+(TZ=Europe/Paris and others). Windows' C runtime reads TZ only in the EST5EDT form"
+    "test_os TimeZoneTest.LocalClockFollowsTheZone: GetLocalTime follows TZ on the POSIX build. \
+On Windows it follows the system's time zone setting"
     "test_os ProfileTest.NameWithoutFolderIsInTheWindowsFolder: places the Windows folder through \
 the POSIX build's drive map (NVK_DRIVES)")
 list(APPEND NVK_WINDOWS_CASES_wine_differs
     "test_os NlsTest.WhatACodePageDoesNotTakeFails: Windows documents ERROR_INVALID_FLAGS for \
 MB_PRECOMPOSED with MB_COMPOSITE, for UTF-8 with flags other than MB_ERR_INVALID_CHARS, for \
 WC_ERR_INVALID_CHARS with code pages other than UTF-8 and 54936 and for unknown CompareStringA \
-flags, and ERROR_INVALID_PARAMETER for a default character with UTF-8; Wine converts or compares"
+flags, and ERROR_INVALID_PARAMETER for a default character with UTF-8. Wine converts or compares"
     "test_os Locale.SwissGermanDatesHaveLeadingZeros: Windows gives de-CH (2055) the short date \
-dd.MM.yyyy and LOCALE_IMONLZERO 1; Wine gives d.M.yyyy and 0"
+dd.MM.yyyy and LOCALE_IMONLZERO 1. Wine gives d.M.yyyy and 0"
     "test_os ProfileTest.SectionNamesCutWithTwoNulls: Windows documents that a cut list of \
-section names ends in two nulls, the size less two being returned; Wine writes one null"
+section names ends in two nulls, the size less two being returned. Wine writes one null"
     "test_os VariantTimeTest.OutsideTheRangeOfDates: Windows documents dates from 1 January 100 \
-and fixes only the day of a system time; Wine reads year 99 as 1999, takes day 0 of January 100, \
+and fixes only the day of a system time. Wine reads year 99 as 1999, takes day 0 of January 100, \
 runs hour 24 into the next day and converts a NaN"
     "test_os VersionTest.AnImageWithoutAVersion: Windows answers an image that has resources but \
-no version with the error of its resource search, ERROR_RESOURCE_TYPE_NOT_FOUND; Wine answers \
+no version with the error of its resource search, ERROR_RESOURCE_TYPE_NOT_FOUND. Wine answers \
 ERROR_RESOURCE_DATA_NOT_FOUND for every file without a version"
     "test_os ProfileTest.WritesOnlyWhatChanges: Windows rewrites only the lines a write changes \
 and keeps the rest of the file byte for byte (Wine's own tests of the profile functions mark \
-this as a difference); Wine writes the whole file anew, dropping blank lines, moving comments and \
+this as a difference). Wine writes the whole file anew, dropping blank lines, moving comments and \
 respacing keys, and answers FALSE to the cache flush of four nulls"
     "test_os ProfileTest.NegativeNumbersReadAsZero: Windows documents that GetPrivateProfileIntA \
-returns 0 for a negative value; Wine returns the negative number"
+returns 0 for a negative value. Wine returns the negative number"
     "test_os ProfileTest.RepeatedSectionsCountOnce: Windows documents nothing of a section named \
-twice; the POSIX build lists it once and reads its first part only, Wine 8 lists it twice")
+twice. The POSIX build lists it once and reads its first part only, Wine 8 lists it twice")
 # INI files and services
 list(APPEND NVK_WINDOWS_CASES_posix_only
+    "test_services NVKOptions.FourWordsFromMachineAndUserForTheApplicationAndCommon: writes \
+Software\\NVK\\Common and an application's settings under HKEY_LOCAL_MACHINE and \
+HKEY_CURRENT_USER, which on Windows are the machine's and the user's own. The POSIX build gives \
+the test a registry of its own (NVK_REGISTRY_DIR)"
     "test_config IniProfile.AClosedHandleNeverComesBackAsAnotherFiles: that a closed handle's \
 number never comes back is the POSIX layer's own guarantee, while Windows gives it to the next open"
     "test_config IniProfile.AWriteKeepsPermissionsAndFollowsLinks: POSIX file modes and a \
