@@ -123,9 +123,11 @@ open(sys.argv[2], "w").write("%f %f" % (parsed, rewritten))
         std::string line = "python3 \"" + (folder / "time.py").string() + "\" \"" +
                            (folder / "sample.ini").string() + "\" \"" +
                            (folder / "times.txt").string() + "\"";
+        nvk::os::STARTUPINFOA startup = {};
+        startup.cb = sizeof startup;
         nvk::os::PROCESS_INFORMATION process = {};
         if (nvk::os::CreateProcessA(nullptr, line.data(), nullptr, nullptr, nvk::os::FALSE, 0,
-                                    nullptr, nullptr, nullptr, &process)) {
+                                    nullptr, nullptr, &startup, &process)) {
             nvk::os::WaitForSingleObject(process.hProcess, nvk::os::INFINITE);
             nvk::os::CloseHandle(process.hThread);
             nvk::os::CloseHandle(process.hProcess);
