@@ -1,6 +1,19 @@
 // EIniFile::SectionDesc: the lines under one section header.
+#include <algorithm>
+#include <cstdint>
+#include <utility>
+#include <vector>
+
 #include "config/ini_text.h"
 #include "nvk/config/ini_file.h"
+
+namespace {
+
+std::uintptr_t Address(const Chaine& text) {
+    return reinterpret_cast<std::uintptr_t>(text.c_str());
+}
+
+}  // namespace
 
 EIniFile::SectionDesc::SectionDesc(const Chaine& /*name*/) {}
 
@@ -121,10 +134,26 @@ void EIniFile::SectionDesc::AppendTo(nvk::IniText& text) const {
             text.AddLine(m_NamedLines.GetValue(i));
         }
     } else {
+        // The lines go out in the file's order. A search of the dictionary
+        // per line would compare names without case, each behind a pointer;
+        // but a name of the order shares its text with its key, so the value
+        // is found by that text's address. A name that shares nothing is
+        // searched for as GetLine does.
+        std::vector<std::pair<std::uintptr_t, int>> keys(
+            static_cast<std::size_t>(m_NamedLines.Count()));
+        for (int i = 0; i < m_NamedLines.Count(); ++i) {
+            keys[static_cast<std::size_t>(i)] = {Address(m_NamedLines.GetKey(i)), i};
+        }
+        std::sort(keys.begin(), keys.end());
         for (int i = 0; i < m_LineOrder.Size(); ++i) {
-            text.Add(m_LineOrder[i]);
+            const Chaine& name = m_LineOrder[i];
+            const auto key = std::lower_bound(keys.begin(), keys.end(),
+                                              std::pair<std::uintptr_t, int>{Address(name), 0});
+            text.Add(name);
             text.Add('=');
-            text.AddLine(GetLine(static_cast<unsigned int>(i)));
+            text.AddLine(key != keys.end() && key->first == Address(name)
+                             ? m_NamedLines.GetValue(key->second)
+                             : GetLine(static_cast<unsigned int>(i)));
         }
     }
     for (int i = 0; i < m_UnNamedLines.Size(); ++i) {
