@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstring>
 
+#include "frame.h"
 #include "os/api/gdi.h"
 #include "os/api/kernel_text.h"
 #include "os/api/metafile.h"
@@ -68,28 +69,13 @@ void Fill(os::HDC dc, double x0, double y0, double x1, double y1) {
     os::BitBlt(dc, left, top, right - left, bottom - top, nullptr, 0, 0, os::PATCOPY);
 }
 
-// The rectangle, drawn in the pixels of the screen (the metafile's reference
-// device), as the frame's hundredths of a millimetre.
-os::RECT FrameOf(const os::RECT& rect) {
-    os::HDC screen = os::GetDC(nullptr);
-    int millimetres = os::GetDeviceCaps(screen, os::HORZSIZE) * 100;
-    int pixels = os::GetDeviceCaps(screen, os::HORZRES);
-    int millimetresDown = os::GetDeviceCaps(screen, os::VERTSIZE) * 100;
-    int pixelsDown = os::GetDeviceCaps(screen, os::VERTRES);
-    os::ReleaseDC(nullptr, screen);
-    return os::RECT{os::MulDiv(rect.left, millimetres, pixels),
-                    os::MulDiv(rect.top, millimetresDown, pixelsDown),
-                    os::MulDiv(rect.right, millimetres, pixels),
-                    os::MulDiv(rect.bottom, millimetresDown, pixelsDown)};
-}
-
 }  // namespace
 
 os::HENHMETAFILE Render(const zint_symbol& symbol, const os::RECT& rect, const os::LOGFONTA& font,
                         const BARCODERECORD& record) {
     const zint_vector& vector = *symbol.vector;
     Placement place(vector, rect, record.rotation);
-    os::RECT frame = FrameOf(rect);
+    os::RECT frame = ScreenFrame(rect);
     os::HDC dc = os::CreateEnhMetaFileA(nullptr, nullptr, &frame, "Dlsbar32\0bar code\0");
     if (dc == nullptr) {
         return nullptr;

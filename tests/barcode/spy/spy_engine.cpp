@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "barcode/frame.h"
 #include "os/api/gdi.h"
 #include "os/api/kernel_text.h"
 #include "os/api/metafile.h"
@@ -63,16 +64,7 @@ SPY_EXPORT void* BarCodemx(os::HDC, os::HMODULE module, os::RECT* rect, os::LOGF
         record->status = 4;
         return nullptr;
     }
-    // The frame of the rectangle's screen pixels, the reference device's.
-    os::HDC screen = os::GetDC(nullptr);
-    int across = os::GetDeviceCaps(screen, os::HORZSIZE) * 100;
-    int pixels = os::GetDeviceCaps(screen, os::HORZRES);
-    int down = os::GetDeviceCaps(screen, os::VERTSIZE) * 100;
-    int pixelsDown = os::GetDeviceCaps(screen, os::VERTRES);
-    os::ReleaseDC(nullptr, screen);
-    os::RECT frame{os::MulDiv(rect->left, across, pixels), os::MulDiv(rect->top, down, pixelsDown),
-                   os::MulDiv(rect->right, across, pixels),
-                   os::MulDiv(rect->bottom, down, pixelsDown)};
+    os::RECT frame = dlsbar::ScreenFrame(*rect);
     os::HDC dc = os::CreateEnhMetaFileA(nullptr, nullptr, &frame, nullptr);
     os::SelectObject(dc, os::GetStockObject(os::BLACK_BRUSH));
     os::BitBlt(dc, rect->left, rect->top, rect->right - rect->left, rect->bottom - rect->top,
