@@ -118,6 +118,19 @@ std::string UndecoratedName(std::string_view name) {
     return std::string(name.substr(1, at - 1));
 }
 
+// The loaded object that holds `address`; null, with ERROR_MOD_NOT_FOUND, for
+// an address outside every one.
+link_map* LinkMapOf(LPCVOID address) {
+    Dl_info info;
+    link_map* map = nullptr;
+    if (dladdr1(address, &info, reinterpret_cast<void**>(&map), RTLD_DL_LINKMAP) == 0 ||
+        map == nullptr) {
+        SetErrorCode(ERROR_MOD_NOT_FOUND);
+        return nullptr;
+    }
+    return map;
+}
+
 }  // namespace
 
 HMODULE LoadLibraryA(LPCSTR fileName) {
@@ -219,11 +232,8 @@ HMODULE GetModuleHandleA(LPCSTR moduleName) {
 }
 
 HMODULE ModuleFromAddress(LPCVOID address) {
-    Dl_info info;
-    link_map* map = nullptr;
-    if (dladdr1(address, &info, reinterpret_cast<void**>(&map), RTLD_DL_LINKMAP) == 0 ||
-        map == nullptr) {
-        SetErrorCode(ERROR_MOD_NOT_FOUND);
+    link_map* map = LinkMapOf(address);
+    if (map == nullptr) {
         return nullptr;
     }
     SetErrorCode(ERROR_SUCCESS);
@@ -234,11 +244,8 @@ HMODULE ModuleFromAddress(LPCVOID address) {
 }
 
 BOOL PinModule(LPCVOID address) {
-    Dl_info info;
-    link_map* map = nullptr;
-    if (dladdr1(address, &info, reinterpret_cast<void**>(&map), RTLD_DL_LINKMAP) == 0 ||
-        map == nullptr) {
-        SetErrorCode(ERROR_MOD_NOT_FOUND);
+    link_map* map = LinkMapOf(address);
+    if (map == nullptr) {
         return FALSE;
     }
     // The program itself never unloads. A module opened again with
