@@ -1,12 +1,15 @@
 #!/usr/bin/env python3
 """Writes src/os/win32/layout_check.cpp: compile-time proof, in the Windows
 build, that the OS layer's types and constants are Windows' own. The layer's
-structs are handed to the system by reinterpret_cast and its numbers by
-static_cast (src/os/win32/forward.h), so a field out of place or a constant
-off by one would pass silently. For every struct or union of nvk::os that
-Windows names too, the file asserts the same size, alignment and offset of
-each field of the same name, and the size of that field; for every integer constant of nvk::os that
-Windows names (a macro, an enumerator or a constant), the same value.
+structs are handed to the system by reinterpret_cast (src/os/win32/forward.h),
+so a field out of place or a constant off by one would pass silently. For
+every struct or union of nvk::os that Windows names too, the file asserts the
+same size, alignment and offset of each field of the same name, and the size
+of that field; for every integer constant of nvk::os that Windows names (a
+macro, an enumerator or a constant), the same value; for every other type
+name of nvk::os that Windows names (numbers, characters, handles, pointers to
+them and callbacks), the very same type, so that a program's values of
+<windows.h> pass to the layer unchanged.
 
 Reads the layer's headers through the forwarder script's syntax tree, and
 Windows' headers (those that src/os/win32/forward.h includes) through
@@ -29,6 +32,12 @@ OWN = {
                    " QS_POINTER) from it; the layer has neither input and keeps the value every"
                    " version accepts",
 }
+# The layer's type names that Windows also names but that deliberately stay the
+# layer's own type, with the reason.
+TYPES = {
+    "FARPROC": "the layer's entry points are void (*)(), which any function pointer type is"
+               " cast from and to without a warning; Windows' return an INT_PTR",
+}
 # The layer's structs that deliberately differ from Windows' in size: how the
 # layer's size and alignment compare with Windows' (None: not at all), and why.
 LAYOUTS = {
@@ -47,7 +56,7 @@ INTEGERS = {"char", "signed char", "unsigned char", "short", "unsigned short", "
 def windows_includes():
     with open("src/os/win32/forward.h") as header:
         return "".join(line for line in header if re.match(r"#include <", line)
-                       and "<bit>" not in line and "<type_traits>" not in line)
+                       and "<type_traits>" not in line)
 
 
 def fields(record, prefix=""):
@@ -70,9 +79,9 @@ def fields(record, prefix=""):
 
 
 def layer():
-    """The layer's complete records, integer constants (enumerators too) and
-    pointer constants."""
-    records, constants, pointers, enums = {}, {}, [], set()
+    """The layer's complete records, integer constants (enumerators too),
+    pointer constants and type names (with the type each stands for)."""
+    records, constants, pointers, enums, aliases = {}, {}, [], set(), {}
 
     def walk(node, names):
         if node.get("kind") == "NamespaceDecl":
@@ -81,6 +90,9 @@ def layer():
         if names == ["nvk", "os"] and kind != "NamespaceDecl":
             if kind == "CXXRecordDecl" and node.get("completeDefinition") and node.get("name"):
                 records[node["name"]] = node
+            elif kind in ("TypeAliasDecl", "TypedefDecl"):
+                aliases[node["name"]] = node["type"].get("desugaredQualType",
+                                                         node["type"]["qualType"])
             elif kind == "EnumDecl":
                 enums.add(f"nvk::os::{node.get('name')}")
                 constants.update((c["name"], "enum") for c in node.get("inner", [])
@@ -97,7 +109,7 @@ def layer():
             walk(child, names)
 
     walk(layer_tree(), [])
-    return records, constants, pointers
+    return records, constants, pointers, aliases
 
 
 def top_level(text):
@@ -115,15 +127,15 @@ def top_level(text):
 
 
 def windows():
-    """Windows' records by name (tag or typedef), and the names it gives
-    numbers: macros, enumerators and constants."""
+    """Windows' records by name (tag or typedef), the names it gives
+    numbers (macros, enumerators and constants), and its type names."""
     source = windows_includes()
     # Windows' headers take their intrinsics from clang's own headers.
     system = (MINGW,)
     macros = set(re.findall(r"^#define (\w+)[ \n]",
                             clang(source, ["-E", "-dM"], system), re.M))
     text = clang(source, ["-Xclang", "-ast-dump=json", "-fsyntax-only"], system)
-    by_id, names, numbers = {}, {}, set()
+    by_id, names, numbers, typedefs = {}, {}, set(), set()
 
     def visit(node):
         kind = node.get("kind")
@@ -132,6 +144,7 @@ def windows():
             if node.get("name"):
                 names[node["name"]] = node["id"]
         elif kind == "TypedefDecl":
+            typedefs.add(node["name"])
             target = (node.get("inner") or [{}])[0]
             while target.get("kind") in ("ElaboratedType", "TypedefType", "ParenType"):
                 target = (target.get("inner") or [{}])[0]
@@ -150,12 +163,24 @@ def windows():
     for node in top_level(text):
         visit(node)
     records = {name: by_id[i] for name, i in names.items() if i in by_id}
-    return records, macros, numbers
+    return records, macros, numbers, typedefs
+
+
+def own_structs(aliases):
+    """The layer's type names that stand for one of its structs, or for a
+    pointer, reference or callback taking one: those are the layer's own."""
+    def of_struct(name, seen=()):
+        if name not in aliases:
+            return True
+        return name not in seen and any(
+            of_struct(used, seen + (name,))
+            for used in re.findall(r"nvk::os::(\w+)", aliases[name]))
+    return {name for name in aliases if of_struct(name)}
 
 
 def main():
-    ours, constants, pointers = layer()
-    theirs, macros, numbers = windows()
+    ours, constants, pointers, aliases = layer()
+    theirs, macros, numbers, typedefs = windows()
     out = sys.stdout
     out.write("// Generated by scripts/win32_layout_check.py: proves, as the Windows build\n"
               "// compiles, that the OS layer's structs have Windows' sizes, alignments,\n"
@@ -223,13 +248,25 @@ def main():
         out.write(f"static_assert(nvk::os::layout::SameValue(nvk::os::layout::{name}_, {name}));\n")
         if guard:
             out.write("#endif\n")
+    structural = own_structs(aliases)
+    shared = sorted(n for n in aliases if n in typedefs and n not in TYPES)
+    out.write("\n// The layer's numbers, characters, handles and callbacks are Windows' own.\n")
+    for name in (n for n in shared if n not in structural):
+        out.write(f"static_assert(std::is_same_v<nvk::os::{name}, ::{name}>);\n")
+    if any(n in structural for n in shared):
+        out.write("\n// Standing for the layer's own structs, which share only their layout with\n"
+                  "// Windows':\n"
+                  f"//   {', '.join(n for n in shared if n in structural)}.\n")
+    for name in sorted(n for n in TYPES if n in aliases):
+        out.write(f"\n// {name}: {TYPES[name]}.\n")
     skipped = sorted(n for n in pointers if n in macros or n in numbers)
     if skipped:
         out.write("\n// Pointers on both sides, whose numbers no constant expression gives back:\n"
                   f"//   {', '.join(skipped)}.\n")
     for name in sorted(n for n in OWN if n in constants):
         out.write(f"\n// {name}: {OWN[name]}.\n")
-    print(f"{structs} structs, {offsets} field offsets, {len(checked)} constants; "
+    print(f"{structs} structs, {offsets} field offsets, {len(checked)} constants, "
+          f"{len([n for n in shared if n not in structural])} types; "
           f"fields named otherwise in {', '.join(mismatched) or 'none'}", file=sys.stderr)
 
 

@@ -29,9 +29,12 @@ struct TableRegistration {
     os::HMODULE Module;
 };
 
+// A string table's UTF-16 units, as the system's wide calls take them.
+using WideText = std::basic_string<os::WCHAR>;
+
 // String `place` of a block: each place is a 16-bit length and that many
 // units. A walk that leaves the block, or an empty block, gives nothing.
-bool ReadBlock(os::HMODULE module, os::HRSRC resource, unsigned place, std::u16string& text) {
+bool ReadBlock(os::HMODULE module, os::HRSRC resource, unsigned place, WideText& text) {
     text.clear();
     os::DWORD size = os::SizeofResource(module, resource);
     if (size == 0) {
@@ -41,7 +44,7 @@ bool ReadBlock(os::HMODULE module, os::HRSRC resource, unsigned place, std::u16s
     if (data == nullptr) {
         return false;
     }
-    const auto* units = static_cast<const char16_t*>(os::LockResource(data));
+    const auto* units = static_cast<const os::WCHAR*>(os::LockResource(data));
     std::size_t count = size / 2;
     std::size_t at = 0;
     for (unsigned i = 0; i < place && at < count; ++i) {
@@ -58,7 +61,7 @@ bool ReadBlock(os::HMODULE module, os::HRSRC resource, unsigned place, std::u16s
 
 // The text in the ANSI code page; the wide buffer is taken with its
 // terminator, as the system's loader hands it over.
-Chaine ToAnsi(const std::u16string& text) {
+Chaine ToAnsi(const WideText& text) {
     constexpr os::DWORD kCompositeCheck = 0x200;
     const int size = static_cast<int>(text.size()) + 1;
     const int n = os::WideCharToMultiByte(os::CP_ACP, kCompositeCheck, text.c_str(), size, nullptr,
@@ -90,7 +93,7 @@ os::HMODULE FindStringModule(unsigned id) {
 
 bool LoadStringIn(Chaine& value, unsigned id, os::HMODULE module, std::uint16_t language) {
     os::LPCSTR block = os::MAKEINTRESOURCEA(StringBlock(id));
-    std::u16string text;
+    WideText text;
     bool loaded = false;
     if (os::HRSRC resource = os::FindResourceExA(module, os::RT_STRING, block, language)) {
         loaded = ReadBlock(module, resource, id & 15, text);

@@ -20,7 +20,7 @@ HANDLE g_ProcessMutex = nullptr;
 
 void FormatName(char* name, std::size_t size, const char* kind) {
     std::snprintf(name, size, "NVK_EProcessSingleton_%s_%d_%x", kind, EProcessSingleton::kVersion,
-                  GetCurrentProcessId());
+                  static_cast<unsigned>(GetCurrentProcessId()));
 }
 
 void CloseProcessLock() {

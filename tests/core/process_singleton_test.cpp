@@ -19,7 +19,7 @@ public:
     Table() {
         char name[64];
         std::snprintf(name, sizeof name, "NVK_EProcessSingleton_Mapping_%d_%x", 1006,
-                      GetCurrentProcessId());
+                      static_cast<unsigned>(GetCurrentProcessId()));
         m_Mapping = OpenFileMappingA(FILE_MAP_WRITE, FALSE, name);
         if (m_Mapping != nullptr) {
             m_Section = static_cast<SingletonSection*>(

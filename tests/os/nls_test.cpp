@@ -12,10 +12,12 @@
 namespace nvk::os {
 namespace {
 
-std::u16string Wide(UINT codePage, const std::string& text, DWORD flags = 0) {
+using Text = std::basic_string<WCHAR>;
+
+Text Wide(UINT codePage, const std::string& text, DWORD flags = 0) {
     const int n = MultiByteToWideChar(codePage, flags, text.data(), static_cast<int>(text.size()),
                                       nullptr, 0);
-    std::u16string wide(static_cast<std::size_t>(n), u'\0');
+    Text wide(static_cast<std::size_t>(n), WCHAR{});
     if (n > 0) {
         EXPECT_EQ(MultiByteToWideChar(codePage, flags, text.data(), static_cast<int>(text.size()),
                                       wide.data(), n),
@@ -24,7 +26,7 @@ std::u16string Wide(UINT codePage, const std::string& text, DWORD flags = 0) {
     return wide;
 }
 
-std::string Narrow(UINT codePage, const std::u16string& wide, LPCSTR defaultChar = nullptr,
+std::string Narrow(UINT codePage, const Text& wide, LPCSTR defaultChar = nullptr,
                    BOOL* used = nullptr) {
     char out[64] = {};
     const int n = WideCharToMultiByte(codePage, 0, wide.data(), static_cast<int>(wide.size()), out,
@@ -34,17 +36,17 @@ std::string Narrow(UINT codePage, const std::u16string& wide, LPCSTR defaultChar
 
 TEST(NlsTest, AnsiOemAndUtf8CodePages) {
     // 0x80 is the euro sign in Windows-1252, 0x81 an unassigned byte kept as U+0081.
-    EXPECT_EQ(Wide(CP_ACP, "\x80\x81\xE9"), u"\u20AC\u0081\u00E9");
-    EXPECT_EQ(Wide(850, "\x82\x9C"), u"\u00E9\u00A3");
-    EXPECT_EQ(Wide(CP_UTF8, "\xC3\xA9t\xC3\xA9"), u"\u00E9t\u00E9");
-    EXPECT_EQ(Wide(CP_UTF8, "a\xFF"), u"a\uFFFD");
-    EXPECT_EQ(Narrow(CP_UTF8, u"\u20AC"), "\xE2\x82\xAC");
-    EXPECT_EQ(Narrow(1252, u"\u20AC\u00E9"), "\x80\xE9");
+    EXPECT_EQ(Wide(CP_ACP, "\x80\x81\xE9"), NVK_WIDE("\u20AC\u0081\u00E9"));
+    EXPECT_EQ(Wide(850, "\x82\x9C"), NVK_WIDE("\u00E9\u00A3"));
+    EXPECT_EQ(Wide(CP_UTF8, "\xC3\xA9t\xC3\xA9"), NVK_WIDE("\u00E9t\u00E9"));
+    EXPECT_EQ(Wide(CP_UTF8, "a\xFF"), NVK_WIDE("a\uFFFD"));
+    EXPECT_EQ(Narrow(CP_UTF8, NVK_WIDE("\u20AC")), "\xE2\x82\xAC");
+    EXPECT_EQ(Narrow(1252, NVK_WIDE("\u20AC\u00E9")), "\x80\xE9");
 
     BOOL used = FALSE;
-    EXPECT_EQ(Narrow(CP_ACP, u"a\u4E00", " ", &used), "a ");
+    EXPECT_EQ(Narrow(CP_ACP, NVK_WIDE("a\u4E00"), " ", &used), "a ");
     EXPECT_TRUE(used);
-    EXPECT_EQ(Narrow(CP_ACP, u"\u4E00"), "?");
+    EXPECT_EQ(Narrow(CP_ACP, NVK_WIDE("\u4E00")), "?");
 
     char ansi[] = "\xE9l\xE8ve \xA3";
     ASSERT_TRUE(CharToOemA(ansi, ansi));  // in place
@@ -58,7 +60,7 @@ TEST(NlsTest, SizesTerminatorsAndErrors) {
     WCHAR wide[8];
     EXPECT_EQ(MultiByteToWideChar(CP_ACP, 0, "abc", -1, nullptr, 0), 4);  // with the terminator
     EXPECT_EQ(MultiByteToWideChar(CP_ACP, 0, "abc", -1, wide, 8), 4);
-    EXPECT_EQ(wide[3], u'\0');
+    EXPECT_EQ(wide[3], WCHAR{});
     EXPECT_EQ(MultiByteToWideChar(CP_ACP, 0, "abcdef", 6, wide, 4), 0);
     EXPECT_EQ(GetLastError(), ERROR_INSUFFICIENT_BUFFER);
     EXPECT_EQ(MultiByteToWideChar(CP_ACP, 0, "abc", 0, wide, 8), 0);
@@ -70,10 +72,11 @@ TEST(NlsTest, SizesTerminatorsAndErrors) {
 
     // A short destination takes whole characters only.
     char out[4] = {'#', '#', '#', '#'};
-    EXPECT_EQ(WideCharToMultiByte(CP_UTF8, 0, u"a\u00E9\u00E9", 3, out, 4, nullptr, nullptr), 0);
+    EXPECT_EQ(
+        WideCharToMultiByte(CP_UTF8, 0, NVK_WIDE("a\u00E9\u00E9"), 3, out, 4, nullptr, nullptr), 0);
     EXPECT_EQ(GetLastError(), ERROR_INSUFFICIENT_BUFFER);
     EXPECT_EQ(std::string(out, 4), "a\xC3\xA9#");
-    const std::u16string lone(1, static_cast<char16_t>(0xD800));
+    const Text lone(1, static_cast<WCHAR>(0xD800));
     EXPECT_EQ(Narrow(CP_UTF8, lone), "\xEF\xBF\xBD");
 }
 
@@ -96,26 +99,29 @@ TEST(NlsTest, CompareStringByLocaleAndFlags) {
 }
 
 TEST(NlsTest, WindowsTablesAndBestFit) {
-    EXPECT_EQ(Wide(437, "\xE6"), u"\u00B5");  // micro sign, both ways
-    EXPECT_EQ(Narrow(437, u"\u00B5"), "\xE6");
-    EXPECT_EQ(Wide(1250, "\xB9"), u"\u0105");
-    EXPECT_EQ(Wide(1251, "\xC0"), u"\u0410");
+    EXPECT_EQ(Wide(437, "\xE6"), NVK_WIDE("\u00B5"));  // micro sign, both ways
+    EXPECT_EQ(Narrow(437, NVK_WIDE("\u00B5")), "\xE6");
+    EXPECT_EQ(Wide(1250, "\xB9"), NVK_WIDE("\u0105"));
+    EXPECT_EQ(Wide(1251, "\xC0"), NVK_WIDE("\u0410"));
 
     BOOL used = TRUE;
-    EXPECT_EQ(Narrow(1252, u"\u0100\u0108\uFF21", nullptr, &used), "ACA");
+    EXPECT_EQ(Narrow(1252, NVK_WIDE("\u0100\u0108\uFF21"), nullptr, &used), "ACA");
     EXPECT_FALSE(used);  // a best fit is no default character
-    EXPECT_EQ(Narrow(850, u"\u0100\u0108"), "AC");
+    EXPECT_EQ(Narrow(850, NVK_WIDE("\u0100\u0108")), "AC");
     char out[8] = {};
-    EXPECT_EQ(WideCharToMultiByte(1252, WC_NO_BEST_FIT_CHARS, u"\u0100", 1, out, 8, nullptr, &used),
+    EXPECT_EQ(WideCharToMultiByte(1252, WC_NO_BEST_FIT_CHARS, NVK_WIDE("\u0100"), 1, out, 8,
+                                  nullptr, &used),
               1);
     EXPECT_EQ(out[0], '?');
     EXPECT_TRUE(used);
     // A character a short destination stopped before was not replaced.
     for (const UINT codePage : {1252u, 932u}) {
-        EXPECT_EQ(WideCharToMultiByte(codePage, 0, u"ab\u0E01", 3, out, 2, nullptr, &used), 0);
+        EXPECT_EQ(WideCharToMultiByte(codePage, 0, NVK_WIDE("ab\u0E01"), 3, out, 2, nullptr, &used),
+                  0);
         EXPECT_EQ(GetLastError(), ERROR_INSUFFICIENT_BUFFER);
         EXPECT_FALSE(used);
-        EXPECT_EQ(WideCharToMultiByte(codePage, 0, u"ab\u0E01", 3, out, 3, nullptr, &used), 3);
+        EXPECT_EQ(WideCharToMultiByte(codePage, 0, NVK_WIDE("ab\u0E01"), 3, out, 3, nullptr, &used),
+                  3);
         EXPECT_TRUE(used);
     }
 }
@@ -130,7 +136,7 @@ TEST(NlsTest, LongTextsConvertAsTheirBytesDo) {
         text += static_cast<char>(i % 97 < 60 ? byte & 0x7F : (byte == 0 ? 1 : byte));
     }
     for (const UINT codePage : {1252u, 850u, 437u, 1250u}) {
-        const std::u16string wide = Wide(codePage, text);
+        const Text wide = Wide(codePage, text);
         ASSERT_EQ(wide.size(), text.size());
         for (std::size_t i = 0; i < text.size(); ++i) {
             ASSERT_EQ(wide[i], Wide(codePage, text.substr(i, 1))[0]) << codePage << " at " << i;
@@ -148,26 +154,26 @@ TEST(NlsTest, FlagsSizesAndTheLastError) {
     char out[8];
     EXPECT_EQ(MultiByteToWideChar(CP_ACP, 0x100, "a", 1, wide, 8), 0);
     EXPECT_EQ(GetLastError(), ERROR_INVALID_FLAGS);
-    const std::u16string lone(1, static_cast<char16_t>(0xDC00));
+    const Text lone(1, static_cast<WCHAR>(0xDC00));
     EXPECT_EQ(WideCharToMultiByte(CP_UTF8, WC_ERR_INVALID_CHARS, lone.data(), 1, out, 8, nullptr,
                                   nullptr),
               0);
     EXPECT_EQ(GetLastError(), ERROR_NO_UNICODE_TRANSLATION);
     BOOL used = FALSE;
-    EXPECT_EQ(WideCharToMultiByte(CP_UTF7, 0, u"a", 1, out, 8, nullptr, &used), 0);
+    EXPECT_EQ(WideCharToMultiByte(CP_UTF7, 0, NVK_WIDE("a"), 1, out, 8, nullptr, &used), 0);
     EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
-    EXPECT_EQ(WideCharToMultiByte(CP_UTF7, 0, u"a", 1, out, 8, "?", nullptr), 0);
+    EXPECT_EQ(WideCharToMultiByte(CP_UTF7, 0, NVK_WIDE("a"), 1, out, 8, "?", nullptr), 0);
     EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
 
     // Any negative size reads up to the terminator.
     EXPECT_EQ(MultiByteToWideChar(CP_ACP, 0, "abc", -7, nullptr, 0), 4);
-    EXPECT_EQ(WideCharToMultiByte(CP_UTF8, 0, u"ab", -2, nullptr, 0, nullptr, nullptr), 3);
+    EXPECT_EQ(WideCharToMultiByte(CP_UTF8, 0, NVK_WIDE("ab"), -2, nullptr, 0, nullptr, nullptr), 3);
 
     // Calls that succeed leave the last error as it was.
     SetLastError(1234);
     EXPECT_EQ(MultiByteToWideChar(CP_ACP, 0, "abc", 3, wide, 8), 3);
-    EXPECT_EQ(WideCharToMultiByte(CP_ACP, 0, u"abc", 3, out, 8, nullptr, nullptr), 3);
-    EXPECT_EQ(WideCharToMultiByte(CP_UTF8, 0, u"abc", 3, out, 8, nullptr, nullptr), 3);
+    EXPECT_EQ(WideCharToMultiByte(CP_ACP, 0, NVK_WIDE("abc"), 3, out, 8, nullptr, nullptr), 3);
+    EXPECT_EQ(WideCharToMultiByte(CP_UTF8, 0, NVK_WIDE("abc"), 3, out, 8, nullptr, nullptr), 3);
     EXPECT_EQ(CompareStringA(1036, 0, "a", -1, "b", -1), CSTR_LESS_THAN);
     EXPECT_GT(GetLocaleInfoA(1036, LOCALE_SMONTHNAME1, out, sizeof out), 0);
     EXPECT_EQ(GetLastError(), 1234u);
@@ -182,10 +188,11 @@ TEST(NlsTest, WhatACodePageDoesNotTakeFails) {
     EXPECT_EQ(GetLastError(), ERROR_INVALID_FLAGS);
     EXPECT_EQ(MultiByteToWideChar(CP_UTF8, MB_PRECOMPOSED, "a", 1, wide, 8), 0);
     EXPECT_EQ(GetLastError(), ERROR_INVALID_FLAGS);
-    EXPECT_EQ(WideCharToMultiByte(1252, WC_ERR_INVALID_CHARS, u"a", 1, out, 8, nullptr, nullptr),
-              0);
+    EXPECT_EQ(
+        WideCharToMultiByte(1252, WC_ERR_INVALID_CHARS, NVK_WIDE("a"), 1, out, 8, nullptr, nullptr),
+        0);
     EXPECT_EQ(GetLastError(), ERROR_INVALID_FLAGS);
-    EXPECT_EQ(WideCharToMultiByte(CP_UTF8, 0, u"a", 1, out, 4, "?", nullptr), 0);
+    EXPECT_EQ(WideCharToMultiByte(CP_UTF8, 0, NVK_WIDE("a"), 1, out, 4, "?", nullptr), 0);
     EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
     EXPECT_EQ(CompareStringA(1036, 0x40000000, "a", -1, "b", -1), 0);
     EXPECT_EQ(GetLastError(), ERROR_INVALID_FLAGS);

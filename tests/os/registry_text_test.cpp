@@ -178,11 +178,11 @@ TEST(RegistryTextTest, WhatTheWriterWritesReadsBackTheSame) {
 
 // The text as the editor's Unicode files hold it: UTF-16LE behind its mark.
 std::string Utf16Bytes(const std::string& text) {
-    std::u16string wide(text.size(), u'\0');
+    std::basic_string<WCHAR> wide(text.size(), WCHAR{});
     MultiByteToWideChar(CP_ACP, 0, text.data(), static_cast<int>(text.size()), wide.data(),
                         static_cast<int>(wide.size()));
     std::string bytes = "\xFF\xFE";
-    for (char16_t unit : wide) {
+    for (WCHAR unit : wide) {
         bytes += static_cast<char>(unit & 0xFF);
         bytes += static_cast<char>(unit >> 8);
     }

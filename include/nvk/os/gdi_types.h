@@ -4,23 +4,26 @@
 
 #include "nvk/os/types.h"
 
+struct HDC__;
+struct HPEN__;
+struct HBRUSH__;
+struct HFONT__;
+struct HBITMAP__;
+struct HENHMETAFILE__;
+
 namespace nvk::os {
 
 // The same alias as the window headers give it.
 using LPARAM = LONG_PTR;
 
-struct HDC__;
-using HDC = HDC__*;
-struct HGDIOBJ__;
-using HGDIOBJ = HGDIOBJ__*;
-// The object handles convert to HGDIOBJ as in the system's headers, where
-// they are all one opaque kind.
-using HPEN = HGDIOBJ;
-using HBRUSH = HGDIOBJ;
-using HFONT = HGDIOBJ;
-using HBITMAP = HGDIOBJ;
-struct HENHMETAFILE__;
-using HENHMETAFILE = HENHMETAFILE__*;
+using HDC = ::HDC__*;
+// Any object: each kind's handle converts to it, and back by a cast.
+using HGDIOBJ = void*;
+using HPEN = ::HPEN__*;
+using HBRUSH = ::HBRUSH__*;
+using HFONT = ::HFONT__*;
+using HBITMAP = ::HBITMAP__*;
+using HENHMETAFILE = ::HENHMETAFILE__*;
 
 // 0x00BBGGRR.
 using COLORREF = DWORD;

@@ -3,10 +3,11 @@
 
 #include "nvk/os/types.h"
 
+struct HMENU__;
+
 namespace nvk::os {
 
-struct HMENU__;
-using HMENU = HMENU__*;
+using HMENU = ::HMENU__*;
 using UINT_PTR = ULONG_PTR;
 
 inline constexpr UINT MF_BYCOMMAND = 0x0000;

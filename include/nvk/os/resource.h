@@ -6,11 +6,12 @@
 
 #include "nvk/os/types.h"
 
+struct HRSRC__;
+
 namespace nvk::os {
 
-struct ResourceEntry;
-using HRSRC = const ResourceEntry*;
-using HGLOBAL = const void*;
+using HRSRC = ::HRSRC__*;
+using HGLOBAL = void*;
 
 // A type or name is a text, or a number in a pointer whose upper bits are 0.
 inline LPCSTR MAKEINTRESOURCEA(WORD id) {

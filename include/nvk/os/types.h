@@ -1,18 +1,47 @@
 // The Win32 types and constants that the library's code is written in. The OS
 // layer (nvk::os) takes and returns these on every platform.
+//
+// On Windows the numbers, characters and handles are the very types of the
+// system's headers, so that a program holding values of <windows.h> passes
+// them to the library as they are (this header does not include it: its
+// macros would rename the library's own functions). Elsewhere they keep
+// Windows' sizes. The structs are the library's own everywhere, laid out as
+// Windows lays out its own.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
+
+// Each handle points to an incomplete tag of the global namespace, as
+// Windows declares its handles.
+struct HINSTANCE__;
+struct HWND__;
+struct HKEY__;
+
+// A literal of WCHAR text: NVK_WIDE("\u00E9t\u00E9").
+#ifdef _WIN32
+#define NVK_WIDE(text) L##text
+#else
+#define NVK_WIDE(text) u##text
+#endif
 
 namespace nvk::os {
 
 using BOOL = int;
 using BYTE = std::uint8_t;
 using WORD = std::uint16_t;
+#ifdef _WIN32
+using DWORD = unsigned long;
+using LONG = long;
+using ULONG = unsigned long;
+using WCHAR = wchar_t;
+#else
 using DWORD = std::uint32_t;
 using LONG = std::int32_t;
 using ULONG = std::uint32_t;
+// UTF-16 code units, as Windows stores them in files and resources.
+using WCHAR = char16_t;
+#endif
 using UINT = unsigned int;
 using LONGLONG = std::int64_t;
 using ULONGLONG = std::uint64_t;
@@ -23,7 +52,6 @@ using LPVOID = void*;
 using LPCVOID = const void*;
 using LPSTR = char*;
 using LPCSTR = const char*;
-using WCHAR = char16_t;
 using LPWSTR = WCHAR*;
 using LPCWSTR = const WCHAR*;
 using LPDWORD = DWORD*;
@@ -32,8 +60,7 @@ using LCID = DWORD;
 using LANGID = WORD;
 
 using HANDLE = void*;
-struct HINSTANCE__;
-using HINSTANCE = HINSTANCE__*;
+using HINSTANCE = ::HINSTANCE__*;
 using HMODULE = HINSTANCE;
 using FARPROC = void (*)();
 
@@ -189,8 +216,7 @@ inline constexpr int CSIDL_COMMON_APPDATA = 35;
 inline constexpr int CSIDL_PROGRAM_FILES = 38;
 inline constexpr int CSIDL_COMMON_DOCUMENTS = 46;
 inline constexpr int CSIDL_FLAG_CREATE = 0x8000;
-struct HWND__;
-using HWND = HWND__*;
+using HWND = ::HWND__*;
 
 struct SECURITY_ATTRIBUTES {
     DWORD nLength;
@@ -260,8 +286,7 @@ union ULARGE_INTEGER {
 using PULARGE_INTEGER = ULARGE_INTEGER*;
 
 // The registry.
-struct HKEY__;
-using HKEY = HKEY__*;
+using HKEY = ::HKEY__*;
 using PHKEY = HKEY*;
 using REGSAM = DWORD;
 using LPBYTE = BYTE*;

@@ -12,9 +12,9 @@
 #include "nvk/afx/object.h"
 #include "nvk/nvkutil_export.h"
 
-namespace nvk::os {
 struct HCONV__;
-using HCONV = HCONV__*;
+namespace nvk::os {
+using HCONV = ::HCONV__*;
 }  // namespace nvk::os
 
 class CDDEServer;

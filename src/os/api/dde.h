@@ -18,14 +18,15 @@
 
 #include "nvk/os/types.h"
 
+struct HCONV__;
+struct HSZ__;
+struct HDDEDATA__;
+
 namespace nvk::os {
 
-struct HCONV__;
-using HCONV = HCONV__*;
-struct HSZ__;
-using HSZ = HSZ__*;
-struct HDDEDATA__;
-using HDDEDATA = HDDEDATA__*;
+using HCONV = ::HCONV__*;
+using HSZ = ::HSZ__*;
+using HDDEDATA = ::HDDEDATA__*;
 struct CONVCONTEXT;
 using PCONVCONTEXT = CONVCONTEXT*;
 using LPBYTE = BYTE*;

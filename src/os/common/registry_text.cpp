@@ -13,13 +13,13 @@ namespace nvk::os::common {
 namespace {
 
 // One character of the ANSI code page in UTF-16, and back (best fit or '?').
-char16_t WideFromAnsi(char c) {
-    char16_t unit = 0;
+WCHAR WideFromAnsi(char c) {
+    WCHAR unit = 0;
     MultiByteToWideChar(CP_ACP, 0, &c, 1, &unit, 1);
     return unit;
 }
 
-char AnsiFromWide(char16_t c) {
+char AnsiFromWide(WCHAR c) {
     char out = '?';
     WideCharToMultiByte(CP_ACP, 0, &c, 1, &out, 1, nullptr, nullptr);
     return out;
@@ -203,8 +203,8 @@ bool ParseData(std::string_view text, bool unicode, const std::vector<std::strin
         std::string text8;
         for (std::size_t i = 0; i + 1 < bytes.size(); i += 2) {
             text8 +=
-                AnsiFromWide(static_cast<char16_t>(static_cast<unsigned char>(bytes[i]) |
-                                                   static_cast<unsigned char>(bytes[i + 1]) << 8));
+                AnsiFromWide(static_cast<WCHAR>(static_cast<unsigned char>(bytes[i]) |
+                                                static_cast<unsigned char>(bytes[i + 1]) << 8));
         }
         bytes = std::move(text8);
     }
@@ -303,7 +303,7 @@ std::string FormatValue(const RegistryValue& value) {
         return line + Quote(std::string_view(value.data).substr(0, value.data.size() - 1));
     }
     if (value.type == kDword && value.data.size() == 4) {
-        DWORD number = 0;
+        std::uint32_t number = 0;
         std::copy_n(value.data.data(), 4, reinterpret_cast<char*>(&number));
         char text[16];
         std::snprintf(text, sizeof text, "dword:%08x", number);
@@ -315,12 +315,12 @@ std::string FormatValue(const RegistryValue& value) {
         return line;
     }
     char prefix[24];
-    std::snprintf(prefix, sizeof prefix, "hex(%x):", value.type);
+    std::snprintf(prefix, sizeof prefix, "hex(%x):", static_cast<unsigned>(value.type));
     line += prefix;
     if (IsTextType(value.type)) {
         std::string wide;
         for (char c : value.data) {
-            char16_t unit = WideFromAnsi(c);
+            WCHAR unit = WideFromAnsi(c);
             wide += static_cast<char>(unit & 0xFF);
             wide += static_cast<char>(unit >> 8);
         }

@@ -152,12 +152,13 @@ HPEN CreatePen(int style, int width, COLORREF colour) {
         SetErrorCode(ERROR_INVALID_PARAMETER);
         return nullptr;
     }
-    return gdi::Register(new gdi::Pen(
-        LOGPEN{static_cast<UINT>(style), {width < 0 ? 0 : width, 0}, colour & 0xFFFFFF}));
+    return static_cast<HPEN>(gdi::Register(new gdi::Pen(
+        LOGPEN{static_cast<UINT>(style), {width < 0 ? 0 : width, 0}, colour & 0xFFFFFF})));
 }
 
 HBRUSH CreateSolidBrush(COLORREF colour) {
-    return gdi::Register(new gdi::Brush(LOGBRUSH{BS_SOLID, colour & 0xFFFFFF, 0}));
+    return static_cast<HBRUSH>(
+        gdi::Register(new gdi::Brush(LOGBRUSH{BS_SOLID, colour & 0xFFFFFF, 0})));
 }
 
 HFONT CreateFontIndirectA(const LOGFONTA* font) {
@@ -167,7 +168,7 @@ HFONT CreateFontIndirectA(const LOGFONTA* font) {
     }
     LOGFONTA copy = *font;
     copy.lfFaceName[LF_FACESIZE - 1] = '\0';
-    return gdi::Register(new gdi::Font(copy));
+    return static_cast<HFONT>(gdi::Register(new gdi::Font(copy)));
 }
 
 HBITMAP CreateBitmap(int width, int height, UINT planes, UINT bitsPerPixel, LPCVOID bits) {
@@ -206,7 +207,7 @@ HBITMAP CreateBitmap(int width, int height, UINT planes, UINT bitsPerPixel, LPCV
         }
     }
     cairo_surface_mark_dirty(bitmap->m_surface);
-    return gdi::Register(bitmap);
+    return static_cast<HBITMAP>(gdi::Register(bitmap));
 }
 
 HBITMAP CreateCompatibleBitmap(HDC dc, int width, int height) {

@@ -23,6 +23,17 @@ namespace {
 
 using posix::SetErrorCode;
 
+// A resource's handle is the address of its entry in the module's table.
+using Entry = const ResourceEntry*;
+
+HRSRC HandleOf(Entry entry) {
+    return reinterpret_cast<HRSRC>(const_cast<ResourceEntry*>(entry));
+}
+
+Entry EntryOf(HRSRC resource) {
+    return reinterpret_cast<Entry>(resource);
+}
+
 struct Registration {
     HMODULE Module;
     const ResourceTable* Table;
@@ -54,8 +65,8 @@ bool AsNumber(LPCSTR id, unsigned long& number) {
 
 // The module's entries of one type and name, ordered by language. The error
 // is set for the first of module, type and name that is missing.
-std::vector<HRSRC> Candidates(HMODULE module, LPCSTR type, LPCSTR name) {
-    std::vector<HRSRC> found;
+std::vector<Entry> Candidates(HMODULE module, LPCSTR type, LPCSTR name) {
+    std::vector<Entry> found;
     if (type == nullptr || name == nullptr) {
         SetErrorCode(ERROR_INVALID_PARAMETER);
         return found;
@@ -74,7 +85,7 @@ std::vector<HRSRC> Candidates(HMODULE module, LPCSTR type, LPCSTR name) {
         }
     }
     std::stable_sort(found.begin(), found.end(),
-                     [](HRSRC a, HRSRC b) { return a->Language < b->Language; });
+                     [](Entry a, Entry b) { return a->Language < b->Language; });
     if (found.empty()) {
         SetErrorCode(tables.empty() ? ERROR_RESOURCE_DATA_NOT_FOUND
                      : typeSeen     ? ERROR_RESOURCE_NAME_NOT_FOUND
@@ -83,8 +94,8 @@ std::vector<HRSRC> Candidates(HMODULE module, LPCSTR type, LPCSTR name) {
     return found;
 }
 
-HRSRC InLanguage(const std::vector<HRSRC>& candidates, WORD language) {
-    for (HRSRC entry : candidates) {
+Entry InLanguage(const std::vector<Entry>& candidates, WORD language) {
+    for (Entry entry : candidates) {
         if (entry->Language == language) {
             return entry;
         }
@@ -92,8 +103,8 @@ HRSRC InLanguage(const std::vector<HRSRC>& candidates, WORD language) {
     return nullptr;
 }
 
-HRSRC InPrimaryLanguage(const std::vector<HRSRC>& candidates, WORD language) {
-    for (HRSRC entry : candidates) {
+Entry InPrimaryLanguage(const std::vector<Entry>& candidates, WORD language) {
+    for (Entry entry : candidates) {
         if (PRIMARYLANGID(entry->Language) == PRIMARYLANGID(language)) {
             return entry;
         }
@@ -153,7 +164,7 @@ HRSRC FindResourceExA(HMODULE module, LPCSTR type, LPCSTR name, WORD language) {
     if (language == MAKELANGID(LANG_NEUTRAL, SUBLANG_NEUTRAL)) {
         return FindResourceA(module, name, type);
     }
-    std::vector<HRSRC> candidates = Candidates(module, type, name);
+    std::vector<Entry> candidates = Candidates(module, type, name);
     if (candidates.empty()) {
         return nullptr;
     }
@@ -162,9 +173,9 @@ HRSRC FindResourceExA(HMODULE module, LPCSTR type, LPCSTR name, WORD language) {
     for (WORD tried :
          {language, static_cast<WORD>(MAKELANGID(PRIMARYLANGID(language), SUBLANG_NEUTRAL)),
           static_cast<WORD>(LANG_NEUTRAL)}) {
-        if (HRSRC entry = InLanguage(candidates, tried)) {
+        if (Entry entry = InLanguage(candidates, tried)) {
             SetErrorCode(ERROR_SUCCESS);
-            return entry;
+            return HandleOf(entry);
         }
     }
     SetErrorCode(ERROR_RESOURCE_LANG_NOT_FOUND);
@@ -172,12 +183,12 @@ HRSRC FindResourceExA(HMODULE module, LPCSTR type, LPCSTR name, WORD language) {
 }
 
 HRSRC FindResourceA(HMODULE module, LPCSTR name, LPCSTR type) {
-    std::vector<HRSRC> candidates = Candidates(module, type, name);
+    std::vector<Entry> candidates = Candidates(module, type, name);
     if (candidates.empty()) {
         return nullptr;
     }
     auto thread = static_cast<WORD>(GetThreadLocale() & 0xFFFF);
-    HRSRC entry = InLanguage(candidates, LANG_NEUTRAL);
+    Entry entry = InLanguage(candidates, LANG_NEUTRAL);
     if (entry == nullptr) {
         entry = InLanguage(candidates, thread);
     }
@@ -197,7 +208,7 @@ HRSRC FindResourceA(HMODULE module, LPCSTR name, LPCSTR type) {
         entry = candidates.front();
     }
     SetErrorCode(ERROR_SUCCESS);
-    return entry;
+    return HandleOf(entry);
 }
 
 HGLOBAL LoadResource(HMODULE /*module*/, HRSRC resource) {
@@ -205,7 +216,8 @@ HGLOBAL LoadResource(HMODULE /*module*/, HRSRC resource) {
         SetErrorCode(ERROR_INVALID_HANDLE);
         return nullptr;
     }
-    return resource->Data;
+    // Resources are read-only; the Win32 signatures hand them out writable.
+    return const_cast<void*>(EntryOf(resource)->Data);
 }
 
 DWORD SizeofResource(HMODULE /*module*/, HRSRC resource) {
@@ -213,12 +225,11 @@ DWORD SizeofResource(HMODULE /*module*/, HRSRC resource) {
         SetErrorCode(ERROR_INVALID_HANDLE);
         return 0;
     }
-    return resource->Size;
+    return EntryOf(resource)->Size;
 }
 
 LPVOID LockResource(HGLOBAL data) {
-    // Resources are read-only; the Win32 signature hands them out as LPVOID.
-    return const_cast<void*>(data);
+    return data;
 }
 
 BOOL FreeResource(HGLOBAL /*data*/) {
@@ -231,12 +242,12 @@ BOOL EnumResourceLanguagesA(HMODULE module, LPCSTR type, LPCSTR name, ENUMRESLAN
         SetErrorCode(ERROR_INVALID_PARAMETER);
         return FALSE;
     }
-    std::vector<HRSRC> candidates = Candidates(module, type, name);
+    std::vector<Entry> candidates = Candidates(module, type, name);
     if (candidates.empty()) {
         return FALSE;
     }
     int last = -1;
-    for (HRSRC entry : candidates) {
+    for (Entry entry : candidates) {
         if (entry->Language == last) {
             continue;
         }

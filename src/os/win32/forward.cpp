@@ -4,7 +4,7 @@
 
 namespace nvk::os {
 
-nvk::os::BOOL AppendMenuA(std::type_identity_t<nvk::os::HMENU__*> a0,
+nvk::os::BOOL AppendMenuA(std::type_identity_t<::HMENU__*> a0,
                           std::type_identity_t<unsigned int> a1,
                           std::type_identity_t<unsigned long long> a2,
                           std::type_identity_t<const char*> a3) {
@@ -15,7 +15,7 @@ nvk::os::LRESULT CallWindowProcA(
     std::type_identity_t<nvk::os::LRESULT (*)(nvk::os::HWND, nvk::os::UINT, nvk::os::WPARAM,
                                               nvk::os::LPARAM)>
         a0,
-    std::type_identity_t<nvk::os::HWND__*> a1, std::type_identity_t<unsigned int> a2,
+    std::type_identity_t<::HWND__*> a1, std::type_identity_t<unsigned int> a2,
     std::type_identity_t<unsigned long long> a3, std::type_identity_t<long long> a4) {
     return win32::Call<nvk::os::LRESULT>(::CallWindowProcA, a0, a1, a2, a3, a4);
 }
@@ -24,7 +24,7 @@ nvk::os::BOOL CharToOemA(std::type_identity_t<const char*> a0, std::type_identit
     return win32::Call<nvk::os::BOOL>(::CharToOemA, a0, a1);
 }
 
-nvk::os::HENHMETAFILE CloseEnhMetaFile(std::type_identity_t<nvk::os::HDC__*> a0) {
+nvk::os::HENHMETAFILE CloseEnhMetaFile(std::type_identity_t<::HDC__*> a0) {
     return win32::Call<nvk::os::HENHMETAFILE>(::CloseEnhMetaFile, a0);
 }
 
@@ -33,13 +33,13 @@ nvk::os::BOOL CloseHandle(std::type_identity_t<void*> a0) {
     return win32::Call<nvk::os::BOOL>(::CloseHandle, a0);
 }
 
-int CompareStringA(std::type_identity_t<unsigned int> a0, std::type_identity_t<unsigned int> a1,
+int CompareStringA(std::type_identity_t<unsigned long> a0, std::type_identity_t<unsigned long> a1,
                    std::type_identity_t<const char*> a2, std::type_identity_t<int> a3,
                    std::type_identity_t<const char*> a4, std::type_identity_t<int> a5) {
     return win32::Call<int>(::CompareStringA, a0, a1, a2, a3, a4, a5);
 }
 
-nvk::os::LCID ConvertDefaultLocale(std::type_identity_t<unsigned int> a0) {
+nvk::os::LCID ConvertDefaultLocale(std::type_identity_t<unsigned long> a0) {
     return win32::Call<nvk::os::LCID>(::ConvertDefaultLocale, a0);
 }
 
@@ -56,7 +56,7 @@ nvk::os::BOOL CopyFileA(std::type_identity_t<const char*> a0, std::type_identity
 nvk::os::BOOL CopyFileExA(std::type_identity_t<const char*> a0,
                           std::type_identity_t<const char*> a1, std::type_identity_t<void*> a2,
                           std::type_identity_t<void*> a3, std::type_identity_t<nvk::os::BOOL*> a4,
-                          std::type_identity_t<unsigned int> a5) {
+                          std::type_identity_t<unsigned long> a5) {
     return win32::Call<nvk::os::BOOL>(::CopyFileExA, a0, a1, a2, a3, a4, a5);
 }
 
@@ -67,13 +67,13 @@ nvk::os::HBITMAP CreateBitmap(std::type_identity_t<int> a0, std::type_identity_t
     return win32::Call<nvk::os::HBITMAP>(::CreateBitmap, a0, a1, a2, a3, a4);
 }
 
-nvk::os::HBITMAP CreateCompatibleBitmap(std::type_identity_t<nvk::os::HDC__*> a0,
+nvk::os::HBITMAP CreateCompatibleBitmap(std::type_identity_t<::HDC__*> a0,
                                         std::type_identity_t<int> a1,
                                         std::type_identity_t<int> a2) {
     return win32::Call<nvk::os::HBITMAP>(::CreateCompatibleBitmap, a0, a1, a2);
 }
 
-nvk::os::HDC CreateCompatibleDC(std::type_identity_t<nvk::os::HDC__*> a0) {
+nvk::os::HDC CreateCompatibleDC(std::type_identity_t<::HDC__*> a0) {
     return win32::Call<nvk::os::HDC>(::CreateCompatibleDC, a0);
 }
 
@@ -82,7 +82,7 @@ nvk::os::BOOL CreateDirectoryA(std::type_identity_t<const char*> a0,
     return win32::Call<nvk::os::BOOL>(::CreateDirectoryA, a0, a1);
 }
 
-nvk::os::HDC CreateEnhMetaFileA(std::type_identity_t<nvk::os::HDC__*> a0,
+nvk::os::HDC CreateEnhMetaFileA(std::type_identity_t<::HDC__*> a0,
                                 std::type_identity_t<const char*> a1,
                                 std::type_identity_t<const nvk::os::RECT*> a2,
                                 std::type_identity_t<const char*> a3) {
@@ -90,20 +90,21 @@ nvk::os::HDC CreateEnhMetaFileA(std::type_identity_t<nvk::os::HDC__*> a0,
 }
 
 nvk::os::HANDLE CreateFileA(std::type_identity_t<const char*> a0,
-                            std::type_identity_t<unsigned int> a1,
-                            std::type_identity_t<unsigned int> a2,
+                            std::type_identity_t<unsigned long> a1,
+                            std::type_identity_t<unsigned long> a2,
                             std::type_identity_t<nvk::os::SECURITY_ATTRIBUTES*> a3,
-                            std::type_identity_t<unsigned int> a4,
-                            std::type_identity_t<unsigned int> a5, std::type_identity_t<void*> a6) {
+                            std::type_identity_t<unsigned long> a4,
+                            std::type_identity_t<unsigned long> a5,
+                            std::type_identity_t<void*> a6) {
     FireCallHook("CreateFileA");
     return win32::Call<nvk::os::HANDLE>(::CreateFileA, a0, a1, a2, a3, a4, a5, a6);
 }
 
 nvk::os::HANDLE CreateFileMappingA(std::type_identity_t<void*> a0,
                                    std::type_identity_t<nvk::os::SECURITY_ATTRIBUTES*> a1,
-                                   std::type_identity_t<unsigned int> a2,
-                                   std::type_identity_t<unsigned int> a3,
-                                   std::type_identity_t<unsigned int> a4,
+                                   std::type_identity_t<unsigned long> a2,
+                                   std::type_identity_t<unsigned long> a3,
+                                   std::type_identity_t<unsigned long> a4,
                                    std::type_identity_t<const char*> a5) {
     return win32::Call<nvk::os::HANDLE>(::CreateFileMappingA, a0, a1, a2, a3, a4, a5);
 }
@@ -122,7 +123,7 @@ nvk::os::HANDLE CreateMutexA(std::type_identity_t<nvk::os::SECURITY_ATTRIBUTES*>
 }
 
 nvk::os::HPEN CreatePen(std::type_identity_t<int> a0, std::type_identity_t<int> a1,
-                        std::type_identity_t<unsigned int> a2) {
+                        std::type_identity_t<unsigned long> a2) {
     return win32::Call<nvk::os::HPEN>(::CreatePen, a0, a1, a2);
 }
 
@@ -133,80 +134,81 @@ nvk::os::HMENU CreatePopupMenu() {
 nvk::os::BOOL CreateProcessA(std::type_identity_t<const char*> a0, std::type_identity_t<char*> a1,
                              std::type_identity_t<nvk::os::SECURITY_ATTRIBUTES*> a2,
                              std::type_identity_t<nvk::os::SECURITY_ATTRIBUTES*> a3,
-                             std::type_identity_t<int> a4, std::type_identity_t<unsigned int> a5,
+                             std::type_identity_t<int> a4, std::type_identity_t<unsigned long> a5,
                              std::type_identity_t<void*> a6, std::type_identity_t<const char*> a7,
                              std::type_identity_t<nvk::os::STARTUPINFOA*> a8,
                              std::type_identity_t<nvk::os::PROCESS_INFORMATION*> a9) {
     return win32::Call<nvk::os::BOOL>(::CreateProcessA, a0, a1, a2, a3, a4, a5, a6, a7, a8, a9);
 }
 
-nvk::os::HBRUSH CreateSolidBrush(std::type_identity_t<unsigned int> a0) {
+nvk::os::HBRUSH CreateSolidBrush(std::type_identity_t<unsigned long> a0) {
     return win32::Call<nvk::os::HBRUSH>(::CreateSolidBrush, a0);
 }
 
-nvk::os::HWND CreateWindowExA(
-    std::type_identity_t<unsigned int> a0, std::type_identity_t<const char*> a1,
-    std::type_identity_t<const char*> a2, std::type_identity_t<unsigned int> a3,
-    std::type_identity_t<int> a4, std::type_identity_t<int> a5, std::type_identity_t<int> a6,
-    std::type_identity_t<int> a7, std::type_identity_t<nvk::os::HWND__*> a8,
-    std::type_identity_t<nvk::os::HMENU__*> a9, std::type_identity_t<nvk::os::HINSTANCE__*> a10,
-    std::type_identity_t<void*> a11) {
+nvk::os::HWND CreateWindowExA(std::type_identity_t<unsigned long> a0,
+                              std::type_identity_t<const char*> a1,
+                              std::type_identity_t<const char*> a2,
+                              std::type_identity_t<unsigned long> a3, std::type_identity_t<int> a4,
+                              std::type_identity_t<int> a5, std::type_identity_t<int> a6,
+                              std::type_identity_t<int> a7, std::type_identity_t<::HWND__*> a8,
+                              std::type_identity_t<::HMENU__*> a9,
+                              std::type_identity_t<::HINSTANCE__*> a10,
+                              std::type_identity_t<void*> a11) {
     return win32::Call<nvk::os::HWND>(::CreateWindowExA, a0, a1, a2, a3, a4, a5, a6, a7, a8, a9,
                                       a10, a11);
 }
 
 nvk::os::HDDEDATA DdeClientTransaction(
-    std::type_identity_t<nvk::os::BYTE*> a0, std::type_identity_t<unsigned int> a1,
-    std::type_identity_t<nvk::os::HCONV__*> a2, std::type_identity_t<nvk::os::HSZ__*> a3,
+    std::type_identity_t<nvk::os::BYTE*> a0, std::type_identity_t<unsigned long> a1,
+    std::type_identity_t<::HCONV__*> a2, std::type_identity_t<::HSZ__*> a3,
     std::type_identity_t<unsigned int> a4, std::type_identity_t<unsigned int> a5,
-    std::type_identity_t<unsigned int> a6, std::type_identity_t<nvk::os::DWORD*> a7) {
+    std::type_identity_t<unsigned long> a6, std::type_identity_t<nvk::os::DWORD*> a7) {
     return win32::Call<nvk::os::HDDEDATA>(::DdeClientTransaction, a0, a1, a2, a3, a4, a5, a6, a7);
 }
 
-nvk::os::HCONV DdeConnect(std::type_identity_t<unsigned int> a0,
-                          std::type_identity_t<nvk::os::HSZ__*> a1,
-                          std::type_identity_t<nvk::os::HSZ__*> a2,
+nvk::os::HCONV DdeConnect(std::type_identity_t<unsigned long> a0, std::type_identity_t<::HSZ__*> a1,
+                          std::type_identity_t<::HSZ__*> a2,
                           std::type_identity_t<nvk::os::CONVCONTEXT*> a3) {
     return win32::Call<nvk::os::HCONV>(::DdeConnect, a0, a1, a2, a3);
 }
 
-nvk::os::HDDEDATA DdeCreateDataHandle(std::type_identity_t<unsigned int> a0,
+nvk::os::HDDEDATA DdeCreateDataHandle(std::type_identity_t<unsigned long> a0,
                                       std::type_identity_t<nvk::os::BYTE*> a1,
-                                      std::type_identity_t<unsigned int> a2,
-                                      std::type_identity_t<unsigned int> a3,
-                                      std::type_identity_t<nvk::os::HSZ__*> a4,
+                                      std::type_identity_t<unsigned long> a2,
+                                      std::type_identity_t<unsigned long> a3,
+                                      std::type_identity_t<::HSZ__*> a4,
                                       std::type_identity_t<unsigned int> a5,
                                       std::type_identity_t<unsigned int> a6) {
     return win32::Call<nvk::os::HDDEDATA>(::DdeCreateDataHandle, a0, a1, a2, a3, a4, a5, a6);
 }
 
-nvk::os::HSZ DdeCreateStringHandleA(std::type_identity_t<unsigned int> a0,
+nvk::os::HSZ DdeCreateStringHandleA(std::type_identity_t<unsigned long> a0,
                                     std::type_identity_t<const char*> a1,
                                     std::type_identity_t<int> a2) {
     return win32::Call<nvk::os::HSZ>(::DdeCreateStringHandleA, a0, a1, a2);
 }
 
-nvk::os::BOOL DdeDisconnect(std::type_identity_t<nvk::os::HCONV__*> a0) {
+nvk::os::BOOL DdeDisconnect(std::type_identity_t<::HCONV__*> a0) {
     return win32::Call<nvk::os::BOOL>(::DdeDisconnect, a0);
 }
 
-nvk::os::BOOL DdeFreeDataHandle(std::type_identity_t<nvk::os::HDDEDATA__*> a0) {
+nvk::os::BOOL DdeFreeDataHandle(std::type_identity_t<::HDDEDATA__*> a0) {
     return win32::Call<nvk::os::BOOL>(::DdeFreeDataHandle, a0);
 }
 
-nvk::os::BOOL DdeFreeStringHandle(std::type_identity_t<unsigned int> a0,
-                                  std::type_identity_t<nvk::os::HSZ__*> a1) {
+nvk::os::BOOL DdeFreeStringHandle(std::type_identity_t<unsigned long> a0,
+                                  std::type_identity_t<::HSZ__*> a1) {
     return win32::Call<nvk::os::BOOL>(::DdeFreeStringHandle, a0, a1);
 }
 
-nvk::os::DWORD DdeGetData(std::type_identity_t<nvk::os::HDDEDATA__*> a0,
+nvk::os::DWORD DdeGetData(std::type_identity_t<::HDDEDATA__*> a0,
                           std::type_identity_t<nvk::os::BYTE*> a1,
-                          std::type_identity_t<unsigned int> a2,
-                          std::type_identity_t<unsigned int> a3) {
+                          std::type_identity_t<unsigned long> a2,
+                          std::type_identity_t<unsigned long> a3) {
     return win32::Call<nvk::os::DWORD>(::DdeGetData, a0, a1, a2, a3);
 }
 
-nvk::os::UINT DdeGetLastError(std::type_identity_t<unsigned int> a0) {
+nvk::os::UINT DdeGetLastError(std::type_identity_t<unsigned long> a0) {
     return win32::Call<nvk::os::UINT>(::DdeGetLastError, a0);
 }
 
@@ -216,36 +218,34 @@ nvk::os::UINT DdeInitializeA(
                                                nvk::os::HSZ, nvk::os::HSZ, nvk::os::HDDEDATA,
                                                nvk::os::ULONG_PTR, nvk::os::ULONG_PTR)>
         a1,
-    std::type_identity_t<unsigned int> a2, std::type_identity_t<unsigned int> a3) {
+    std::type_identity_t<unsigned long> a2, std::type_identity_t<unsigned long> a3) {
     return win32::Call<nvk::os::UINT>(::DdeInitializeA, a0, a1, a2, a3);
 }
 
-nvk::os::HDDEDATA DdeNameService(std::type_identity_t<unsigned int> a0,
-                                 std::type_identity_t<nvk::os::HSZ__*> a1,
-                                 std::type_identity_t<nvk::os::HSZ__*> a2,
+nvk::os::HDDEDATA DdeNameService(std::type_identity_t<unsigned long> a0,
+                                 std::type_identity_t<::HSZ__*> a1,
+                                 std::type_identity_t<::HSZ__*> a2,
                                  std::type_identity_t<unsigned int> a3) {
     return win32::Call<nvk::os::HDDEDATA>(::DdeNameService, a0, a1, a2, a3);
 }
 
-nvk::os::BOOL DdePostAdvise(std::type_identity_t<unsigned int> a0,
-                            std::type_identity_t<nvk::os::HSZ__*> a1,
-                            std::type_identity_t<nvk::os::HSZ__*> a2) {
+nvk::os::BOOL DdePostAdvise(std::type_identity_t<unsigned long> a0,
+                            std::type_identity_t<::HSZ__*> a1, std::type_identity_t<::HSZ__*> a2) {
     return win32::Call<nvk::os::BOOL>(::DdePostAdvise, a0, a1, a2);
 }
 
-nvk::os::DWORD DdeQueryStringA(std::type_identity_t<unsigned int> a0,
-                               std::type_identity_t<nvk::os::HSZ__*> a1,
-                               std::type_identity_t<char*> a2,
-                               std::type_identity_t<unsigned int> a3,
+nvk::os::DWORD DdeQueryStringA(std::type_identity_t<unsigned long> a0,
+                               std::type_identity_t<::HSZ__*> a1, std::type_identity_t<char*> a2,
+                               std::type_identity_t<unsigned long> a3,
                                std::type_identity_t<int> a4) {
     return win32::Call<nvk::os::DWORD>(::DdeQueryStringA, a0, a1, a2, a3, a4);
 }
 
-nvk::os::BOOL DdeUninitialize(std::type_identity_t<unsigned int> a0) {
+nvk::os::BOOL DdeUninitialize(std::type_identity_t<unsigned long> a0) {
     return win32::Call<nvk::os::BOOL>(::DdeUninitialize, a0);
 }
 
-nvk::os::LRESULT DefWindowProcA(std::type_identity_t<nvk::os::HWND__*> a0,
+nvk::os::LRESULT DefWindowProcA(std::type_identity_t<::HWND__*> a0,
                                 std::type_identity_t<unsigned int> a1,
                                 std::type_identity_t<unsigned long long> a2,
                                 std::type_identity_t<long long> a3) {
@@ -256,7 +256,7 @@ void DeleteCriticalSection(std::type_identity_t<nvk::os::CRITICAL_SECTION*> a0) 
     return win32::Call(::DeleteCriticalSection, a0);
 }
 
-nvk::os::BOOL DeleteEnhMetaFile(std::type_identity_t<nvk::os::HENHMETAFILE__*> a0) {
+nvk::os::BOOL DeleteEnhMetaFile(std::type_identity_t<::HENHMETAFILE__*> a0) {
     return win32::Call<nvk::os::BOOL>(::DeleteEnhMetaFile, a0);
 }
 
@@ -264,21 +264,20 @@ nvk::os::BOOL DeleteFileA(std::type_identity_t<const char*> a0) {
     return win32::Call<nvk::os::BOOL>(::DeleteFileA, a0);
 }
 
-nvk::os::BOOL DeleteMenu(std::type_identity_t<nvk::os::HMENU__*> a0,
-                         std::type_identity_t<unsigned int> a1,
+nvk::os::BOOL DeleteMenu(std::type_identity_t<::HMENU__*> a0, std::type_identity_t<unsigned int> a1,
                          std::type_identity_t<unsigned int> a2) {
     return win32::Call<nvk::os::BOOL>(::DeleteMenu, a0, a1, a2);
 }
 
-nvk::os::BOOL DeleteObject(std::type_identity_t<nvk::os::HGDIOBJ__*> a0) {
+nvk::os::BOOL DeleteObject(std::type_identity_t<void*> a0) {
     return win32::Call<nvk::os::BOOL>(::DeleteObject, a0);
 }
 
-nvk::os::BOOL DestroyMenu(std::type_identity_t<nvk::os::HMENU__*> a0) {
+nvk::os::BOOL DestroyMenu(std::type_identity_t<::HMENU__*> a0) {
     return win32::Call<nvk::os::BOOL>(::DestroyMenu, a0);
 }
 
-nvk::os::BOOL DestroyWindow(std::type_identity_t<nvk::os::HWND__*> a0) {
+nvk::os::BOOL DestroyWindow(std::type_identity_t<::HWND__*> a0) {
     return win32::Call<nvk::os::BOOL>(::DestroyWindow, a0);
 }
 
@@ -286,15 +285,14 @@ nvk::os::LRESULT DispatchMessageA(std::type_identity_t<const nvk::os::MSG*> a0) 
     return win32::Call<nvk::os::LRESULT>(::DispatchMessageA, a0);
 }
 
-int DrawTextExA(std::type_identity_t<nvk::os::HDC__*> a0, std::type_identity_t<char*> a1,
+int DrawTextExA(std::type_identity_t<::HDC__*> a0, std::type_identity_t<char*> a1,
                 std::type_identity_t<int> a2, std::type_identity_t<nvk::os::RECT*> a3,
                 std::type_identity_t<unsigned int> a4,
                 std::type_identity_t<nvk::os::DRAWTEXTPARAMS*> a5) {
     return win32::Call<int>(::DrawTextExA, a0, a1, a2, a3, a4, a5);
 }
 
-nvk::os::BOOL EnableWindow(std::type_identity_t<nvk::os::HWND__*> a0,
-                           std::type_identity_t<int> a1) {
+nvk::os::BOOL EnableWindow(std::type_identity_t<::HWND__*> a0, std::type_identity_t<int> a1) {
     return win32::Call<nvk::os::BOOL>(::EnableWindow, a0, a1);
 }
 
@@ -303,7 +301,7 @@ void EnterCriticalSection(std::type_identity_t<nvk::os::CRITICAL_SECTION*> a0) {
 }
 
 nvk::os::BOOL EnumEnhMetaFile(
-    std::type_identity_t<nvk::os::HDC__*> a0, std::type_identity_t<nvk::os::HENHMETAFILE__*> a1,
+    std::type_identity_t<::HDC__*> a0, std::type_identity_t<::HENHMETAFILE__*> a1,
     std::type_identity_t<int (*)(nvk::os::HDC, nvk::os::HANDLETABLE*, const nvk::os::ENHMETARECORD*,
                                  int, nvk::os::LPARAM)>
         a2,
@@ -312,7 +310,7 @@ nvk::os::BOOL EnumEnhMetaFile(
 }
 
 nvk::os::BOOL EnumResourceLanguagesA(
-    std::type_identity_t<nvk::os::HINSTANCE__*> a0, std::type_identity_t<const char*> a1,
+    std::type_identity_t<::HINSTANCE__*> a0, std::type_identity_t<const char*> a1,
     std::type_identity_t<const char*> a2,
     std::type_identity_t<nvk::os::BOOL (*)(nvk::os::HMODULE, nvk::os::LPCSTR, nvk::os::LPCSTR,
                                            nvk::os::WORD, nvk::os::LONG_PTR)>
@@ -322,7 +320,7 @@ nvk::os::BOOL EnumResourceLanguagesA(
 }
 
 nvk::os::BOOL EnumResourceNamesA(
-    std::type_identity_t<nvk::os::HINSTANCE__*> a0, std::type_identity_t<const char*> a1,
+    std::type_identity_t<::HINSTANCE__*> a0, std::type_identity_t<const char*> a1,
     std::type_identity_t<nvk::os::BOOL (*)(nvk::os::HMODULE, nvk::os::LPCSTR, nvk::os::LPSTR,
                                            nvk::os::LONG_PTR)>
         a2,
@@ -332,11 +330,11 @@ nvk::os::BOOL EnumResourceNamesA(
 
 nvk::os::DWORD ExpandEnvironmentStringsA(std::type_identity_t<const char*> a0,
                                          std::type_identity_t<char*> a1,
-                                         std::type_identity_t<unsigned int> a2) {
+                                         std::type_identity_t<unsigned long> a2) {
     return win32::Call<nvk::os::DWORD>(::ExpandEnvironmentStringsA, a0, a1, a2);
 }
 
-nvk::os::BOOL ExtTextOutA(std::type_identity_t<nvk::os::HDC__*> a0, std::type_identity_t<int> a1,
+nvk::os::BOOL ExtTextOutA(std::type_identity_t<::HDC__*> a0, std::type_identity_t<int> a1,
                           std::type_identity_t<int> a2, std::type_identity_t<unsigned int> a3,
                           std::type_identity_t<const nvk::os::RECT*> a4,
                           std::type_identity_t<const char*> a5,
@@ -345,9 +343,8 @@ nvk::os::BOOL ExtTextOutA(std::type_identity_t<nvk::os::HDC__*> a0, std::type_id
     return win32::Call<nvk::os::BOOL>(::ExtTextOutA, a0, a1, a2, a3, a4, a5, a6, a7);
 }
 
-int FillRect(std::type_identity_t<nvk::os::HDC__*> a0,
-             std::type_identity_t<const nvk::os::RECT*> a1,
-             std::type_identity_t<nvk::os::HGDIOBJ__*> a2) {
+int FillRect(std::type_identity_t<::HDC__*> a0, std::type_identity_t<const nvk::os::RECT*> a1,
+             std::type_identity_t<::HBRUSH__*> a2) {
     return win32::Call<int>(::FillRect, a0, a1, a2);
 }
 
@@ -365,13 +362,13 @@ nvk::os::BOOL FindNextFileA(std::type_identity_t<void*> a0,
     return win32::Call<nvk::os::BOOL>(::FindNextFileA, a0, a1);
 }
 
-nvk::os::HRSRC FindResourceA(std::type_identity_t<nvk::os::HINSTANCE__*> a0,
+nvk::os::HRSRC FindResourceA(std::type_identity_t<::HINSTANCE__*> a0,
                              std::type_identity_t<const char*> a1,
                              std::type_identity_t<const char*> a2) {
     return win32::Call<nvk::os::HRSRC>(::FindResourceA, a0, a1, a2);
 }
 
-nvk::os::HRSRC FindResourceExA(std::type_identity_t<nvk::os::HINSTANCE__*> a0,
+nvk::os::HRSRC FindResourceExA(std::type_identity_t<::HINSTANCE__*> a0,
                                std::type_identity_t<const char*> a1,
                                std::type_identity_t<const char*> a2,
                                std::type_identity_t<unsigned short> a3) {
@@ -383,15 +380,15 @@ nvk::os::BOOL FlushFileBuffers(std::type_identity_t<void*> a0) {
     return win32::Call<nvk::os::BOOL>(::FlushFileBuffers, a0);
 }
 
-nvk::os::BOOL FreeLibrary(std::type_identity_t<nvk::os::HINSTANCE__*> a0) {
+nvk::os::BOOL FreeLibrary(std::type_identity_t<::HINSTANCE__*> a0) {
     return win32::Call<nvk::os::BOOL>(::FreeLibrary, a0);
 }
 
-nvk::os::BOOL FreeResource(std::type_identity_t<const void*> a0) {
+nvk::os::BOOL FreeResource(std::type_identity_t<void*> a0) {
     return win32::Call<nvk::os::BOOL>(::FreeResource, a0);
 }
 
-nvk::os::COLORREF GetBkColor(std::type_identity_t<nvk::os::HDC__*> a0) {
+nvk::os::COLORREF GetBkColor(std::type_identity_t<::HDC__*> a0) {
     return win32::Call<nvk::os::COLORREF>(::GetBkColor, a0);
 }
 
@@ -408,12 +405,12 @@ nvk::os::UINT GetConsoleOutputCP() {
     return win32::Call<nvk::os::UINT>(::GetConsoleOutputCP);
 }
 
-nvk::os::DWORD GetCurrentDirectoryA(std::type_identity_t<unsigned int> a0,
+nvk::os::DWORD GetCurrentDirectoryA(std::type_identity_t<unsigned long> a0,
                                     std::type_identity_t<char*> a1) {
     return win32::Call<nvk::os::DWORD>(::GetCurrentDirectoryA, a0, a1);
 }
 
-nvk::os::HGDIOBJ GetCurrentObject(std::type_identity_t<nvk::os::HDC__*> a0,
+nvk::os::HGDIOBJ GetCurrentObject(std::type_identity_t<::HDC__*> a0,
                                   std::type_identity_t<unsigned int> a1) {
     return win32::Call<nvk::os::HGDIOBJ>(::GetCurrentObject, a0, a1);
 }
@@ -426,11 +423,11 @@ nvk::os::DWORD GetCurrentThreadId() {
     return win32::Call<nvk::os::DWORD>(::GetCurrentThreadId);
 }
 
-nvk::os::HDC GetDC(std::type_identity_t<nvk::os::HWND__*> a0) {
+nvk::os::HDC GetDC(std::type_identity_t<::HWND__*> a0) {
     return win32::Call<nvk::os::HDC>(::GetDC, a0);
 }
 
-int GetDeviceCaps(std::type_identity_t<nvk::os::HDC__*> a0, std::type_identity_t<int> a1) {
+int GetDeviceCaps(std::type_identity_t<::HDC__*> a0, std::type_identity_t<int> a1) {
     return win32::Call<int>(::GetDeviceCaps, a0, a1);
 }
 
@@ -449,11 +446,11 @@ nvk::os::BOOL GetDiskFreeSpaceExA(std::type_identity_t<const char*> a0,
     return win32::Call<nvk::os::BOOL>(::GetDiskFreeSpaceExA, a0, a1, a2, a3);
 }
 
-int GetDlgCtrlID(std::type_identity_t<nvk::os::HWND__*> a0) {
+int GetDlgCtrlID(std::type_identity_t<::HWND__*> a0) {
     return win32::Call<int>(::GetDlgCtrlID, a0);
 }
 
-nvk::os::HWND GetDlgItem(std::type_identity_t<nvk::os::HWND__*> a0, std::type_identity_t<int> a1) {
+nvk::os::HWND GetDlgItem(std::type_identity_t<::HWND__*> a0, std::type_identity_t<int> a1) {
     return win32::Call<nvk::os::HWND>(::GetDlgItem, a0, a1);
 }
 
@@ -461,7 +458,7 @@ nvk::os::UINT GetDriveTypeA(std::type_identity_t<const char*> a0) {
     return win32::Call<nvk::os::UINT>(::GetDriveTypeA, a0);
 }
 
-nvk::os::UINT GetEnhMetaFileBits(std::type_identity_t<nvk::os::HENHMETAFILE__*> a0,
+nvk::os::UINT GetEnhMetaFileBits(std::type_identity_t<::HENHMETAFILE__*> a0,
                                  std::type_identity_t<unsigned int> a1,
                                  std::type_identity_t<nvk::os::BYTE*> a2) {
     return win32::Call<nvk::os::UINT>(::GetEnhMetaFileBits, a0, a1, a2);
@@ -469,7 +466,7 @@ nvk::os::UINT GetEnhMetaFileBits(std::type_identity_t<nvk::os::HENHMETAFILE__*> 
 
 nvk::os::DWORD GetEnvironmentVariableA(std::type_identity_t<const char*> a0,
                                        std::type_identity_t<char*> a1,
-                                       std::type_identity_t<unsigned int> a2) {
+                                       std::type_identity_t<unsigned long> a2) {
     return win32::Call<nvk::os::DWORD>(::GetEnvironmentVariableA, a0, a1, a2);
 }
 
@@ -495,8 +492,8 @@ nvk::os::BOOL GetFileTime(std::type_identity_t<void*> a0,
 }
 
 nvk::os::BOOL GetFileVersionInfoA(std::type_identity_t<const char*> a0,
-                                  std::type_identity_t<unsigned int> a1,
-                                  std::type_identity_t<unsigned int> a2,
+                                  std::type_identity_t<unsigned long> a1,
+                                  std::type_identity_t<unsigned long> a2,
                                   std::type_identity_t<void*> a3) {
     return win32::Call<nvk::os::BOOL>(::GetFileVersionInfoA, a0, a1, a2, a3);
 }
@@ -508,13 +505,13 @@ nvk::os::DWORD GetFileVersionInfoSizeA(std::type_identity_t<const char*> a0,
 
 nvk::os::DWORD GetFinalPathNameByHandleA(std::type_identity_t<void*> a0,
                                          std::type_identity_t<char*> a1,
-                                         std::type_identity_t<unsigned int> a2,
-                                         std::type_identity_t<unsigned int> a3) {
+                                         std::type_identity_t<unsigned long> a2,
+                                         std::type_identity_t<unsigned long> a3) {
     return win32::Call<nvk::os::DWORD>(::GetFinalPathNameByHandleA, a0, a1, a2, a3);
 }
 
 nvk::os::DWORD GetFullPathNameA(std::type_identity_t<const char*> a0,
-                                std::type_identity_t<unsigned int> a1,
+                                std::type_identity_t<unsigned long> a1,
                                 std::type_identity_t<char*> a2,
                                 std::type_identity_t<nvk::os::LPSTR*> a3) {
     return win32::Call<nvk::os::DWORD>(::GetFullPathNameA, a0, a1, a2, a3);
@@ -528,7 +525,7 @@ void GetLocalTime(std::type_identity_t<nvk::os::SYSTEMTIME*> a0) {
     return win32::Call(::GetLocalTime, a0);
 }
 
-int GetLocaleInfoA(std::type_identity_t<unsigned int> a0, std::type_identity_t<unsigned int> a1,
+int GetLocaleInfoA(std::type_identity_t<unsigned long> a0, std::type_identity_t<unsigned long> a1,
                    std::type_identity_t<char*> a2, std::type_identity_t<int> a3) {
     return win32::Call<int>(::GetLocaleInfoA, a0, a1, a2, a3);
 }
@@ -537,41 +534,39 @@ nvk::os::DWORD GetLogicalDrives() {
     return win32::Call<nvk::os::DWORD>(::GetLogicalDrives);
 }
 
-int GetMapMode(std::type_identity_t<nvk::os::HDC__*> a0) {
+int GetMapMode(std::type_identity_t<::HDC__*> a0) {
     return win32::Call<int>(::GetMapMode, a0);
 }
 
-int GetMenuItemCount(std::type_identity_t<nvk::os::HMENU__*> a0) {
+int GetMenuItemCount(std::type_identity_t<::HMENU__*> a0) {
     return win32::Call<int>(::GetMenuItemCount, a0);
 }
 
-nvk::os::UINT GetMenuItemID(std::type_identity_t<nvk::os::HMENU__*> a0,
-                            std::type_identity_t<int> a1) {
+nvk::os::UINT GetMenuItemID(std::type_identity_t<::HMENU__*> a0, std::type_identity_t<int> a1) {
     return win32::Call<nvk::os::UINT>(::GetMenuItemID, a0, a1);
 }
 
-nvk::os::UINT GetMenuState(std::type_identity_t<nvk::os::HMENU__*> a0,
+nvk::os::UINT GetMenuState(std::type_identity_t<::HMENU__*> a0,
                            std::type_identity_t<unsigned int> a1,
                            std::type_identity_t<unsigned int> a2) {
     return win32::Call<nvk::os::UINT>(::GetMenuState, a0, a1, a2);
 }
 
-int GetMenuStringA(std::type_identity_t<nvk::os::HMENU__*> a0,
-                   std::type_identity_t<unsigned int> a1, std::type_identity_t<char*> a2,
-                   std::type_identity_t<int> a3, std::type_identity_t<unsigned int> a4) {
+int GetMenuStringA(std::type_identity_t<::HMENU__*> a0, std::type_identity_t<unsigned int> a1,
+                   std::type_identity_t<char*> a2, std::type_identity_t<int> a3,
+                   std::type_identity_t<unsigned int> a4) {
     return win32::Call<int>(::GetMenuStringA, a0, a1, a2, a3, a4);
 }
 
 nvk::os::BOOL GetMessageA(std::type_identity_t<nvk::os::MSG*> a0,
-                          std::type_identity_t<nvk::os::HWND__*> a1,
-                          std::type_identity_t<unsigned int> a2,
+                          std::type_identity_t<::HWND__*> a1, std::type_identity_t<unsigned int> a2,
                           std::type_identity_t<unsigned int> a3) {
     return win32::Call<nvk::os::BOOL>(::GetMessageA, a0, a1, a2, a3);
 }
 
-nvk::os::DWORD GetModuleFileNameA(std::type_identity_t<nvk::os::HINSTANCE__*> a0,
+nvk::os::DWORD GetModuleFileNameA(std::type_identity_t<::HINSTANCE__*> a0,
                                   std::type_identity_t<char*> a1,
-                                  std::type_identity_t<unsigned int> a2) {
+                                  std::type_identity_t<unsigned long> a2) {
     return win32::Call<nvk::os::DWORD>(::GetModuleFileNameA, a0, a1, a2);
 }
 
@@ -579,20 +574,20 @@ nvk::os::HMODULE GetModuleHandleA(std::type_identity_t<const char*> a0) {
     return win32::Call<nvk::os::HMODULE>(::GetModuleHandleA, a0);
 }
 
-int GetObjectA(std::type_identity_t<nvk::os::HGDIOBJ__*> a0, std::type_identity_t<int> a1,
+int GetObjectA(std::type_identity_t<void*> a0, std::type_identity_t<int> a1,
                std::type_identity_t<void*> a2) {
     return win32::Call<int>(::GetObjectA, a0, a1, a2);
 }
 
-nvk::os::DWORD GetObjectType(std::type_identity_t<nvk::os::HGDIOBJ__*> a0) {
+nvk::os::DWORD GetObjectType(std::type_identity_t<void*> a0) {
     return win32::Call<nvk::os::DWORD>(::GetObjectType, a0);
 }
 
-nvk::os::HWND GetParent(std::type_identity_t<nvk::os::HWND__*> a0) {
+nvk::os::HWND GetParent(std::type_identity_t<::HWND__*> a0) {
     return win32::Call<nvk::os::HWND>(::GetParent, a0);
 }
 
-nvk::os::COLORREF GetPixel(std::type_identity_t<nvk::os::HDC__*> a0, std::type_identity_t<int> a1,
+nvk::os::COLORREF GetPixel(std::type_identity_t<::HDC__*> a0, std::type_identity_t<int> a1,
                            std::type_identity_t<int> a2) {
     return win32::Call<nvk::os::COLORREF>(::GetPixel, a0, a1, a2);
 }
@@ -606,13 +601,13 @@ nvk::os::UINT GetPrivateProfileIntA(std::type_identity_t<const char*> a0,
 
 nvk::os::DWORD GetPrivateProfileSectionA(std::type_identity_t<const char*> a0,
                                          std::type_identity_t<char*> a1,
-                                         std::type_identity_t<unsigned int> a2,
+                                         std::type_identity_t<unsigned long> a2,
                                          std::type_identity_t<const char*> a3) {
     return win32::Call<nvk::os::DWORD>(::GetPrivateProfileSectionA, a0, a1, a2, a3);
 }
 
 nvk::os::DWORD GetPrivateProfileSectionNamesA(std::type_identity_t<char*> a0,
-                                              std::type_identity_t<unsigned int> a1,
+                                              std::type_identity_t<unsigned long> a1,
                                               std::type_identity_t<const char*> a2) {
     return win32::Call<nvk::os::DWORD>(::GetPrivateProfileSectionNamesA, a0, a1, a2);
 }
@@ -621,17 +616,17 @@ nvk::os::DWORD GetPrivateProfileStringA(std::type_identity_t<const char*> a0,
                                         std::type_identity_t<const char*> a1,
                                         std::type_identity_t<const char*> a2,
                                         std::type_identity_t<char*> a3,
-                                        std::type_identity_t<unsigned int> a4,
+                                        std::type_identity_t<unsigned long> a4,
                                         std::type_identity_t<const char*> a5) {
     return win32::Call<nvk::os::DWORD>(::GetPrivateProfileStringA, a0, a1, a2, a3, a4, a5);
 }
 
-nvk::os::FARPROC GetProcAddress(std::type_identity_t<nvk::os::HINSTANCE__*> a0,
+nvk::os::FARPROC GetProcAddress(std::type_identity_t<::HINSTANCE__*> a0,
                                 std::type_identity_t<const char*> a1) {
     return win32::Call<nvk::os::FARPROC>(::GetProcAddress, a0, a1);
 }
 
-nvk::os::HANDLE GetStdHandle(std::type_identity_t<unsigned int> a0) {
+nvk::os::HANDLE GetStdHandle(std::type_identity_t<unsigned long> a0) {
     return win32::Call<nvk::os::HANDLE>(::GetStdHandle, a0);
 }
 
@@ -639,8 +634,7 @@ nvk::os::HGDIOBJ GetStockObject(std::type_identity_t<int> a0) {
     return win32::Call<nvk::os::HGDIOBJ>(::GetStockObject, a0);
 }
 
-nvk::os::HMENU GetSubMenu(std::type_identity_t<nvk::os::HMENU__*> a0,
-                          std::type_identity_t<int> a1) {
+nvk::os::HMENU GetSubMenu(std::type_identity_t<::HMENU__*> a0, std::type_identity_t<int> a1) {
     return win32::Call<nvk::os::HMENU>(::GetSubMenu, a0, a1);
 }
 
@@ -663,15 +657,16 @@ nvk::os::UINT GetTempFileNameA(std::type_identity_t<const char*> a0,
     return win32::Call<nvk::os::UINT>(::GetTempFileNameA, a0, a1, a2, a3);
 }
 
-nvk::os::DWORD GetTempPathA(std::type_identity_t<unsigned int> a0, std::type_identity_t<char*> a1) {
+nvk::os::DWORD GetTempPathA(std::type_identity_t<unsigned long> a0,
+                            std::type_identity_t<char*> a1) {
     return win32::Call<nvk::os::DWORD>(::GetTempPathA, a0, a1);
 }
 
-nvk::os::COLORREF GetTextColor(std::type_identity_t<nvk::os::HDC__*> a0) {
+nvk::os::COLORREF GetTextColor(std::type_identity_t<::HDC__*> a0) {
     return win32::Call<nvk::os::COLORREF>(::GetTextColor, a0);
 }
 
-nvk::os::BOOL GetTextExtentPoint32A(std::type_identity_t<nvk::os::HDC__*> a0,
+nvk::os::BOOL GetTextExtentPoint32A(std::type_identity_t<::HDC__*> a0,
                                     std::type_identity_t<const char*> a1,
                                     std::type_identity_t<int> a2,
                                     std::type_identity_t<nvk::os::SIZE*> a3) {
@@ -709,23 +704,23 @@ nvk::os::BOOL GetVersionExA(std::type_identity_t<nvk::os::OSVERSIONINFOA*> a0) {
 
 nvk::os::BOOL GetVolumeInformationA(
     std::type_identity_t<const char*> a0, std::type_identity_t<char*> a1,
-    std::type_identity_t<unsigned int> a2, std::type_identity_t<nvk::os::DWORD*> a3,
+    std::type_identity_t<unsigned long> a2, std::type_identity_t<nvk::os::DWORD*> a3,
     std::type_identity_t<nvk::os::DWORD*> a4, std::type_identity_t<nvk::os::DWORD*> a5,
-    std::type_identity_t<char*> a6, std::type_identity_t<unsigned int> a7) {
+    std::type_identity_t<char*> a6, std::type_identity_t<unsigned long> a7) {
     return win32::Call<nvk::os::BOOL>(::GetVolumeInformationA, a0, a1, a2, a3, a4, a5, a6, a7);
 }
 
-nvk::os::LONG_PTR GetWindowLongPtrA(std::type_identity_t<nvk::os::HWND__*> a0,
+nvk::os::LONG_PTR GetWindowLongPtrA(std::type_identity_t<::HWND__*> a0,
                                     std::type_identity_t<int> a1) {
     return win32::Call<nvk::os::LONG_PTR>(::GetWindowLongPtrA, a0, a1);
 }
 
-int GetWindowTextA(std::type_identity_t<nvk::os::HWND__*> a0, std::type_identity_t<char*> a1,
+int GetWindowTextA(std::type_identity_t<::HWND__*> a0, std::type_identity_t<char*> a1,
                    std::type_identity_t<int> a2) {
     return win32::Call<int>(::GetWindowTextA, a0, a1, a2);
 }
 
-int GetWindowTextLengthA(std::type_identity_t<nvk::os::HWND__*> a0) {
+int GetWindowTextLengthA(std::type_identity_t<::HWND__*> a0) {
     return win32::Call<int>(::GetWindowTextLengthA, a0);
 }
 
@@ -734,11 +729,11 @@ void InitializeCriticalSection(std::type_identity_t<nvk::os::CRITICAL_SECTION*> 
 }
 
 nvk::os::BOOL InitializeCriticalSectionAndSpinCount(
-    std::type_identity_t<nvk::os::CRITICAL_SECTION*> a0, std::type_identity_t<unsigned int> a1) {
+    std::type_identity_t<nvk::os::CRITICAL_SECTION*> a0, std::type_identity_t<unsigned long> a1) {
     return win32::Call<nvk::os::BOOL>(::InitializeCriticalSectionAndSpinCount, a0, a1);
 }
 
-nvk::os::BOOL InsertMenuA(std::type_identity_t<nvk::os::HMENU__*> a0,
+nvk::os::BOOL InsertMenuA(std::type_identity_t<::HMENU__*> a0,
                           std::type_identity_t<unsigned int> a1,
                           std::type_identity_t<unsigned int> a2,
                           std::type_identity_t<unsigned long long> a3,
@@ -751,20 +746,20 @@ nvk::os::BOOL IsBadWritePtr(std::type_identity_t<void*> a0,
     return win32::Call<nvk::os::BOOL>(::IsBadWritePtr, a0, a1);
 }
 
-nvk::os::BOOL IsMenu(std::type_identity_t<nvk::os::HMENU__*> a0) {
+nvk::os::BOOL IsMenu(std::type_identity_t<::HMENU__*> a0) {
     return win32::Call<nvk::os::BOOL>(::IsMenu, a0);
 }
 
-nvk::os::BOOL IsValidLocale(std::type_identity_t<unsigned int> a0,
-                            std::type_identity_t<unsigned int> a1) {
+nvk::os::BOOL IsValidLocale(std::type_identity_t<unsigned long> a0,
+                            std::type_identity_t<unsigned long> a1) {
     return win32::Call<nvk::os::BOOL>(::IsValidLocale, a0, a1);
 }
 
-nvk::os::BOOL IsWindow(std::type_identity_t<nvk::os::HWND__*> a0) {
+nvk::os::BOOL IsWindow(std::type_identity_t<::HWND__*> a0) {
     return win32::Call<nvk::os::BOOL>(::IsWindow, a0);
 }
 
-nvk::os::BOOL IsWindowEnabled(std::type_identity_t<nvk::os::HWND__*> a0) {
+nvk::os::BOOL IsWindowEnabled(std::type_identity_t<::HWND__*> a0) {
     return win32::Call<nvk::os::BOOL>(::IsWindowEnabled, a0);
 }
 
@@ -772,7 +767,7 @@ void LeaveCriticalSection(std::type_identity_t<nvk::os::CRITICAL_SECTION*> a0) {
     return win32::Call(::LeaveCriticalSection, a0);
 }
 
-nvk::os::BOOL LineTo(std::type_identity_t<nvk::os::HDC__*> a0, std::type_identity_t<int> a1,
+nvk::os::BOOL LineTo(std::type_identity_t<::HDC__*> a0, std::type_identity_t<int> a1,
                      std::type_identity_t<int> a2) {
     return win32::Call<nvk::os::BOOL>(::LineTo, a0, a1, a2);
 }
@@ -781,8 +776,8 @@ nvk::os::HMODULE LoadLibraryA(std::type_identity_t<const char*> a0) {
     return win32::Call<nvk::os::HMODULE>(::LoadLibraryA, a0);
 }
 
-nvk::os::HGLOBAL LoadResource(std::type_identity_t<nvk::os::HINSTANCE__*> a0,
-                              std::type_identity_t<const nvk::os::ResourceEntry*> a1) {
+nvk::os::HGLOBAL LoadResource(std::type_identity_t<::HINSTANCE__*> a0,
+                              std::type_identity_t<::HRSRC__*> a1) {
     return win32::Call<nvk::os::HGLOBAL>(::LoadResource, a0, a1);
 }
 
@@ -790,13 +785,14 @@ nvk::os::HLOCAL LocalFree(std::type_identity_t<void*> a0) {
     return win32::Call<nvk::os::HLOCAL>(::LocalFree, a0);
 }
 
-nvk::os::BOOL LockFile(std::type_identity_t<void*> a0, std::type_identity_t<unsigned int> a1,
-                       std::type_identity_t<unsigned int> a2, std::type_identity_t<unsigned int> a3,
-                       std::type_identity_t<unsigned int> a4) {
+nvk::os::BOOL LockFile(std::type_identity_t<void*> a0, std::type_identity_t<unsigned long> a1,
+                       std::type_identity_t<unsigned long> a2,
+                       std::type_identity_t<unsigned long> a3,
+                       std::type_identity_t<unsigned long> a4) {
     return win32::Call<nvk::os::BOOL>(::LockFile, a0, a1, a2, a3, a4);
 }
 
-nvk::os::LPVOID LockResource(std::type_identity_t<const void*> a0) {
+nvk::os::LPVOID LockResource(std::type_identity_t<void*> a0) {
     return win32::Call<nvk::os::LPVOID>(::LockResource, a0);
 }
 
@@ -810,9 +806,10 @@ nvk::os::BOOL LookupAccountNameA(std::type_identity_t<const char*> a0,
     return win32::Call<nvk::os::BOOL>(::LookupAccountNameA, a0, a1, a2, a3, a4, a5, a6);
 }
 
-nvk::os::LPVOID MapViewOfFile(std::type_identity_t<void*> a0, std::type_identity_t<unsigned int> a1,
-                              std::type_identity_t<unsigned int> a2,
-                              std::type_identity_t<unsigned int> a3,
+nvk::os::LPVOID MapViewOfFile(std::type_identity_t<void*> a0,
+                              std::type_identity_t<unsigned long> a1,
+                              std::type_identity_t<unsigned long> a2,
+                              std::type_identity_t<unsigned long> a3,
                               std::type_identity_t<unsigned long long> a4) {
     return win32::Call<nvk::os::LPVOID>(::MapViewOfFile, a0, a1, a2, a3, a4);
 }
@@ -824,20 +821,20 @@ nvk::os::BOOL MoveFileA(std::type_identity_t<const char*> a0,
 
 nvk::os::BOOL MoveFileExA(std::type_identity_t<const char*> a0,
                           std::type_identity_t<const char*> a1,
-                          std::type_identity_t<unsigned int> a2) {
+                          std::type_identity_t<unsigned long> a2) {
     return win32::Call<nvk::os::BOOL>(::MoveFileExA, a0, a1, a2);
 }
 
-nvk::os::BOOL MoveToEx(std::type_identity_t<nvk::os::HDC__*> a0, std::type_identity_t<int> a1,
+nvk::os::BOOL MoveToEx(std::type_identity_t<::HDC__*> a0, std::type_identity_t<int> a1,
                        std::type_identity_t<int> a2, std::type_identity_t<nvk::os::POINT*> a3) {
     return win32::Call<nvk::os::BOOL>(::MoveToEx, a0, a1, a2, a3);
 }
 
-nvk::os::DWORD MsgWaitForMultipleObjects(std::type_identity_t<unsigned int> a0,
+nvk::os::DWORD MsgWaitForMultipleObjects(std::type_identity_t<unsigned long> a0,
                                          std::type_identity_t<const nvk::os::HANDLE*> a1,
                                          std::type_identity_t<int> a2,
-                                         std::type_identity_t<unsigned int> a3,
-                                         std::type_identity_t<unsigned int> a4) {
+                                         std::type_identity_t<unsigned long> a3,
+                                         std::type_identity_t<unsigned long> a4) {
     return win32::Call<nvk::os::DWORD>(::MsgWaitForMultipleObjects, a0, a1, a2, a3, a4);
 }
 
@@ -847,9 +844,9 @@ int MulDiv(std::type_identity_t<int> a0, std::type_identity_t<int> a1,
 }
 
 int MultiByteToWideChar(std::type_identity_t<unsigned int> a0,
-                        std::type_identity_t<unsigned int> a1, std::type_identity_t<const char*> a2,
-                        std::type_identity_t<int> a3, std::type_identity_t<nvk::os::WCHAR*> a4,
-                        std::type_identity_t<int> a5) {
+                        std::type_identity_t<unsigned long> a1,
+                        std::type_identity_t<const char*> a2, std::type_identity_t<int> a3,
+                        std::type_identity_t<nvk::os::WCHAR*> a4, std::type_identity_t<int> a5) {
     return win32::Call<int>(::MultiByteToWideChar, a0, a1, a2, a3, a4, a5);
 }
 
@@ -857,32 +854,32 @@ nvk::os::BOOL OemToCharA(std::type_identity_t<const char*> a0, std::type_identit
     return win32::Call<nvk::os::BOOL>(::OemToCharA, a0, a1);
 }
 
-nvk::os::HANDLE OpenFileMappingA(std::type_identity_t<unsigned int> a0,
+nvk::os::HANDLE OpenFileMappingA(std::type_identity_t<unsigned long> a0,
                                  std::type_identity_t<int> a1,
                                  std::type_identity_t<const char*> a2) {
     return win32::Call<nvk::os::HANDLE>(::OpenFileMappingA, a0, a1, a2);
 }
 
-nvk::os::HANDLE OpenMutexA(std::type_identity_t<unsigned int> a0, std::type_identity_t<int> a1,
+nvk::os::HANDLE OpenMutexA(std::type_identity_t<unsigned long> a0, std::type_identity_t<int> a1,
                            std::type_identity_t<const char*> a2) {
     return win32::Call<nvk::os::HANDLE>(::OpenMutexA, a0, a1, a2);
 }
 
 nvk::os::BOOL PeekMessageA(std::type_identity_t<nvk::os::MSG*> a0,
-                           std::type_identity_t<nvk::os::HWND__*> a1,
+                           std::type_identity_t<::HWND__*> a1,
                            std::type_identity_t<unsigned int> a2,
                            std::type_identity_t<unsigned int> a3,
                            std::type_identity_t<unsigned int> a4) {
     return win32::Call<nvk::os::BOOL>(::PeekMessageA, a0, a1, a2, a3, a4);
 }
 
-nvk::os::BOOL PlayEnhMetaFile(std::type_identity_t<nvk::os::HDC__*> a0,
-                              std::type_identity_t<nvk::os::HENHMETAFILE__*> a1,
+nvk::os::BOOL PlayEnhMetaFile(std::type_identity_t<::HDC__*> a0,
+                              std::type_identity_t<::HENHMETAFILE__*> a1,
                               std::type_identity_t<const nvk::os::RECT*> a2) {
     return win32::Call<nvk::os::BOOL>(::PlayEnhMetaFile, a0, a1, a2);
 }
 
-nvk::os::BOOL PlayEnhMetaFileRecord(std::type_identity_t<nvk::os::HDC__*> a0,
+nvk::os::BOOL PlayEnhMetaFileRecord(std::type_identity_t<::HDC__*> a0,
                                     std::type_identity_t<nvk::os::HANDLETABLE*> a1,
                                     std::type_identity_t<const nvk::os::ENHMETARECORD*> a2,
                                     std::type_identity_t<unsigned int> a3) {
@@ -894,36 +891,36 @@ void PostQuitMessage(std::type_identity_t<int> a0) {
 }
 
 nvk::os::BOOL ReadFile(std::type_identity_t<void*> a0, std::type_identity_t<void*> a1,
-                       std::type_identity_t<unsigned int> a2,
+                       std::type_identity_t<unsigned long> a2,
                        std::type_identity_t<nvk::os::DWORD*> a3, std::type_identity_t<void*> a4) {
     return win32::Call<nvk::os::BOOL>(::ReadFile, a0, a1, a2, a3, a4);
 }
 
-nvk::os::LSTATUS RegCloseKey(std::type_identity_t<nvk::os::HKEY__*> a0) {
+nvk::os::LSTATUS RegCloseKey(std::type_identity_t<::HKEY__*> a0) {
     return win32::Call<nvk::os::LSTATUS>(::RegCloseKey, a0);
 }
 
 nvk::os::LSTATUS RegCreateKeyExA(
-    std::type_identity_t<nvk::os::HKEY__*> a0, std::type_identity_t<const char*> a1,
-    std::type_identity_t<unsigned int> a2, std::type_identity_t<char*> a3,
-    std::type_identity_t<unsigned int> a4, std::type_identity_t<unsigned int> a5,
+    std::type_identity_t<::HKEY__*> a0, std::type_identity_t<const char*> a1,
+    std::type_identity_t<unsigned long> a2, std::type_identity_t<char*> a3,
+    std::type_identity_t<unsigned long> a4, std::type_identity_t<unsigned long> a5,
     std::type_identity_t<nvk::os::SECURITY_ATTRIBUTES*> a6, std::type_identity_t<nvk::os::HKEY*> a7,
     std::type_identity_t<nvk::os::DWORD*> a8) {
     return win32::Call<nvk::os::LSTATUS>(::RegCreateKeyExA, a0, a1, a2, a3, a4, a5, a6, a7, a8);
 }
 
-nvk::os::LSTATUS RegDeleteKeyA(std::type_identity_t<nvk::os::HKEY__*> a0,
+nvk::os::LSTATUS RegDeleteKeyA(std::type_identity_t<::HKEY__*> a0,
                                std::type_identity_t<const char*> a1) {
     return win32::Call<nvk::os::LSTATUS>(::RegDeleteKeyA, a0, a1);
 }
 
-nvk::os::LSTATUS RegDeleteValueA(std::type_identity_t<nvk::os::HKEY__*> a0,
+nvk::os::LSTATUS RegDeleteValueA(std::type_identity_t<::HKEY__*> a0,
                                  std::type_identity_t<const char*> a1) {
     return win32::Call<nvk::os::LSTATUS>(::RegDeleteValueA, a0, a1);
 }
 
 nvk::os::LSTATUS RegEnumKeyExA(
-    std::type_identity_t<nvk::os::HKEY__*> a0, std::type_identity_t<unsigned int> a1,
+    std::type_identity_t<::HKEY__*> a0, std::type_identity_t<unsigned long> a1,
     std::type_identity_t<char*> a2, std::type_identity_t<nvk::os::DWORD*> a3,
     std::type_identity_t<nvk::os::DWORD*> a4, std::type_identity_t<char*> a5,
     std::type_identity_t<nvk::os::DWORD*> a6, std::type_identity_t<nvk::os::FILETIME*> a7) {
@@ -931,22 +928,22 @@ nvk::os::LSTATUS RegEnumKeyExA(
 }
 
 nvk::os::LSTATUS RegEnumValueA(
-    std::type_identity_t<nvk::os::HKEY__*> a0, std::type_identity_t<unsigned int> a1,
+    std::type_identity_t<::HKEY__*> a0, std::type_identity_t<unsigned long> a1,
     std::type_identity_t<char*> a2, std::type_identity_t<nvk::os::DWORD*> a3,
     std::type_identity_t<nvk::os::DWORD*> a4, std::type_identity_t<nvk::os::DWORD*> a5,
     std::type_identity_t<nvk::os::BYTE*> a6, std::type_identity_t<nvk::os::DWORD*> a7) {
     return win32::Call<nvk::os::LSTATUS>(::RegEnumValueA, a0, a1, a2, a3, a4, a5, a6, a7);
 }
 
-nvk::os::LSTATUS RegOpenKeyExA(std::type_identity_t<nvk::os::HKEY__*> a0,
+nvk::os::LSTATUS RegOpenKeyExA(std::type_identity_t<::HKEY__*> a0,
                                std::type_identity_t<const char*> a1,
-                               std::type_identity_t<unsigned int> a2,
-                               std::type_identity_t<unsigned int> a3,
+                               std::type_identity_t<unsigned long> a2,
+                               std::type_identity_t<unsigned long> a3,
                                std::type_identity_t<nvk::os::HKEY*> a4) {
     return win32::Call<nvk::os::LSTATUS>(::RegOpenKeyExA, a0, a1, a2, a3, a4);
 }
 
-nvk::os::LSTATUS RegQueryValueExA(std::type_identity_t<nvk::os::HKEY__*> a0,
+nvk::os::LSTATUS RegQueryValueExA(std::type_identity_t<::HKEY__*> a0,
                                   std::type_identity_t<const char*> a1,
                                   std::type_identity_t<nvk::os::DWORD*> a2,
                                   std::type_identity_t<nvk::os::DWORD*> a3,
@@ -955,12 +952,12 @@ nvk::os::LSTATUS RegQueryValueExA(std::type_identity_t<nvk::os::HKEY__*> a0,
     return win32::Call<nvk::os::LSTATUS>(::RegQueryValueExA, a0, a1, a2, a3, a4, a5);
 }
 
-nvk::os::LSTATUS RegSetValueExA(std::type_identity_t<nvk::os::HKEY__*> a0,
+nvk::os::LSTATUS RegSetValueExA(std::type_identity_t<::HKEY__*> a0,
                                 std::type_identity_t<const char*> a1,
-                                std::type_identity_t<unsigned int> a2,
-                                std::type_identity_t<unsigned int> a3,
+                                std::type_identity_t<unsigned long> a2,
+                                std::type_identity_t<unsigned long> a3,
                                 std::type_identity_t<const nvk::os::BYTE*> a4,
-                                std::type_identity_t<unsigned int> a5) {
+                                std::type_identity_t<unsigned long> a5) {
     return win32::Call<nvk::os::LSTATUS>(::RegSetValueExA, a0, a1, a2, a3, a4, a5);
 }
 
@@ -968,7 +965,7 @@ nvk::os::ATOM RegisterClassA(std::type_identity_t<const nvk::os::WNDCLASSA*> a0)
     return win32::Call<nvk::os::ATOM>(::RegisterClassA, a0);
 }
 
-int ReleaseDC(std::type_identity_t<nvk::os::HWND__*> a0, std::type_identity_t<nvk::os::HDC__*> a1) {
+int ReleaseDC(std::type_identity_t<::HWND__*> a0, std::type_identity_t<::HDC__*> a1) {
     return win32::Call<int>(::ReleaseDC, a0, a1);
 }
 
@@ -980,8 +977,7 @@ nvk::os::BOOL RemoveDirectoryA(std::type_identity_t<const char*> a0) {
     return win32::Call<nvk::os::BOOL>(::RemoveDirectoryA, a0);
 }
 
-nvk::os::BOOL RemoveMenu(std::type_identity_t<nvk::os::HMENU__*> a0,
-                         std::type_identity_t<unsigned int> a1,
+nvk::os::BOOL RemoveMenu(std::type_identity_t<::HMENU__*> a0, std::type_identity_t<unsigned int> a1,
                          std::type_identity_t<unsigned int> a2) {
     return win32::Call<nvk::os::BOOL>(::RemoveMenu, a0, a1, a2);
 }
@@ -989,13 +985,13 @@ nvk::os::BOOL RemoveMenu(std::type_identity_t<nvk::os::HMENU__*> a0,
 nvk::os::BOOL ReplaceFileA(std::type_identity_t<const char*> a0,
                            std::type_identity_t<const char*> a1,
                            std::type_identity_t<const char*> a2,
-                           std::type_identity_t<unsigned int> a3, std::type_identity_t<void*> a4,
+                           std::type_identity_t<unsigned long> a3, std::type_identity_t<void*> a4,
                            std::type_identity_t<void*> a5) {
     FireCallHook("ReplaceFileA");
     return win32::Call<nvk::os::BOOL>(::ReplaceFileA, a0, a1, a2, a3, a4, a5);
 }
 
-nvk::os::BOOL RestoreDC(std::type_identity_t<nvk::os::HDC__*> a0, std::type_identity_t<int> a1) {
+nvk::os::BOOL RestoreDC(std::type_identity_t<::HDC__*> a0, std::type_identity_t<int> a1) {
     return win32::Call<nvk::os::BOOL>(::RestoreDC, a0, a1);
 }
 
@@ -1003,9 +999,9 @@ int SHFileOperationA(std::type_identity_t<nvk::os::SHFILEOPSTRUCTA*> a0) {
     return win32::Call<int>(::SHFileOperationA, a0);
 }
 
-nvk::os::HRESULT SHGetFolderPathA(std::type_identity_t<nvk::os::HWND__*> a0,
-                                  std::type_identity_t<int> a1, std::type_identity_t<void*> a2,
-                                  std::type_identity_t<unsigned int> a3,
+nvk::os::HRESULT SHGetFolderPathA(std::type_identity_t<::HWND__*> a0, std::type_identity_t<int> a1,
+                                  std::type_identity_t<void*> a2,
+                                  std::type_identity_t<unsigned long> a3,
                                   std::type_identity_t<char*> a4) {
     return win32::Call<nvk::os::HRESULT>(::SHGetFolderPathA, a0, a1, a2, a3, a4);
 }
@@ -1019,34 +1015,33 @@ nvk::os::BOOL SHGetPathFromIDListA(std::type_identity_t<const nvk::os::ITEMIDLIS
     return win32::Call<nvk::os::BOOL>(::SHGetPathFromIDListA, a0, a1);
 }
 
-nvk::os::HRESULT SHGetSpecialFolderLocation(std::type_identity_t<nvk::os::HWND__*> a0,
+nvk::os::HRESULT SHGetSpecialFolderLocation(std::type_identity_t<::HWND__*> a0,
                                             std::type_identity_t<int> a1,
                                             std::type_identity_t<nvk::os::LPITEMIDLIST*> a2) {
     return win32::Call<nvk::os::HRESULT>(::SHGetSpecialFolderLocation, a0, a1, a2);
 }
 
-int SaveDC(std::type_identity_t<nvk::os::HDC__*> a0) {
+int SaveDC(std::type_identity_t<::HDC__*> a0) {
     return win32::Call<int>(::SaveDC, a0);
 }
 
-nvk::os::HGDIOBJ SelectObject(std::type_identity_t<nvk::os::HDC__*> a0,
-                              std::type_identity_t<nvk::os::HGDIOBJ__*> a1) {
+nvk::os::HGDIOBJ SelectObject(std::type_identity_t<::HDC__*> a0, std::type_identity_t<void*> a1) {
     return win32::Call<nvk::os::HGDIOBJ>(::SelectObject, a0, a1);
 }
 
-nvk::os::LRESULT SendMessageA(std::type_identity_t<nvk::os::HWND__*> a0,
+nvk::os::LRESULT SendMessageA(std::type_identity_t<::HWND__*> a0,
                               std::type_identity_t<unsigned int> a1,
                               std::type_identity_t<unsigned long long> a2,
                               std::type_identity_t<long long> a3) {
     return win32::Call<nvk::os::LRESULT>(::SendMessageA, a0, a1, a2, a3);
 }
 
-nvk::os::COLORREF SetBkColor(std::type_identity_t<nvk::os::HDC__*> a0,
-                             std::type_identity_t<unsigned int> a1) {
+nvk::os::COLORREF SetBkColor(std::type_identity_t<::HDC__*> a0,
+                             std::type_identity_t<unsigned long> a1) {
     return win32::Call<nvk::os::COLORREF>(::SetBkColor, a0, a1);
 }
 
-int SetBkMode(std::type_identity_t<nvk::os::HDC__*> a0, std::type_identity_t<int> a1) {
+int SetBkMode(std::type_identity_t<::HDC__*> a0, std::type_identity_t<int> a1) {
     return win32::Call<int>(::SetBkMode, a0, a1);
 }
 
@@ -1069,56 +1064,56 @@ nvk::os::UINT SetErrorMode(std::type_identity_t<unsigned int> a0) {
 }
 
 nvk::os::BOOL SetFileAttributesA(std::type_identity_t<const char*> a0,
-                                 std::type_identity_t<unsigned int> a1) {
+                                 std::type_identity_t<unsigned long> a1) {
     return win32::Call<nvk::os::BOOL>(::SetFileAttributesA, a0, a1);
 }
 
-nvk::os::DWORD SetFilePointer(std::type_identity_t<void*> a0, std::type_identity_t<int> a1,
+nvk::os::DWORD SetFilePointer(std::type_identity_t<void*> a0, std::type_identity_t<long> a1,
                               std::type_identity_t<nvk::os::LONG*> a2,
-                              std::type_identity_t<unsigned int> a3) {
+                              std::type_identity_t<unsigned long> a3) {
     return win32::Call<nvk::os::DWORD>(::SetFilePointer, a0, a1, a2, a3);
 }
 
-void SetLastError(std::type_identity_t<unsigned int> a0) {
+void SetLastError(std::type_identity_t<unsigned long> a0) {
     return win32::Call(::SetLastError, a0);
 }
 
-int SetMapMode(std::type_identity_t<nvk::os::HDC__*> a0, std::type_identity_t<int> a1) {
+int SetMapMode(std::type_identity_t<::HDC__*> a0, std::type_identity_t<int> a1) {
     return win32::Call<int>(::SetMapMode, a0, a1);
 }
 
-nvk::os::COLORREF SetPixel(std::type_identity_t<nvk::os::HDC__*> a0, std::type_identity_t<int> a1,
-                           std::type_identity_t<int> a2, std::type_identity_t<unsigned int> a3) {
+nvk::os::COLORREF SetPixel(std::type_identity_t<::HDC__*> a0, std::type_identity_t<int> a1,
+                           std::type_identity_t<int> a2, std::type_identity_t<unsigned long> a3) {
     return win32::Call<nvk::os::COLORREF>(::SetPixel, a0, a1, a2, a3);
 }
 
-nvk::os::UINT SetTextAlign(std::type_identity_t<nvk::os::HDC__*> a0,
+nvk::os::UINT SetTextAlign(std::type_identity_t<::HDC__*> a0,
                            std::type_identity_t<unsigned int> a1) {
     return win32::Call<nvk::os::UINT>(::SetTextAlign, a0, a1);
 }
 
-nvk::os::COLORREF SetTextColor(std::type_identity_t<nvk::os::HDC__*> a0,
-                               std::type_identity_t<unsigned int> a1) {
+nvk::os::COLORREF SetTextColor(std::type_identity_t<::HDC__*> a0,
+                               std::type_identity_t<unsigned long> a1) {
     return win32::Call<nvk::os::COLORREF>(::SetTextColor, a0, a1);
 }
 
-nvk::os::LONG_PTR SetWindowLongPtrA(std::type_identity_t<nvk::os::HWND__*> a0,
+nvk::os::LONG_PTR SetWindowLongPtrA(std::type_identity_t<::HWND__*> a0,
                                     std::type_identity_t<int> a1,
                                     std::type_identity_t<long long> a2) {
     return win32::Call<nvk::os::LONG_PTR>(::SetWindowLongPtrA, a0, a1, a2);
 }
 
-nvk::os::BOOL SetWindowTextA(std::type_identity_t<nvk::os::HWND__*> a0,
+nvk::os::BOOL SetWindowTextA(std::type_identity_t<::HWND__*> a0,
                              std::type_identity_t<const char*> a1) {
     return win32::Call<nvk::os::BOOL>(::SetWindowTextA, a0, a1);
 }
 
-nvk::os::DWORD SizeofResource(std::type_identity_t<nvk::os::HINSTANCE__*> a0,
-                              std::type_identity_t<const nvk::os::ResourceEntry*> a1) {
+nvk::os::DWORD SizeofResource(std::type_identity_t<::HINSTANCE__*> a0,
+                              std::type_identity_t<::HRSRC__*> a1) {
     return win32::Call<nvk::os::DWORD>(::SizeofResource, a0, a1);
 }
 
-void Sleep(std::type_identity_t<unsigned int> a0) {
+void Sleep(std::type_identity_t<unsigned long> a0) {
     return win32::Call(::Sleep, a0);
 }
 
@@ -1132,7 +1127,7 @@ nvk::os::BOOL TerminateProcess(std::type_identity_t<void*> a0,
     return win32::Call<nvk::os::BOOL>(::TerminateProcess, a0, a1);
 }
 
-nvk::os::BOOL TextOutA(std::type_identity_t<nvk::os::HDC__*> a0, std::type_identity_t<int> a1,
+nvk::os::BOOL TextOutA(std::type_identity_t<::HDC__*> a0, std::type_identity_t<int> a1,
                        std::type_identity_t<int> a2, std::type_identity_t<const char*> a3,
                        std::type_identity_t<int> a4) {
     return win32::Call<nvk::os::BOOL>(::TextOutA, a0, a1, a2, a3, a4);
@@ -1146,10 +1141,10 @@ nvk::os::BOOL TryEnterCriticalSection(std::type_identity_t<nvk::os::CRITICAL_SEC
     return win32::Call<nvk::os::BOOL>(::TryEnterCriticalSection, a0);
 }
 
-nvk::os::BOOL UnlockFile(std::type_identity_t<void*> a0, std::type_identity_t<unsigned int> a1,
-                         std::type_identity_t<unsigned int> a2,
-                         std::type_identity_t<unsigned int> a3,
-                         std::type_identity_t<unsigned int> a4) {
+nvk::os::BOOL UnlockFile(std::type_identity_t<void*> a0, std::type_identity_t<unsigned long> a1,
+                         std::type_identity_t<unsigned long> a2,
+                         std::type_identity_t<unsigned long> a3,
+                         std::type_identity_t<unsigned long> a4) {
     return win32::Call<nvk::os::BOOL>(::UnlockFile, a0, a1, a2, a3, a4);
 }
 
@@ -1157,7 +1152,7 @@ nvk::os::BOOL UnmapViewOfFile(std::type_identity_t<const void*> a0) {
     return win32::Call<nvk::os::BOOL>(::UnmapViewOfFile, a0);
 }
 
-nvk::os::BOOL UpdateWindow(std::type_identity_t<nvk::os::HWND__*> a0) {
+nvk::os::BOOL UpdateWindow(std::type_identity_t<::HWND__*> a0) {
     return win32::Call<nvk::os::BOOL>(::UpdateWindow, a0);
 }
 
@@ -1175,14 +1170,14 @@ nvk::os::BOOL VerQueryValueA(std::type_identity_t<const void*> a0,
 
 nvk::os::LPVOID VirtualAlloc(std::type_identity_t<void*> a0,
                              std::type_identity_t<unsigned long long> a1,
-                             std::type_identity_t<unsigned int> a2,
-                             std::type_identity_t<unsigned int> a3) {
+                             std::type_identity_t<unsigned long> a2,
+                             std::type_identity_t<unsigned long> a3) {
     return win32::Call<nvk::os::LPVOID>(::VirtualAlloc, a0, a1, a2, a3);
 }
 
 nvk::os::BOOL VirtualFree(std::type_identity_t<void*> a0,
                           std::type_identity_t<unsigned long long> a1,
-                          std::type_identity_t<unsigned int> a2) {
+                          std::type_identity_t<unsigned long> a2) {
     return win32::Call<nvk::os::BOOL>(::VirtualFree, a0, a1, a2);
 }
 
@@ -1193,12 +1188,12 @@ nvk::os::DWORD WNetGetConnectionA(std::type_identity_t<const char*> a0,
 }
 
 nvk::os::DWORD WaitForSingleObject(std::type_identity_t<void*> a0,
-                                   std::type_identity_t<unsigned int> a1) {
+                                   std::type_identity_t<unsigned long> a1) {
     return win32::Call<nvk::os::DWORD>(::WaitForSingleObject, a0, a1);
 }
 
 int WideCharToMultiByte(std::type_identity_t<unsigned int> a0,
-                        std::type_identity_t<unsigned int> a1,
+                        std::type_identity_t<unsigned long> a1,
                         std::type_identity_t<const nvk::os::WCHAR*> a2,
                         std::type_identity_t<int> a3, std::type_identity_t<char*> a4,
                         std::type_identity_t<int> a5, std::type_identity_t<const char*> a6,
@@ -1211,7 +1206,7 @@ nvk::os::UINT WinExec(std::type_identity_t<const char*> a0, std::type_identity_t
 }
 
 nvk::os::BOOL WriteFile(std::type_identity_t<void*> a0, std::type_identity_t<const void*> a1,
-                        std::type_identity_t<unsigned int> a2,
+                        std::type_identity_t<unsigned long> a2,
                         std::type_identity_t<nvk::os::DWORD*> a3, std::type_identity_t<void*> a4) {
     FireCallHook("WriteFile");
     return win32::Call<nvk::os::BOOL>(::WriteFile, a0, a1, a2, a3, a4);

@@ -1,14 +1,13 @@
-// The OS layer's functions passed to Windows' own. The layer's types keep
-// Windows' sizes and layouts, but are its own names (its DWORD is an unsigned
-// int where Windows' is an unsigned long, its WCHAR a char16_t), so each
-// argument is handed over as the type Windows declares, pointers and
-// handles reinterpreted, and the answer handed back the same way.
+// The OS layer's functions passed to Windows' own. The layer's numbers,
+// characters and handles are Windows' very types and pass as they are; its
+// structs are its own, laid out as Windows' (layout_check.cpp), so pointers to
+// them, and callbacks taking them, are reinterpreted as the type Windows
+// declares, and the answer handed back the same way.
 //
 // The layer's headers come first: <windows.h> defines many of their names
 // as macros, which must not reach them.
 #pragma once
 
-#include <bit>
 #include <type_traits>
 
 #include "nvk/os/gdi_types.h"
@@ -82,21 +81,23 @@ void FireCallHook(const char* call);
 
 namespace nvk::os::win32 {
 
+// Hands a value over as the type Windows declares. Numbers, characters and
+// handles are that very type; what differs is a pointer to one of the layer's
+// own structs, or a callback taking one, which is reinterpreted.
 template <class To, class From>
 To Pass(From value) {
-    constexpr bool number = (std::is_arithmetic_v<From> || std::is_enum_v<From>)&&(
-        std::is_arithmetic_v<To> || std::is_enum_v<To>);
-    if constexpr (std::is_convertible_v<From, To> || number) {
-        return static_cast<To>(value);
-    } else if constexpr (std::is_pointer_v<From> &&
-                         !std::is_function_v<std::remove_pointer_t<From>>) {
-        // Some of Windows' declarations lack the const that the call keeps.
-        using Mutable = std::remove_const_t<std::remove_pointer_t<From>>*;
-        return reinterpret_cast<To>(const_cast<Mutable>(value));
-    } else if constexpr (std::is_pointer_v<To>) {
-        return reinterpret_cast<To>(value);
+    if constexpr (std::is_same_v<To, From>) {
+        return value;
     } else {
-        return std::bit_cast<To>(value);
+        static_assert(std::is_pointer_v<To> && std::is_pointer_v<From>,
+                      "the layer's numbers and handles are Windows' own types");
+        if constexpr (std::is_function_v<std::remove_pointer_t<From>>) {
+            return reinterpret_cast<To>(value);
+        } else {
+            // Some of Windows' declarations lack the const that the call keeps.
+            using Mutable = std::remove_const_t<std::remove_pointer_t<From>>*;
+            return reinterpret_cast<To>(const_cast<Mutable>(value));
+        }
     }
 }
 

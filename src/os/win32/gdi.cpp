@@ -90,7 +90,7 @@ HDC CreateImageDC(int width, int height) {
         ::SetLastError(ERROR_INVALID_PARAMETER);
         return nullptr;
     }
-    return reinterpret_cast<HDC>(NewImage(width, height, Image{}));
+    return NewImage(width, height, Image{});
 }
 
 // Drawn on an image of the size, which DeleteDC writes in the file's format.
@@ -116,25 +116,24 @@ HDC CreateFileDC(LPCSTR fileName, int width, int height) {
         ::SetLastError(ERROR_INVALID_PARAMETER);
         return nullptr;
     }
-    return reinterpret_cast<HDC>(NewImage(width, height, image));
+    return NewImage(width, height, image);
 }
 
 BOOL DeleteDC(HDC dc) {
-    auto* handle = reinterpret_cast<::HDC>(dc);
-    std::optional<Image> image = FindImage(handle);
+    std::optional<Image> image = FindImage(dc);
     if (!image) {
-        return ::DeleteDC(handle);
+        return ::DeleteDC(dc);
     }
     bool written =
         !image->format || win32::WriteImageFile(image->file, *image->format, image->width,
-                                                image->height, Pixels(handle, *image));
+                                                image->height, Pixels(dc, *image));
     {
         std::lock_guard<std::mutex> guard(ImagesLock());
-        Images().erase(handle);
+        Images().erase(dc);
     }
     // The device context's own bitmap goes with it even if selected away.
-    ::SelectObject(handle, image->first);
-    ::DeleteDC(handle);
+    ::SelectObject(dc, image->first);
+    ::DeleteDC(dc);
     ::DeleteObject(image->bitmap);
     if (!written) {
         ::SetLastError(ERROR_CANTWRITE);
@@ -146,7 +145,7 @@ BOOL DeleteDC(HDC dc) {
 // A PDF or SVG file is vector drawing, where operations that read the pixels
 // (the source's or the target's) have nothing to read.
 BOOL BitBlt(HDC dc, int x, int y, int cx, int cy, HDC source, int xSource, int ySource, DWORD rop) {
-    std::optional<Image> image = FindImage(reinterpret_cast<::HDC>(dc));
+    std::optional<Image> image = FindImage(dc);
     if (image && image->format && *image->format != win32::ImageFormat::Png) {
         unsigned index = rop >> 16 & 0xFF;
         bool readsSource = ((index ^ index >> 2) & 0x33) != 0;
@@ -156,8 +155,7 @@ BOOL BitBlt(HDC dc, int x, int y, int cx, int cy, HDC source, int xSource, int y
             return FALSE;
         }
     }
-    return ::BitBlt(reinterpret_cast<::HDC>(dc), x, y, cx, cy, reinterpret_cast<::HDC>(source),
-                    xSource, ySource, rop);
+    return ::BitBlt(dc, x, y, cx, cy, source, xSource, ySource, rop);
 }
 
 // Windows' own takes bits shorter than their header counts, and reads past
@@ -167,7 +165,7 @@ HENHMETAFILE SetEnhMetaFileBits(UINT size, const BYTE* data) {
         ::SetLastError(ERROR_INVALID_DATA);
         return nullptr;
     }
-    return reinterpret_cast<HENHMETAFILE>(::SetEnhMetaFileBits(size, data));
+    return ::SetEnhMetaFileBits(size, data);
 }
 
 }  // namespace nvk::os

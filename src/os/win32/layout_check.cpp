@@ -3271,6 +3271,81 @@ static_assert(nvk::os::layout::SameValue(nvk::os::layout::XTYP_WILDCONNECT_, XTY
 static_assert(nvk::os::layout::SameValue(nvk::os::layout::XTYP_XACT_COMPLETE_, XTYP_XACT_COMPLETE));
 #endif
 
+// The layer's numbers, characters, handles and callbacks are Windows' own.
+static_assert(std::is_same_v<nvk::os::ATOM, ::ATOM>);
+static_assert(std::is_same_v<nvk::os::BFFCALLBACK, ::BFFCALLBACK>);
+static_assert(std::is_same_v<nvk::os::BOOL, ::BOOL>);
+static_assert(std::is_same_v<nvk::os::BYTE, ::BYTE>);
+static_assert(std::is_same_v<nvk::os::COLORREF, ::COLORREF>);
+static_assert(std::is_same_v<nvk::os::DWORD, ::DWORD>);
+static_assert(std::is_same_v<nvk::os::DWORD_PTR, ::DWORD_PTR>);
+static_assert(std::is_same_v<nvk::os::ENUMRESLANGPROCA, ::ENUMRESLANGPROCA>);
+static_assert(std::is_same_v<nvk::os::ENUMRESNAMEPROCA, ::ENUMRESNAMEPROCA>);
+static_assert(std::is_same_v<nvk::os::HANDLE, ::HANDLE>);
+static_assert(std::is_same_v<nvk::os::HBITMAP, ::HBITMAP>);
+static_assert(std::is_same_v<nvk::os::HBRUSH, ::HBRUSH>);
+static_assert(std::is_same_v<nvk::os::HCONV, ::HCONV>);
+static_assert(std::is_same_v<nvk::os::HDC, ::HDC>);
+static_assert(std::is_same_v<nvk::os::HDDEDATA, ::HDDEDATA>);
+static_assert(std::is_same_v<nvk::os::HENHMETAFILE, ::HENHMETAFILE>);
+static_assert(std::is_same_v<nvk::os::HFONT, ::HFONT>);
+static_assert(std::is_same_v<nvk::os::HGDIOBJ, ::HGDIOBJ>);
+static_assert(std::is_same_v<nvk::os::HGLOBAL, ::HGLOBAL>);
+static_assert(std::is_same_v<nvk::os::HINSTANCE, ::HINSTANCE>);
+static_assert(std::is_same_v<nvk::os::HKEY, ::HKEY>);
+static_assert(std::is_same_v<nvk::os::HLOCAL, ::HLOCAL>);
+static_assert(std::is_same_v<nvk::os::HMENU, ::HMENU>);
+static_assert(std::is_same_v<nvk::os::HMODULE, ::HMODULE>);
+static_assert(std::is_same_v<nvk::os::HPEN, ::HPEN>);
+static_assert(std::is_same_v<nvk::os::HRESULT, ::HRESULT>);
+static_assert(std::is_same_v<nvk::os::HRSRC, ::HRSRC>);
+static_assert(std::is_same_v<nvk::os::HSZ, ::HSZ>);
+static_assert(std::is_same_v<nvk::os::HWND, ::HWND>);
+static_assert(std::is_same_v<nvk::os::LANGID, ::LANGID>);
+static_assert(std::is_same_v<nvk::os::LCID, ::LCID>);
+static_assert(std::is_same_v<nvk::os::LCTYPE, ::LCTYPE>);
+static_assert(std::is_same_v<nvk::os::LONG, ::LONG>);
+static_assert(std::is_same_v<nvk::os::LONGLONG, ::LONGLONG>);
+static_assert(std::is_same_v<nvk::os::LONG_PTR, ::LONG_PTR>);
+static_assert(std::is_same_v<nvk::os::LPARAM, ::LPARAM>);
+static_assert(std::is_same_v<nvk::os::LPBYTE, ::LPBYTE>);
+static_assert(std::is_same_v<nvk::os::LPCOLESTR, ::LPCOLESTR>);
+static_assert(std::is_same_v<nvk::os::LPCSTR, ::LPCSTR>);
+static_assert(std::is_same_v<nvk::os::LPCVOID, ::LPCVOID>);
+static_assert(std::is_same_v<nvk::os::LPCWSTR, ::LPCWSTR>);
+static_assert(std::is_same_v<nvk::os::LPDWORD, ::LPDWORD>);
+static_assert(std::is_same_v<nvk::os::LPOLESTR, ::LPOLESTR>);
+static_assert(std::is_same_v<nvk::os::LPSTR, ::LPSTR>);
+static_assert(std::is_same_v<nvk::os::LPVOID, ::LPVOID>);
+static_assert(std::is_same_v<nvk::os::LPWSTR, ::LPWSTR>);
+static_assert(std::is_same_v<nvk::os::LRESULT, ::LRESULT>);
+static_assert(std::is_same_v<nvk::os::LSTATUS, ::LSTATUS>);
+static_assert(std::is_same_v<nvk::os::PFNCALLBACK, ::PFNCALLBACK>);
+static_assert(std::is_same_v<nvk::os::PHKEY, ::PHKEY>);
+static_assert(std::is_same_v<nvk::os::PLONG, ::PLONG>);
+static_assert(std::is_same_v<nvk::os::PSID, ::PSID>);
+static_assert(std::is_same_v<nvk::os::REGSAM, ::REGSAM>);
+static_assert(std::is_same_v<nvk::os::SHORT, ::SHORT>);
+static_assert(std::is_same_v<nvk::os::SIZE_T, ::SIZE_T>);
+static_assert(std::is_same_v<nvk::os::UINT, ::UINT>);
+static_assert(std::is_same_v<nvk::os::UINT_PTR, ::UINT_PTR>);
+static_assert(std::is_same_v<nvk::os::ULONG, ::ULONG>);
+static_assert(std::is_same_v<nvk::os::ULONGLONG, ::ULONGLONG>);
+static_assert(std::is_same_v<nvk::os::ULONG_PTR, ::ULONG_PTR>);
+static_assert(std::is_same_v<nvk::os::WCHAR, ::WCHAR>);
+static_assert(std::is_same_v<nvk::os::WNDPROC, ::WNDPROC>);
+static_assert(std::is_same_v<nvk::os::WORD, ::WORD>);
+static_assert(std::is_same_v<nvk::os::WPARAM, ::WPARAM>);
+
+// Standing for the layer's own structs, which share only their layout with
+// Windows':
+//   CLSID, ENHMFENUMPROC, IID, LPCITEMIDLIST, LPCRITICAL_SECTION, LPITEMIDLIST, LPMSG,
+//   LPPROCESS_INFORMATION, LPSECURITY_ATTRIBUTES, LPSTARTUPINFOA, LPWIN32_FIND_DATAA, PCONVCONTEXT,
+//   PULARGE_INTEGER.
+
+// FARPROC: the layer's entry points are void (*)(), which any function pointer type is cast from
+// and to without a warning; Windows' return an INT_PTR.
+
 // Pointers on both sides, whose numbers no constant expression gives back:
 //   HGDI_ERROR, HKEY_CLASSES_ROOT, HKEY_CURRENT_CONFIG, HKEY_CURRENT_USER, HKEY_LOCAL_MACHINE,
 //   HKEY_USERS, INVALID_HANDLE_VALUE, RT_GROUP_ICON, RT_ICON, RT_RCDATA, RT_STRING.

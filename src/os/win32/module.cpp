@@ -8,11 +8,11 @@
 namespace nvk::os {
 
 HMODULE ModuleFromAddress(LPCVOID address) {
-    ::HMODULE module = nullptr;
+    HMODULE module = nullptr;
     ::GetModuleHandleExA(
         GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
         static_cast<LPCSTR>(address), &module);
-    return reinterpret_cast<HMODULE>(module);
+    return module;
 }
 
 BOOL PinModule(LPCVOID address) {

@@ -16,12 +16,11 @@ struct Root {
     ::HKEY key;
 };
 
-// The layer's predefined keys are Windows' own values under its handle type.
-const Root kRoots[] = {{"HKEY_CLASSES_ROOT", reinterpret_cast<::HKEY>(HKEY_CLASSES_ROOT)},
-                       {"HKEY_CURRENT_USER", reinterpret_cast<::HKEY>(HKEY_CURRENT_USER)},
-                       {"HKEY_LOCAL_MACHINE", reinterpret_cast<::HKEY>(HKEY_LOCAL_MACHINE)},
-                       {"HKEY_USERS", reinterpret_cast<::HKEY>(HKEY_USERS)},
-                       {"HKEY_CURRENT_CONFIG", reinterpret_cast<::HKEY>(HKEY_CURRENT_CONFIG)}};
+const Root kRoots[] = {{"HKEY_CLASSES_ROOT", HKEY_CLASSES_ROOT},
+                       {"HKEY_CURRENT_USER", HKEY_CURRENT_USER},
+                       {"HKEY_LOCAL_MACHINE", HKEY_LOCAL_MACHINE},
+                       {"HKEY_USERS", HKEY_USERS},
+                       {"HKEY_CURRENT_CONFIG", HKEY_CURRENT_CONFIG}};
 
 const Root* RootOf(::HKEY key) {
     for (const Root& root : kRoots) {
@@ -157,7 +156,7 @@ std::string AnsiText(std::string_view bytes) {
 // Predefined keys only: the documented calls give no name for a key opened
 // below one.
 LSTATUS RegExportText(HKEY key, LPCSTR subKey, std::string& text) {
-    const Root* root = RootOf(reinterpret_cast<::HKEY>(key));
+    const Root* root = RootOf(key);
     if (root == nullptr) {
         return ERROR_INVALID_HANDLE;
     }

@@ -16,7 +16,7 @@ namespace {
     if (hook.message == nullptr || message < WM_USER) {
         return ::DefWindowProcA(window, message, wParam, lParam);
     }
-    return hook.message(reinterpret_cast<HWND>(window), message, wParam, lParam);
+    return hook.message(window, message, wParam, lParam);
 }
 
 const char* BrowserClass() {
@@ -40,11 +40,10 @@ LPITEMIDLIST SHBrowseForFolderA(BROWSEINFOA* info) {
     if (hook.run == nullptr) {
         return win32::Call<LPITEMIDLIST>(::SHBrowseForFolderA, info);
     }
-    // A message-only window (HWND_MESSAGE, spelt out: here HWND names our own
-    // type): never shown, so no display is needed.
-    ::HWND window = ::CreateWindowExA(0, BrowserClass(), nullptr, 0, 0, 0, 0, 0,
-                                      reinterpret_cast<::HWND>(-3), nullptr, nullptr, nullptr);
-    LPITEMIDLIST chosen = hook.run(*info, reinterpret_cast<HWND>(window));
+    // A message-only window: never shown, so no display is needed.
+    HWND window = ::CreateWindowExA(0, BrowserClass(), nullptr, 0, 0, 0, 0, 0, HWND_MESSAGE,
+                                    nullptr, nullptr, nullptr);
+    LPITEMIDLIST chosen = hook.run(*info, window);
     ::DestroyWindow(window);
     return chosen;
 }
