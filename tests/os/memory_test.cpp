@@ -5,6 +5,7 @@
 #include <fstream>
 #include <iterator>
 #include <string>
+#include <vector>
 
 #include "os/api/error.h"
 #include "os/api/file.h"
@@ -267,6 +268,35 @@ TEST(FileMapping, AFileWithASectionOpenDoesNotShrink) {
     EXPECT_EQ(SetEnd(file, 1000), ERROR_SUCCESS);
     EXPECT_TRUE(CloseHandle(other));
     EXPECT_TRUE(CloseHandle(file));
+}
+
+std::size_t OpenDescriptors() {
+    const std::filesystem::directory_iterator all("/proc/self/fd");
+    return static_cast<std::size_t>(std::distance(begin(all), end(all)));
+}
+
+// A reader keeps many windows of a file mapped: they must not hold a
+// descriptor each.
+TEST(FileMapping, TheViewsOfAFileShareItsDescriptor) {
+    test::TempFolder folder;
+    const std::string path = folder / "windows";
+    std::ofstream(path, std::ios::binary) << std::string(65536, 'w');
+    HANDLE file = CreateFileA(path.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING,
+                              FILE_ATTRIBUTE_NORMAL, nullptr);
+    const std::size_t before = OpenDescriptors();
+    std::vector<void*> views;
+    for (int i = 0; i < 200; ++i) {
+        HANDLE mapping = CreateFileMappingA(file, nullptr, PAGE_READONLY, 0, 0, nullptr);
+        views.push_back(MapViewOfFile(mapping, FILE_MAP_READ, 0, 0, 0));
+        CloseHandle(mapping);
+        ASSERT_NE(views.back(), nullptr);
+    }
+    EXPECT_LE(OpenDescriptors(), before + 1);
+    for (void* view : views) {
+        UnmapViewOfFile(view);
+    }
+    EXPECT_EQ(OpenDescriptors(), before);
+    CloseHandle(file);
 }
 
 TEST(FileMapping, SharedWithAnotherProcess) {

@@ -3,6 +3,7 @@
 // is touched, never at creation.
 #include <fcntl.h>
 #include <sys/mman.h>
+#include <sys/stat.h>
 #include <sys/statvfs.h>
 #include <sys/sysinfo.h>
 #include <unistd.h>
@@ -14,6 +15,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <tuple>
 
 #include "os/api/error.h"
 #include "os/api/sync.h"
@@ -47,8 +49,8 @@ MappingInfo& InfoOf(posix::ObjectHeader& header) {
     return *reinterpret_cast<MappingInfo*>(header.body);
 }
 
-// A file section's own open of its file, which holds the section's marker.
-// Its views keep it too, so that the file is not cut under them.
+// An open of a file by its sections, which holds their marker. Their views
+// keep it too, so that the file is not cut under them.
 struct FileOpen {
     explicit FileOpen(int descriptor) : fd(descriptor) {}
     ~FileOpen() { close(fd); }
@@ -56,6 +58,43 @@ struct FileOpen {
     FileOpen& operator=(const FileOpen&) = delete;
     const int fd;
 };
+
+// The open of a file that its sections share in this process, readable or
+// writable: one descriptor a file, not one for every window of it that a
+// reader keeps mapped. It is the file's own open (a duplicate would share the
+// handle's locks and go with them); when the file can't be opened again, a
+// duplicate maps the same, unmarked.
+std::shared_ptr<FileOpen> SharedOpen(int fd, bool writable) {
+    struct stat info;
+    if (fstat(fd, &info) != 0) {
+        posix::SetErrorFromErrno(errno);
+        return nullptr;
+    }
+    using Identity = std::tuple<dev_t, ino_t, bool>;
+    static auto* lock = new std::mutex;
+    static auto* opens = new std::map<Identity, std::weak_ptr<FileOpen>>;
+    std::lock_guard guard(*lock);
+    std::erase_if(*opens, [](const auto& entry) { return entry.second.expired(); });
+    std::weak_ptr<FileOpen>& known = (*opens)[Identity{info.st_dev, info.st_ino, writable}];
+    if (auto shared = known.lock()) {
+        return shared;
+    }
+    char link[64];
+    std::snprintf(link, sizeof link, "/proc/self/fd/%d", fd);
+    int own = ::open(link, (writable ? O_RDWR : O_RDONLY) | O_CLOEXEC | O_NOCTTY);
+    if (own >= 0) {
+        posix::HoldSectionMarker(own);
+    } else {
+        own = fcntl(fd, F_DUPFD_CLOEXEC, 0);
+    }
+    if (own < 0) {
+        posix::SetErrorFromErrno(errno);
+        return nullptr;
+    }
+    auto shared = std::make_shared<FileOpen>(own);
+    known = shared;
+    return shared;
+}
 
 // One mapping as a handle sees it. The descriptor is the section's own, so
 // the section outlives the handle that made it.
@@ -202,23 +241,11 @@ std::shared_ptr<Section> FileSection(HANDLE file, bool writable, ULONGLONG size)
     auto section = std::make_shared<Section>();
     section->size = size != 0 ? size : static_cast<ULONGLONG>(length);
     section->writable = writable;
-    // An open of the file of its own, whose marker is the section's alone (a
-    // duplicate would share the handle's locks and go with them). When the
-    // file can't be opened again, a duplicate maps the same, unmarked.
-    char link[64];
-    std::snprintf(link, sizeof link, "/proc/self/fd/%d", fd);
-    int own = open(link, (writable ? O_RDWR : O_RDONLY) | O_CLOEXEC | O_NOCTTY);
-    if (own >= 0) {
-        posix::HoldSectionMarker(own);
-    } else {
-        own = fcntl(fd, F_DUPFD_CLOEXEC, 0);
-    }
-    if (own < 0) {
-        posix::SetErrorFromErrno(errno);
+    section->file = SharedOpen(fd, writable);
+    if (!section->file) {
         return nullptr;
     }
-    section->file = std::make_shared<FileOpen>(own);
-    section->fd = own;
+    section->fd = section->file->fd;
     section->ownsFd = false;
     return section;
 }
