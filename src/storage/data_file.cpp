@@ -81,11 +81,11 @@ void EDataFile::ReadHeader() {
 // A named file's header goes through its mapped window, which is the file
 // for every reader; the flush then writes it to the disk as it would a
 // written header.
-void EDataFile::WriteHeader() {
+void EDataFile::WriteHeader(std::uint64_t size) {
     if (m_File == nullptr) {
         return;
     }
-    char* mapped = m_Map != nullptr ? m_Map->At(0, kHeaderSize, FileSize()) : nullptr;
+    char* mapped = m_Map != nullptr ? m_Map->At(0, kHeaderSize, size) : nullptr;
     if (mapped != nullptr) {
         std::memcpy(mapped, m_Header, kHeaderSize);
         m_File->Seek(kHeaderSize, 0);
@@ -131,7 +131,7 @@ int EDataFile::Create(const char* name, unsigned long recordSize) {
     m_Header = new Header{};
     m_Header->Magic = nvk::data_format::kMagic;
     m_Header->RecordSize = static_cast<std::uint32_t>(recordSize);
-    WriteHeader();
+    WriteHeader(0);
     if (name != nullptr) {
         Release();
     }
@@ -299,14 +299,13 @@ void EDataFile::Update(void* buffer, unsigned long /*size*/) {
     m_File->Flush();
 }
 
-bool EDataFile::TakeFreeHead(std::uint32_t& link, std::uint32_t& length) {
+bool EDataFile::TakeFreeHead(std::uint64_t size, std::uint32_t& link, std::uint32_t& length) {
     const std::uint32_t head = m_Header->FreeHead;
-    const std::uint64_t size = FileSize();
     bool inside = Fixed() ? head <= Slots()
                           : head >= kHeaderSize && static_cast<std::uint64_t>(head) + 12 <= size;
     DeletedMark mark{};
     if (inside) {
-        Seek(head);
+        SeekIn(head, size);
         inside = m_File->Read(&mark, sizeof mark) == 1;
         SeekAbsolute(Fixed() ? kHeaderSize + (head - 1) * RecordSize() : head);
     }
@@ -324,8 +323,9 @@ bool EDataFile::TakeFreeHead(std::uint32_t& link, std::uint32_t& length) {
     return true;
 }
 
-void EDataFile::AppendVariable(void* buffer, std::uint32_t payload) {
-    SeekAbsolute(static_cast<std::uint32_t>(m_File->Seek(0, 2)));
+std::uint64_t EDataFile::AppendVariable(void* buffer, std::uint32_t payload) {
+    const std::uint64_t size = m_File->Seek(0, 2);
+    SeekAbsolute(static_cast<std::uint32_t>(size));
     m_Courant = m_Position;
     // A payload shorter than the part of the record that the deleted mark
     // covers is stored padded with zeros to it, so that the record can be
@@ -340,6 +340,7 @@ void EDataFile::AppendVariable(void* buffer, std::uint32_t payload) {
         char zeros[kMinPayload] = {};
         m_File->Write(zeros, padding);
     }
+    return size;
 }
 
 void EDataFile::Insere(void* buffer, unsigned long size) {
@@ -349,7 +350,10 @@ void EDataFile::Insere(void* buffer, unsigned long size) {
     std::uint32_t link = 0;
     std::uint32_t length = 0;
     const auto payload = static_cast<std::uint32_t>(size);
-    if (m_Header->FreeHead != 0 && TakeFreeHead(link, length)) {
+    // The file's size as this insertion finds it: asked once, from the free
+    // list's check or from the move to the end.
+    std::uint64_t fileSize = m_Header->FreeHead != 0 ? FileSize() : 0;
+    if (m_Header->FreeHead != 0 && TakeFreeHead(fileSize, link, length)) {
         if (Fixed()) {
             m_Header->FreeHead = link;
             m_File->Write(m_Buffer, RecordSize());
@@ -359,19 +363,20 @@ void EDataFile::Insere(void* buffer, unsigned long size) {
             m_File->Write(&length, sizeof length);
             m_File->Write(buffer, payload);
         } else {
-            AppendVariable(buffer, payload);
+            fileSize = AppendVariable(buffer, payload);
         }
         ++m_Header->RecordCount;
     } else if (Fixed()) {
-        m_Position = static_cast<std::uint32_t>(m_File->Seek(0, 2));
+        fileSize = m_File->Seek(0, 2);
+        m_Position = static_cast<std::uint32_t>(fileSize);
         m_File->Write(m_Buffer, RecordSize());
         ++m_Header->RecordCount;
         m_Courant = m_Header->RecordCount;
     } else {
-        AppendVariable(buffer, payload);
+        fileSize = AppendVariable(buffer, payload);
         ++m_Header->RecordCount;
     }
-    WriteHeader();
+    WriteHeader(fileSize);
     SeekAbsolute(m_Position);
 }
 
@@ -383,7 +388,8 @@ void EDataFile::Delete() {
     // the end, or a file with no record at all) the mark would grow the file;
     // with none counted the count would wrap; a record already deleted would
     // tie the free list into a cycle.
-    if (!OnRecord() || m_Header->RecordCount == 0) {
+    const std::uint64_t size = FileSize();
+    if (!OnRecordIn(size) || m_Header->RecordCount == 0) {
         return;
     }
     std::uint32_t first = 0;
@@ -396,7 +402,7 @@ void EDataFile::Delete() {
     // alone: marking it would write over the next record.
     const bool holdsMark =
         Fixed() ? RecordSize() >= sizeof(DeletedMark)
-                : first >= sizeof(DeletedMark) && m_Courant + std::uint64_t{first} <= FileSize();
+                : first >= sizeof(DeletedMark) && m_Courant + std::uint64_t{first} <= size;
     if (!holdsMark) {
         return;
     }
@@ -405,7 +411,7 @@ void EDataFile::Delete() {
     m_File->Flush();
     --m_Header->RecordCount;
     m_Header->FreeHead = m_Courant;
-    WriteHeader();
+    WriteHeader(size);
     SeekAbsolute(m_Position);
 }
 

@@ -5,6 +5,7 @@
 #include <fstream>
 #include <iterator>
 #include <string>
+#include <vector>
 
 #include "os/api/error.h"
 #include "os/api/file.h"
@@ -219,6 +220,83 @@ TEST(FileMapping, OfAFileShowsAndWritesItsBytes) {
     EXPECT_EQ(CreateFileMappingA(file, nullptr, PAGE_READWRITE, 0, 16, nullptr), nullptr);
     EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED);  // the handle can't write
     EXPECT_TRUE(CloseHandle(file));
+}
+
+DWORD SetEnd(HANDLE file, LONG size) {
+    SetFilePointer(file, size, nullptr, FILE_BEGIN);
+    return SetEndOfFile(file) ? ERROR_SUCCESS : GetLastError();
+}
+
+// A file is not cut under a section of it, whichever handle asks and while
+// its handle or a view is open, here or in another process; it may grow.
+TEST(FileMapping, AFileWithASectionOpenDoesNotShrink) {
+    test::TempFolder folder;
+    const std::string path = folder / "sized";
+    std::ofstream(path, std::ios::binary) << std::string(8192, 'a');
+    const DWORD shared = FILE_SHARE_READ | FILE_SHARE_WRITE;
+    HANDLE file = CreateFileA(path.c_str(), GENERIC_READ | GENERIC_WRITE, shared, nullptr,
+                              OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    HANDLE other = CreateFileA(path.c_str(), GENERIC_READ | GENERIC_WRITE, shared, nullptr,
+                               OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    HANDLE mapping = CreateFileMappingA(file, nullptr, PAGE_READONLY, 0, 4096, nullptr);
+    ASSERT_NE(mapping, nullptr);
+    EXPECT_EQ(SetEnd(file, 100), ERROR_USER_MAPPED_FILE);
+    EXPECT_EQ(SetEnd(other, 0), ERROR_USER_MAPPED_FILE);
+    EXPECT_EQ(SetEnd(other, 8192), ERROR_SUCCESS);
+    EXPECT_EQ(SetEnd(file, 12288), ERROR_SUCCESS);
+    EXPECT_EQ(CreateFileA(path.c_str(), GENERIC_WRITE, shared, nullptr, TRUNCATE_EXISTING,
+                          FILE_ATTRIBUTE_NORMAL, nullptr),
+              INVALID_HANDLE_VALUE);
+    EXPECT_EQ(GetLastError(), ERROR_USER_MAPPED_FILE);
+    const auto* view = static_cast<const char*>(MapViewOfFile(mapping, FILE_MAP_READ, 0, 0, 0));
+    ASSERT_NE(view, nullptr);
+    EXPECT_TRUE(CloseHandle(mapping));
+    EXPECT_EQ(SetEnd(other, 0), ERROR_USER_MAPPED_FILE);  // the view keeps the section
+    EXPECT_EQ(view[4095], 'a');
+    EXPECT_TRUE(UnmapViewOfFile(view));
+    EXPECT_EQ(SetEnd(other, 2000), ERROR_SUCCESS);
+    EXPECT_EQ(std::filesystem::file_size(path), 2000u);
+    {
+        test::HeldByHelper helper(folder, path + " " + std::to_string(GENERIC_READ) + " " +
+                                              std::to_string(shared) + " " +
+                                              std::to_string(OPEN_EXISTING) + " map 0 0");
+        ASSERT_TRUE(helper.holding());
+        EXPECT_EQ(SetEnd(file, 1000), ERROR_USER_MAPPED_FILE);
+        EXPECT_EQ(SetEnd(file, 3000), ERROR_SUCCESS);
+        EXPECT_EQ(helper.Release(), 0u);
+    }
+    EXPECT_EQ(SetEnd(file, 1000), ERROR_SUCCESS);
+    EXPECT_TRUE(CloseHandle(other));
+    EXPECT_TRUE(CloseHandle(file));
+}
+
+std::size_t OpenDescriptors() {
+    const std::filesystem::directory_iterator all("/proc/self/fd");
+    return static_cast<std::size_t>(std::distance(begin(all), end(all)));
+}
+
+// A reader keeps many windows of a file mapped: they must not hold a
+// descriptor each.
+TEST(FileMapping, TheViewsOfAFileShareItsDescriptor) {
+    test::TempFolder folder;
+    const std::string path = folder / "windows";
+    std::ofstream(path, std::ios::binary) << std::string(65536, 'w');
+    HANDLE file = CreateFileA(path.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING,
+                              FILE_ATTRIBUTE_NORMAL, nullptr);
+    const std::size_t before = OpenDescriptors();
+    std::vector<void*> views;
+    for (int i = 0; i < 200; ++i) {
+        HANDLE mapping = CreateFileMappingA(file, nullptr, PAGE_READONLY, 0, 0, nullptr);
+        views.push_back(MapViewOfFile(mapping, FILE_MAP_READ, 0, 0, 0));
+        CloseHandle(mapping);
+        ASSERT_NE(views.back(), nullptr);
+    }
+    EXPECT_LE(OpenDescriptors(), before + 1);
+    for (void* view : views) {
+        UnmapViewOfFile(view);
+    }
+    EXPECT_EQ(OpenDescriptors(), before);
+    CloseHandle(file);
 }
 
 TEST(FileMapping, SharedWithAnotherProcess) {

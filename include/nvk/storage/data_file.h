@@ -62,7 +62,9 @@ public:
 
 protected:
     void ReadHeader();
-    void WriteHeader();
+    // `size` is the file's size as the operation found it (0: unknown), which
+    // holds the header's window: the system is asked once per operation.
+    void WriteHeader(std::uint64_t size);
 
     EBaseFile* m_File;
     char* m_Buffer = nullptr;
@@ -84,11 +86,13 @@ private:
     void SeekIn(unsigned long position, std::uint64_t size);
     void SeekAbsolute(std::uint32_t offset);
     void SeekBack(std::uint32_t bytes);
-    // Writes a variable-length record at the end of the file.
-    void AppendVariable(void* buffer, std::uint32_t payload);
-    // Reads the mark of the free head; false if the head is not a deleted
-    // record inside the file, in which case the list is dropped.
-    bool TakeFreeHead(std::uint32_t& link, std::uint32_t& length);
+    // Writes a variable-length record at the end of the file, whose size
+    // before it is returned.
+    std::uint64_t AppendVariable(void* buffer, std::uint32_t payload);
+    // Reads the mark of the free head in a file of `size` bytes; false if the
+    // head is not a deleted record inside the file, in which case the list is
+    // dropped.
+    bool TakeFreeHead(std::uint64_t size, std::uint32_t& link, std::uint32_t& length);
     void Release();
 
     nvk::MappedFile* m_Map = nullptr;  // windows of a named file

@@ -16,6 +16,10 @@ BOOL ReadFile(HANDLE file, LPVOID buffer, DWORD toRead, LPDWORD read, LPVOID ove
 BOOL WriteFile(HANDLE file, LPCVOID buffer, DWORD toWrite, LPDWORD written, LPVOID overlapped);
 DWORD SetFilePointer(HANDLE file, LONG distance, PLONG distanceHigh, DWORD moveMethod);
 DWORD GetFileSize(HANDLE file, LPDWORD sizeHigh);
+// A file with a section open (its handle or a view, in any process) can grow
+// but not shrink, nor be emptied by CREATE_ALWAYS or TRUNCATE_EXISTING:
+// ERROR_USER_MAPPED_FILE.
+inline constexpr DWORD ERROR_USER_MAPPED_FILE = 1224;
 BOOL SetEndOfFile(HANDLE file);
 BOOL FlushFileBuffers(HANDLE file);
 BOOL GetFileTime(HANDLE file, FILETIME* creation, FILETIME* lastAccess, FILETIME* lastWrite);

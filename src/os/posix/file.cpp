@@ -15,6 +15,7 @@
 #include "os/posix/fs_support.h"
 #include "os/posix/handle.h"
 #include "os/posix/names.h"
+#include "os/posix/section_marker.h"
 #include "os/posix/share_modes.h"
 #include "os/posix/wildcard.h"
 
@@ -304,8 +305,13 @@ HANDLE OpenFile(LPCSTR fileName, DWORD desiredAccess, DWORD shareMode, DWORD cre
     }
     bool truncate =
         creationDisposition == CREATE_ALWAYS || creationDisposition == TRUNCATE_EXISTING;
-    if (existed && truncate && info.st_size != 0 && ftruncate(fd, 0) != 0) {
-        return fail(ERROR_ACCESS_DENIED);
+    if (existed && truncate && info.st_size != 0) {
+        if (posix::SectionOpen(fd)) {
+            return fail(ERROR_USER_MAPPED_FILE);
+        }
+        if (ftruncate(fd, 0) != 0) {
+            return fail(ERROR_ACCESS_DENIED);
+        }
     }
     bool deleteOnClose = (flagsAndAttributes & FILE_FLAG_DELETE_ON_CLOSE) != 0;
     HANDLE handle = posix::RegisterHandle(
@@ -503,6 +509,14 @@ BOOL SetEndOfFile(HANDLE handle) {
         return FALSE;
     }
     std::lock_guard guard(file->pointerLock());
+    // A file is not cut while a section of it is open, in any process: its
+    // views would lose their pages. It may still grow.
+    struct stat info;
+    if (fstat(file->fd(), &info) == 0 && file->pointer() < info.st_size &&
+        posix::SectionOpen(file->fd())) {
+        SetErrorCode(ERROR_USER_MAPPED_FILE);
+        return FALSE;
+    }
     if (ftruncate(file->fd(), static_cast<off_t>(file->pointer())) != 0) {
         SetErrorFromErrno(errno);
         return FALSE;

@@ -3,6 +3,7 @@
 // is touched, never at creation.
 #include <fcntl.h>
 #include <sys/mman.h>
+#include <sys/stat.h>
 #include <sys/statvfs.h>
 #include <sys/sysinfo.h>
 #include <unistd.h>
@@ -14,11 +15,13 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <tuple>
 
 #include "os/api/error.h"
 #include "os/api/sync.h"
 #include "os/posix/handle.h"
 #include "os/posix/named_objects.h"
+#include "os/posix/section_marker.h"
 
 namespace nvk::os {
 
@@ -46,10 +49,58 @@ MappingInfo& InfoOf(posix::ObjectHeader& header) {
     return *reinterpret_cast<MappingInfo*>(header.body);
 }
 
-// One mapping as a handle sees it. The descriptor is the section's own (a
-// duplicate for a file), so the section outlives the handle that made it.
+// An open of a file by its sections, which holds their marker. Their views
+// keep it too, so that the file is not cut under them.
+struct FileOpen {
+    explicit FileOpen(int descriptor) : fd(descriptor) {}
+    ~FileOpen() { close(fd); }
+    FileOpen(const FileOpen&) = delete;
+    FileOpen& operator=(const FileOpen&) = delete;
+    const int fd;
+};
+
+// The open of a file that its sections share in this process, readable or
+// writable: one descriptor a file, not one for every window of it that a
+// reader keeps mapped. It is the file's own open (a duplicate would share the
+// handle's locks and go with them); when the file can't be opened again, a
+// duplicate maps the same, unmarked.
+std::shared_ptr<FileOpen> SharedOpen(int fd, bool writable) {
+    struct stat info;
+    if (fstat(fd, &info) != 0) {
+        posix::SetErrorFromErrno(errno);
+        return nullptr;
+    }
+    using Identity = std::tuple<dev_t, ino_t, bool>;
+    static auto* lock = new std::mutex;
+    static auto* opens = new std::map<Identity, std::weak_ptr<FileOpen>>;
+    std::lock_guard guard(*lock);
+    std::erase_if(*opens, [](const auto& entry) { return entry.second.expired(); });
+    std::weak_ptr<FileOpen>& known = (*opens)[Identity{info.st_dev, info.st_ino, writable}];
+    if (auto shared = known.lock()) {
+        return shared;
+    }
+    char link[64];
+    std::snprintf(link, sizeof link, "/proc/self/fd/%d", fd);
+    int own = ::open(link, (writable ? O_RDWR : O_RDONLY) | O_CLOEXEC | O_NOCTTY);
+    if (own >= 0) {
+        posix::HoldSectionMarker(own);
+    } else {
+        own = fcntl(fd, F_DUPFD_CLOEXEC, 0);
+    }
+    if (own < 0) {
+        posix::SetErrorFromErrno(errno);
+        return nullptr;
+    }
+    auto shared = std::make_shared<FileOpen>(own);
+    known = shared;
+    return shared;
+}
+
+// One mapping as a handle sees it. The descriptor is the section's own, so
+// the section outlives the handle that made it.
 struct Section {
-    std::shared_ptr<posix::NamedObject> named;  // keeps the name while handles or views live
+    std::shared_ptr<posix::NamedObject> named;  // keeps the name while handles live
+    std::shared_ptr<FileOpen> file;             // a file section's descriptor
     int fd = -1;
     bool ownsFd = true;
     ULONGLONG base = 0;  // where the section's bytes start in fd
@@ -75,11 +126,16 @@ private:
     DWORD access_;
 };
 
-// A view needs nothing of its section once mapped: the section and its name
-// go with their last handle while views remain, as on Windows.
+// The section's name goes with its last handle while views remain, as on
+// Windows; a view of a file keeps the section's open of it.
+struct View {
+    SIZE_T length;
+    std::shared_ptr<FileOpen> file;
+};
+
 struct Views {
     std::mutex lock;
-    std::map<std::uintptr_t, SIZE_T> live;  // base address -> length
+    std::map<std::uintptr_t, View> live;  // by base address
 };
 
 Views& AllViews() {
@@ -136,11 +192,15 @@ std::shared_ptr<Section> SectionOf(std::shared_ptr<posix::NamedObject> named) {
     section->size = named->header().size;
     section->writable = info.writable != 0;
     if (info.isFile != 0) {
-        section->fd = open(info.path, (section->writable ? O_RDWR : O_RDONLY) | O_CLOEXEC);
-        if (section->fd < 0) {
+        const int fd = open(info.path, (section->writable ? O_RDWR : O_RDONLY) | O_CLOEXEC);
+        if (fd < 0) {
             posix::SetErrorFromErrno(errno);
             return nullptr;
         }
+        posix::HoldSectionMarker(fd);
+        section->file = std::make_shared<FileOpen>(fd);
+        section->fd = fd;
+        section->ownsFd = false;
     } else {
         section->fd = named->fd();
         section->ownsFd = false;
@@ -179,13 +239,14 @@ std::shared_ptr<Section> FileSection(HANDLE file, bool writable, ULONGLONG size)
         }
     }
     auto section = std::make_shared<Section>();
-    section->fd = fcntl(fd, F_DUPFD_CLOEXEC, 0);
     section->size = size != 0 ? size : static_cast<ULONGLONG>(length);
     section->writable = writable;
-    if (section->fd < 0) {
-        posix::SetErrorFromErrno(errno);
+    section->file = SharedOpen(fd, writable);
+    if (!section->file) {
         return nullptr;
     }
+    section->fd = section->file->fd;
+    section->ownsFd = false;
     return section;
 }
 
@@ -336,7 +397,7 @@ LPVOID MapViewOfFile(HANDLE mapping, DWORD access, DWORD offsetHigh, DWORD offse
     }
     Views& views = AllViews();
     std::lock_guard guard(views.lock);
-    views.live.emplace(reinterpret_cast<std::uintptr_t>(view), length);
+    views.live.emplace(reinterpret_cast<std::uintptr_t>(view), View{length, section->file});
     return view;
 }
 
@@ -346,12 +407,12 @@ BOOL UnmapViewOfFile(LPCVOID address) {
     const auto at = reinterpret_cast<std::uintptr_t>(address);
     auto it = views.live.upper_bound(at);
     // Any address inside a view designates it.
-    if (it == views.live.begin() || at >= std::prev(it)->first + std::prev(it)->second) {
+    if (it == views.live.begin() || at >= std::prev(it)->first + std::prev(it)->second.length) {
         SetErrorCode(ERROR_INVALID_ADDRESS);
         return FALSE;
     }
     --it;
-    munmap(reinterpret_cast<void*>(it->first), it->second);
+    munmap(reinterpret_cast<void*>(it->first), it->second.length);
     views.live.erase(it);
     return TRUE;
 }

@@ -273,6 +273,7 @@ inline constexpr auto ERROR_SUCCESS_ = nvk::os::ERROR_SUCCESS;
 inline constexpr auto ERROR_TOO_MANY_OPEN_FILES_ = nvk::os::ERROR_TOO_MANY_OPEN_FILES;
 inline constexpr auto ERROR_UNABLE_TO_MOVE_REPLACEMENT_ = nvk::os::ERROR_UNABLE_TO_MOVE_REPLACEMENT;
 inline constexpr auto ERROR_UNABLE_TO_REMOVE_REPLACED_ = nvk::os::ERROR_UNABLE_TO_REMOVE_REPLACED;
+inline constexpr auto ERROR_USER_MAPPED_FILE_ = nvk::os::ERROR_USER_MAPPED_FILE;
 inline constexpr auto ERROR_WRITE_PROTECT_ = nvk::os::ERROR_WRITE_PROTECT;
 inline constexpr auto ETO_OPAQUE_ = nvk::os::ETO_OPAQUE;
 inline constexpr auto E_FAIL_ = nvk::os::E_FAIL;
@@ -2263,6 +2264,10 @@ static_assert(nvk::os::layout::SameValue(nvk::os::layout::ERROR_UNABLE_TO_MOVE_R
 #ifdef ERROR_UNABLE_TO_REMOVE_REPLACED
 static_assert(nvk::os::layout::SameValue(nvk::os::layout::ERROR_UNABLE_TO_REMOVE_REPLACED_,
                                          ERROR_UNABLE_TO_REMOVE_REPLACED));
+#endif
+#ifdef ERROR_USER_MAPPED_FILE
+static_assert(nvk::os::layout::SameValue(nvk::os::layout::ERROR_USER_MAPPED_FILE_,
+                                         ERROR_USER_MAPPED_FILE));
 #endif
 #ifdef ERROR_WRITE_PROTECT
 static_assert(nvk::os::layout::SameValue(nvk::os::layout::ERROR_WRITE_PROTECT_,

@@ -2,10 +2,12 @@
 // success, or the error code of the step that failed.
 //
 //   os_helper open PATH ACCESS SHARE DISPOSITION [lock OFFSET LENGTH]
-//             [read OFFSET LENGTH] [hold READY RELEASE]
+//             [read OFFSET LENGTH] [write OFFSET LENGTH] [map SIZE 0]
+//             [hold READY RELEASE]
 //       opens a file (numbers in any C base), then optionally locks a region,
-//       reads a region, and holds everything until RELEASE exists, having
-//       made READY once it holds.
+//       reads a region, writes LENGTH bytes 'x' at OFFSET, maps a view of a
+//       section of SIZE bytes (0: the file's), and holds everything until
+//       RELEASE exists, having made READY once it holds.
 //   os_helper exit CODE                  ends with CODE
 //   os_helper sleep MILLISECONDS         sleeps, then ends with 0
 //   os_helper args OUTPUT ARG...         writes its arguments to OUTPUT, one a line
@@ -106,6 +108,20 @@ int Open(int argc, char** argv) {
             DWORD got = 0;
             SetFilePointer(file, static_cast<LONG>(first), nullptr, FILE_BEGIN);
             if (!ReadFile(file, buffer.data(), second, &got, nullptr)) {
+                return static_cast<int>(GetLastError());
+            }
+        }
+        if (step == "write") {
+            const std::string bytes(second, 'x');
+            DWORD put = 0;
+            SetFilePointer(file, static_cast<LONG>(first), nullptr, FILE_BEGIN);
+            if (!WriteFile(file, bytes.data(), second, &put, nullptr)) {
+                return static_cast<int>(GetLastError());
+            }
+        }
+        if (step == "map") {
+            HANDLE section = CreateFileMappingA(file, nullptr, PAGE_READONLY, 0, first, nullptr);
+            if (section == nullptr || MapViewOfFile(section, FILE_MAP_READ, 0, 0, 0) == nullptr) {
                 return static_cast<int>(GetLastError());
             }
         }
