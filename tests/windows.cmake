@@ -14,7 +14,6 @@ set_tests_properties(wine.stop_server PROPERTIES FIXTURES_CLEANUP wine)
 
 # Folders whose programs need what the Windows build lacks.
 set(NVK_WINDOWS_LEFT_OUT_FOLDERS
-    "paths: tests the POSIX build's drive map, XDG folders and user ids"
     "dde: the harness runs a D-Bus daemon and its peers through a POSIX shell")
 # Sources that test the POSIX backend's own parts.
 set(NVK_WINDOWS_LEFT_OUT_SOURCES
@@ -30,7 +29,8 @@ set(NVK_WINDOWS_LEFT_OUT_SOURCES
     "os/native_names_test.cpp: the POSIX backend's UTF-8 names on disk"
     "ui/icon_statement_test.cpp: the POSIX build's resource compiler, which windres stands for here"
     "rc/rc_test.cpp: the POSIX build's resource compiler, which windres stands for here"
-    "rc/rc_version_test.cpp: the POSIX build's resource compiler, which windres stands for here")
+    "rc/rc_version_test.cpp: the POSIX build's resource compiler, which windres stands for here"
+    "paths/user_id_test.cpp: the SID that the POSIX build makes of the user's id (geteuid)")
 # bar codes: the engine draws through the OS layer (Windows' GDI here; cairo is
 # only the POSIX backend's), on libzint built from Debian's sources.
 if(NVK_LIBZINT)
