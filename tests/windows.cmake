@@ -26,11 +26,7 @@ set(NVK_WINDOWS_LEFT_OUT_SOURCES
     "os/process_test.cpp: calls into the POSIX backend's internals"
     "os/registry_test.cpp: calls into the POSIX backend's internals"
     "os/registry_safety_test.cpp: calls into the POSIX backend's internals"
-    "os/native_names_test.cpp: the POSIX backend's UTF-8 names on disk"
-    "ui/icon_statement_test.cpp: the POSIX build's resource compiler, which windres stands for here"
-    "rc/rc_test.cpp: the POSIX build's resource compiler, which windres stands for here"
-    "rc/rc_version_test.cpp: the POSIX build's resource compiler, which windres stands for here"
-    "paths/user_id_test.cpp: the SID that the POSIX build makes of the user's id (geteuid)")
+    "os/native_names_test.cpp: the POSIX backend's UTF-8 names on disk")
 # bar codes: the engine draws through the OS layer (Windows' GDI here; cairo is
 # only the POSIX backend's), on libzint built from Debian's sources.
 if(NVK_LIBZINT)
@@ -205,7 +201,12 @@ opens it")
 # drawing and registry text
 list(APPEND NVK_WINDOWS_CASES_wine_differs
     "test_gdi DeviceContext.SelectedObjectsAreNotDeleted: DeleteObject documents zero for an object selected into a device context, where Wine returns TRUE and deletes the object once it is deselected")
-# interface helpers
+# interface helpers, resources and paths
+list(APPEND NVK_WINDOWS_LEFT_OUT_SOURCES
+    "ui/icon_statement_test.cpp: the POSIX build's resource compiler, which windres stands for here"
+    "rc/rc_test.cpp: the POSIX build's resource compiler, which windres stands for here"
+    "rc/rc_version_test.cpp: the POSIX build's resource compiler, which windres stands for here"
+    "paths/user_id_test.cpp: the SID that the POSIX build makes of the user's id (geteuid)")
 list(APPEND NVK_WINDOWS_CASES_posix_only
     "test_ui LinkTest.DesktopEntriesAndSymbolicLinks: desktop entries and symbolic links stand for \
 shell links on the POSIX build only, and mingw-w64's std::filesystem makes no symbolic link (ENOSYS)")
