@@ -31,6 +31,20 @@ endfunction()
 
 include(${PROJECT_SOURCE_DIR}/cmake/NvkVersionResource.cmake)
 
+# Links a module's own resource scripts into it, where the resource functions
+# find them under the module's handle, as they find the library's.
+function(nvk_target_resources target)
+    set(scripts)
+    foreach(script IN LISTS ARGN)
+        get_filename_component(script ${script} ABSOLUTE BASE_DIR ${CMAKE_CURRENT_SOURCE_DIR})
+        list(APPEND scripts ${script})
+    endforeach()
+    set(source ${CMAKE_CURRENT_BINARY_DIR}/${target}_resources.cpp)
+    string(MAKE_C_IDENTIFIER ${target} name)
+    nvk_resource_table(${source} nvk_resources_${name} SCRIPTS ${scripts})
+    target_sources(${target} PRIVATE ${source})
+endfunction()
+
 # Gives each module or program the scripts of the tables among its sources;
 # run once every target is declared. Object libraries pass theirs to whoever
 # links their objects (see the top-level list).

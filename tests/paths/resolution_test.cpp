@@ -21,8 +21,8 @@ TEST_F(PathsTest, DefaultsHangFromTheApplicationAndTheUserFolders) {
     EXPECT_EQ(Get(ConfigFormatsSystem, CreateIfMissing), app + "\\Formats");
     EXPECT_TRUE(fs::is_directory(m_Root / "app/Formats"));
     EXPECT_EQ(Get(UserDataCommon, CreateIfMissing),
-              Folder("home/data") + "\\" + kSociety + "\\Compta\\Common");
-    EXPECT_EQ(Get(SocietyDataUser), Folder("home/data") + "\\" + kSociety);
+              UserFolder(os::CSIDL_APPDATA) + "\\" + kSociety + "\\Compta\\Common");
+    EXPECT_EQ(Get(SocietyDataUser), UserFolder(os::CSIDL_APPDATA) + "\\" + kSociety);
 }
 
 TEST_F(PathsTest, AShareLineMovesEveryFolderBelowItAndNamesAreMadeValid) {
@@ -32,7 +32,8 @@ TEST_F(PathsTest, AShareLineMovesEveryFolderBelowItAndNamesAreMadeValid) {
     EXPECT_EQ(Get(ConfigRootShared, CreateIfMissing), Folder("docs") + "\\Partage\\con_");
     EXPECT_EQ(Get(TemplatesWinGenShared, CreateIfMissing),
               Folder("docs") + "\\Partage\\con_\\Modeles\\WinGen");
-    EXPECT_EQ(Get(UserData, CreateIfMissing), Folder("home/data") + "\\" + kSociety + "\\con_");
+    EXPECT_EQ(Get(UserData, CreateIfMissing),
+              UserFolder(os::CSIDL_APPDATA) + "\\" + kSociety + "\\con_");
     EXPECT_EQ(Get(FoldersUser, CreateIfMissing), Folder("docs") + "\\Partage\\Dossiers");
     // Backups hang from the documents root, beside the share, not in it.
     EXPECT_EQ(Get(Backups, CreateIfMissing), Folder("docs") + "\\Sauvegardes");
@@ -145,7 +146,7 @@ TEST_F(PathsTest, BackupsFallToThePersonalDocumentsWhenTheyCantBeWritten) {
     EXPECT_TRUE(fs::is_empty(m_Root / "docs/Sauvegardes"));
     // A folder in the way of the probe file fails the write, also for root.
     fs::create_directories(m_Root / "docs/Sauvegardes/###_TESTSAUVEGARDNVK_###.zip");
-    EXPECT_EQ(Get(Backups), Folder("home/Documents"));
+    EXPECT_EQ(Get(Backups), UserFolder(os::CSIDL_PERSONAL));
 }
 
 TEST_F(PathsTest, DatabaseServersComeFromTheFileOrThePath) {

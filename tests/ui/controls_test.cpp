@@ -6,6 +6,7 @@
 #include "nvk/platform/list_fill.h"
 #include "nvk/platform/status_text.h"
 #include "os/api/error.h"
+#include "os/api/menu.h"
 #include "os/api/window.h"
 
 namespace {
@@ -37,13 +38,18 @@ TEST(ListControls, AnswerTheirMessages) {
     EXPECT_EQ(list.DeleteString(0), 3);
     EXPECT_EQ(list.GetCurSel(), 1);
     EXPECT_EQ(list.SetCurSel(3), LB_ERR);
+    EXPECT_EQ(list.SetCurSel(-1), LB_ERR);
     EXPECT_EQ(list.GetCurSel(), LB_ERR);
     EXPECT_EQ(list.SetItemData(0, 42), TRUE);
     EXPECT_EQ(list.GetItemData(0), 42u);
     EXPECT_EQ(static_cast<LRESULT>(list.GetItemData(9)), LB_ERR);
 
+    // Only a child takes an identifier: any other window would take it
+    // for a menu.
     CComboBox combo;
-    ASSERT_TRUE(combo.Create(CBS_DROPDOWNLIST, RECT{}, &frame, 8));
+    EXPECT_FALSE(combo.Create(CBS_DROPDOWNLIST, RECT{}, &frame, 8));
+    EXPECT_EQ(GetLastError(), ERROR_INVALID_MENU_HANDLE);
+    ASSERT_TRUE(combo.Create(WS_CHILD | CBS_DROPDOWNLIST, RECT{}, &frame, 8));
     FillComboBox(combo, "", '|');
     EXPECT_EQ(combo.GetCount(), 1);
     combo.ResetContent();
@@ -65,7 +71,7 @@ TEST(ComboBoxTable, SelectsByTableIndexAlsoFromOutside) {
     CFrameWnd frame;
     ASSERT_TRUE(frame.Create(nullptr, "frame"));
     CComboBoxTable combo;
-    ASSERT_TRUE(combo.Create(CBS_DROPDOWNLIST, RECT{}, &frame, 9));
+    ASSERT_TRUE(combo.Create(WS_CHILD | CBS_DROPDOWNLIST, RECT{}, &frame, 9));
     EXPECT_FALSE(combo.Init("", '|', '\n'));
     ASSERT_TRUE(combo.Init("3|trois\nquatre\ncinq\nsix\nsept\nhuit", '|', '\n'));
     // Base 3 and five separators: the indices are 3 and 4 only.

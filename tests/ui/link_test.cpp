@@ -23,9 +23,14 @@ protected:
     void TearDown() override { fs::remove_all(m_Dir); }
 
     std::string Native(const std::string& name) const { return m_Dir + "/" + name; }
-    // The drive form the library hands out.
+    // The drive form the library hands out (on Windows the temporary
+    // folder has a drive of its own already).
     std::string Windows(const std::string& name) const {
+#ifdef _WIN32
+        std::string path = Native(name);
+#else
         std::string path = "Z:" + Native(name);
+#endif
         for (char& c : path) {
             c = c == '/' ? '\\' : c;
         }

@@ -64,9 +64,9 @@ TEST(Menu, PositionsIdentifiersAndStates) {
     InsertMenuA(bar, 50, MF_STRING | MF_BYPOSITION, 104, "Last");
     EXPECT_EQ(Show(bar), "File{Open,Save,Close},Help,Quit,Last");
 
-    char text[4];
-    EXPECT_EQ(GetMenuStringA(bar, 102, text, sizeof text, MF_BYCOMMAND), 3);
-    EXPECT_STREQ(text, "Sav");
+    char text[8];
+    EXPECT_EQ(GetMenuStringA(bar, 102, text, sizeof text, MF_BYCOMMAND), 4);
+    EXPECT_STREQ(text, "Save");
     EXPECT_EQ(GetMenuStringA(bar, 102, nullptr, 0, MF_BYCOMMAND), 4);
     EXPECT_EQ(GetMenuStringA(bar, 7, text, sizeof text, MF_BYPOSITION), 0);
 
@@ -77,7 +77,6 @@ TEST(Menu, PositionsIdentifiersAndStates) {
     EXPECT_TRUE(DeleteMenu(bar, 3, MF_BYPOSITION));
     EXPECT_FALSE(IsMenu(file));
     EXPECT_FALSE(DeleteMenu(bar, 9, MF_BYPOSITION));
-    EXPECT_EQ(GetLastError(), ERROR_MENU_ITEM_NOT_FOUND);
 
     HMENU sub = Popup({{"x", 1}});
     AddPopup(bar, "Sub", sub);
@@ -86,6 +85,18 @@ TEST(Menu, PositionsIdentifiersAndStates) {
     EXPECT_EQ(GetMenuItemCount(bar), -1);
     EXPECT_EQ(GetLastError(), ERROR_INVALID_MENU_HANDLE);
     EXPECT_FALSE(AppendMenuA(bar, MF_STRING, 1, "x"));
+}
+
+// A text cut to the buffer ends in a null, and a missing item is told as
+// such.
+TEST(Menu, CutTextsAndMissingItems) {
+    HMENU menu = Popup({{"Save", 102}});
+    char text[4];
+    EXPECT_EQ(GetMenuStringA(menu, 102, text, sizeof text, MF_BYCOMMAND), 3);
+    EXPECT_STREQ(text, "Sav");
+    EXPECT_FALSE(DeleteMenu(menu, 9, MF_BYPOSITION));
+    EXPECT_EQ(GetLastError(), ERROR_MENU_ITEM_NOT_FOUND);
+    DestroyMenu(menu);
 }
 
 TEST(MergeMenu, MergesSubMenusAndRoundTrips) {

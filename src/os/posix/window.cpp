@@ -13,6 +13,7 @@
 #include <utility>
 #include <vector>
 
+#include "os/api/menu.h"
 #include "os/posix/handle.h"
 #include "os/posix/list_control.h"
 
@@ -94,6 +95,11 @@ ATOM RegisterClassA(const WNDCLASSA* windowClass) {
 HWND CreateWindowExA(DWORD, LPCSTR className, LPCSTR windowName, DWORD style, int, int, int, int,
                      HWND parent, HMENU menu, HINSTANCE, LPVOID) {
     static ULONG_PTR last = 0x20000;
+    // Only a child takes an identifier there; any other window takes a menu.
+    if ((style & WS_CHILD) == 0 && menu != nullptr && !IsMenu(menu)) {
+        SetErrorCode(ERROR_INVALID_MENU_HANDLE);
+        return nullptr;
+    }
     std::lock_guard lock(Lock());
     auto procedure = Classes().find(className != nullptr ? className : "");
     if (procedure == Classes().end()) {
