@@ -16,8 +16,7 @@ set_tests_properties(wine.stop_server PROPERTIES FIXTURES_CLEANUP wine)
 set(NVK_WINDOWS_LEFT_OUT_FOLDERS
     "rc: tests the POSIX build's resource compiler (Windows links windres' resources)"
     "ui: links the POSIX build's resource compiler"
-    "paths: tests the POSIX build's drive map, XDG folders and user ids"
-    "dde: the harness runs a D-Bus daemon and its peers through a POSIX shell")
+    "paths: tests the POSIX build's drive map, XDG folders and user ids")
 # Sources that test the POSIX backend's own parts.
 set(NVK_WINDOWS_LEFT_OUT_SOURCES
     "files/mount_kind_test.cpp: the POSIX backend's mount table"

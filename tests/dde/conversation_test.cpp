@@ -19,8 +19,6 @@ using nvk::dde::test::Peer;
 using nvk::dde::test::PumpUntil;
 using namespace nvk::os;
 
-const auto* const kBus = testing::AddGlobalTestEnvironment(new nvk::dde::test::PrivateBus);
-
 // A client connection that keeps what it is told.
 class Recorder : public CDDEConnection {
 public:

@@ -15,8 +15,6 @@ namespace {
 
 using nvk::dde::test::PumpUntil;
 
-const auto* const kBus = testing::AddGlobalTestEnvironment(new nvk::dde::test::PrivateBus);
-
 // Logs what it executes in its server's log (it goes when its client
 // leaves), and answers requests with the item's name reversed.
 class Counter : public CDDEConnection {
