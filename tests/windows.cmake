@@ -217,6 +217,17 @@ DDEML calls of one thread show it)"
     "test_dde DDEThreadsTest.TwoThreadsEachWithAnInstance: DdeClientTransaction answers each \
 transaction with its own result. After a request Wine 8 answers the next transaction at once \
 with DDE_FACK without calling the server"
+    "test_dde ConversationTest.AnExecuteThatAdvisesIsAcknowledged: DdeClientTransaction \
+returns TRUE for an execute the server acknowledged with DDE_FACK. Wine 8 returns 0 with \
+DMLERR_NOTPROCESSED when the server's callback called DdePostAdvise before acknowledging \
+(bare DDEML calls of one thread show it)"
+    "test_dde ConversationTest.TheServerEndsTheConversation: DdeDisconnect ends a conversation \
+from either side. Wine 8 fails it (0) from the server's callback, and the service then accepts \
+no conversation (bare DDEML calls of one thread show it)"
+    "test_dde ConversationTest.EndsTimeOutsAndDeadServers: DdeClientTransaction answers each \
+transaction with its own result. After a request Wine 8 answers the next one with an earlier \
+reply, so the request after the time-out gets none and the execute that ends the server gets \
+TRUE where Windows reports DMLERR_SERVER_DIED"
     "test_dde DDEThreadsTest.AThreadTalksToItsOwnService: DdeClientTransaction answers each \
 transaction with its own result. After a request Wine 8 acknowledges the next execute at once \
 without calling the server")
