@@ -5,19 +5,23 @@
 # without Wine's own messages.
 prefix=$1
 shift
+# Wine takes only an absolute prefix: a relative one would fail the set-up
+# below and leave a prefix marked ready without its null driver.
+mkdir -p "$prefix" && prefix=$(cd "$prefix" && pwd) || exit 1
 export WINEPREFIX="$prefix" WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml="
 wine=/usr/lib/wine/wine64
 [ -x "$wine" ] || wine=wine64
 if [ ! -f "$prefix/.nvk-ready" ]; then
-    mkdir -p "$prefix"
     (
         flock 9
         if [ ! -f "$prefix/.nvk-ready" ]; then
             "$wine" wineboot -i >/dev/null 2>&1
             printf 'REGEDIT4\n\n[HKEY_CURRENT_USER\\Software\\Wine\\Drivers]\n"Graphics"="null"\n' \
                 >"$prefix/null-driver.reg"
-            "$wine" regedit /S "$prefix/null-driver.reg" >/dev/null 2>&1
-            touch "$prefix/.nvk-ready"
+            # Ready only once the driver is set: without it no window can be
+            # made, and DDE among others fails.
+            "$wine" regedit /S "$prefix/null-driver.reg" >/dev/null 2>&1 &&
+                touch "$prefix/.nvk-ready"
         fi
     ) 9>"$prefix.lock"
 fi

@@ -19,8 +19,6 @@ using nvk::dde::test::Peer;
 using nvk::dde::test::PumpUntil;
 using namespace nvk::os;
 
-const auto* const kBus = testing::AddGlobalTestEnvironment(new nvk::dde::test::PrivateBus);
-
 // A client connection that keeps what it is told.
 class Recorder : public CDDEConnection {
 public:
@@ -74,9 +72,9 @@ TEST_F(ConversationTest, TransactionsAndTheirResults) {
     EXPECT_EQ(peer.NextLine(), "connect Dossier");
     EXPECT_EQ(connection->m_Topic, "Dossier");
 
-    // One character goes with its terminator.
-    EXPECT_EQ(connection->Execute("a"), 1);
-    EXPECT_EQ(peer.NextLine(), "execute 2 a");
+    // A command goes with its terminator.
+    EXPECT_EQ(connection->Execute("ab"), 1);
+    EXPECT_EQ(peer.NextLine(), "execute 3 ab");
     EXPECT_EQ(connection->Execute("refuse"), 0);
     EXPECT_EQ(nvk::dde::LastError(), DMLERR_NOTPROCESSED);
     peer.NextLine();
@@ -123,6 +121,17 @@ TEST_F(ConversationTest, TransactionsAndTheirResults) {
     EXPECT_EQ(peer.NextLine(), "disconnect");
 }
 
+// Two bytes, a character and its terminator, which could pass for one
+// UTF-16 character: the server still gets them as they were sent.
+TEST_F(ConversationTest, OneCharacterGoesWithItsTerminator) {
+    Peer peer("Compta", "Dossier");
+    ASSERT_TRUE(peer.Ready());
+    Recorder* connection = Connect("Compta", "Dossier");
+    ASSERT_NE(connection, nullptr);
+    EXPECT_EQ(connection->Execute("a"), 1);
+    EXPECT_EQ(peer.NextTransaction(), "execute 2 a");
+}
+
 TEST_F(ConversationTest, AdviseLoop) {
     Peer peer("Compta", "Dossier");
     ASSERT_TRUE(peer.Ready());
@@ -131,21 +140,45 @@ TEST_F(ConversationTest, AdviseLoop) {
 
     EXPECT_EQ(connection->StartAdvise("refused"), 0);  // the default OnStartAdvise
     EXPECT_EQ(connection->StartAdvise("Cours"), 1);
-    EXPECT_EQ(connection->Execute("advise Cours 12"), 1);
+    // The peer advises when told to (the execute's own answer is the next test's).
+    connection->Execute("advise Cours 12");
     EXPECT_TRUE(PumpUntil([&] { return !connection->m_Advised.empty(); }));
-    // A second value posted before the first was fetched replaces it.
-    EXPECT_EQ(connection->Execute("advise Cours 13 14"), 1);
-    EXPECT_TRUE(PumpUntil([&] { return connection->m_Advised.size() >= 2; }));
+    // The server gives the data as it posts the advise, so a second value
+    // posted at once replaces nothing: the client gets both.
+    connection->Execute("advise Cours 13 14");
+    EXPECT_TRUE(PumpUntil([&] { return connection->m_Advised.size() >= 3; }));
     PumpUntil([] { return false; }, 200);
-    EXPECT_EQ(connection->m_Advised,
-              (std::vector<std::string>{"Dossier/Cours=12", "Dossier/Cours=14"}))
-        << connection->m_Advised.size();
+    EXPECT_EQ(
+        connection->m_Advised,
+        (std::vector<std::string>{"Dossier/Cours=12", "Dossier/Cours=13", "Dossier/Cours=14"}));
 
     EXPECT_EQ(connection->StopAdvise("Cours"), 1);
     EXPECT_EQ(connection->StopAdvise("Cours"), 0);
-    EXPECT_EQ(connection->Execute("advise Cours 15"), 1);
+    connection->Execute("advise Cours 15");
     PumpUntil([] { return false; }, 200);
-    EXPECT_EQ(connection->m_Advised.size(), 2u);
+    EXPECT_EQ(connection->m_Advised.size(), 3u);
+}
+
+TEST_F(ConversationTest, AnExecuteThatAdvisesIsAcknowledged) {
+    Peer peer("Compta", "Dossier");
+    ASSERT_TRUE(peer.Ready());
+    Recorder* connection = Connect("Compta", "Dossier");
+    ASSERT_NE(connection, nullptr);
+    EXPECT_EQ(connection->StartAdvise("Cours"), 1);
+    EXPECT_EQ(connection->Execute("advise Cours 12"), 1);
+}
+
+TEST_F(ConversationTest, TheServerEndsTheConversation) {
+    Peer peer("Compta", "Dossier");
+    ASSERT_TRUE(peer.Ready());
+    Recorder* connection = Connect("Compta", "Dossier");
+    ASSERT_NE(connection, nullptr);
+    EXPECT_EQ(connection->Execute("disconnect"), 1);
+    EXPECT_TRUE(PumpUntil([&] { return connection->m_Ended; }));
+    EXPECT_EQ(connection->Execute("ab"), 0);
+    delete connection;
+    // The service goes on.
+    EXPECT_NE(Connect("Compta", "Dossier"), nullptr);
 }
 
 TEST_F(ConversationTest, EndsTimeOutsAndDeadServers) {
@@ -155,16 +188,8 @@ TEST_F(ConversationTest, EndsTimeOutsAndDeadServers) {
     EXPECT_EQ(Connect("Personne", "Dossier"), nullptr);
     EXPECT_EQ(nvk::dde::LastError(), DMLERR_NO_CONV_ESTABLISHED);
 
-    // The server ends the conversation.
-    Recorder* connection = Connect("Compta", "Dossier");
-    ASSERT_NE(connection, nullptr);
-    EXPECT_EQ(connection->Execute("disconnect"), 1);
-    EXPECT_TRUE(PumpUntil([&] { return connection->m_Ended; }));
-    EXPECT_EQ(connection->Execute("a"), 0);
-    delete connection;
-
     // A slow answer runs out of time; the conversation goes on.
-    connection = Connect("Compta", "Dossier");
+    Recorder* connection = Connect("Compta", "Dossier");
     ASSERT_NE(connection, nullptr);
     connection->SetTimeout(200);
     const auto start = std::chrono::steady_clock::now();
@@ -207,7 +232,7 @@ int RecordBox(HWND owner, LPCSTR text, LPCSTR caption, UINT type) {
     return 1;
 }
 
-TEST(DDEErrorTest, TheErrorBox) {
+TEST(DDEErrorTest, AClientOnlyThreadCannotServe) {
     DDEInitialize(true);  // a client only can't serve
     const MessageBoxHook previous = SetMessageBoxHook(RecordBox);
     {
@@ -221,7 +246,9 @@ TEST(DDEErrorTest, TheErrorBox) {
     SetMessageBoxHook(previous);
     DDECleanUp();
     EXPECT_EQ(g_boxes, 2);  // the destructor's unregistering fails too
+}
 
+TEST(DDEErrorTest, TheErrorTexts) {
     EXPECT_EQ(nvk::dde::ErrorText(DMLERR_NOTPROCESSED), "A transaction failed.");
     EXPECT_EQ(nvk::dde::ErrorText(DMLERR_NO_CONV_ESTABLISHED),
               "A client's attempt to establish a conversation has failed.");

@@ -1,6 +1,8 @@
 // The tests' second process: a DDE server that answers by item name and
 // acts on commands, printing a line for each transaction it sees.
-//   dde_peer SERVICE TOPIC
+//   dde_peer SERVICE TOPIC LINES
+// The lines go to the file LINES, the first being "ready" once the service
+// is registered.
 // Requests: "text" gives "valeur", "empty" an empty text, "big:N" N bytes
 // of 'x' then the terminator, "slow:MS" "late" after MS milliseconds; any
 // other item nothing. Executes: "refuse" is refused, "crash" ends the
@@ -23,15 +25,16 @@
 #include "nvk/platform/dde_thread.h"
 #include "os/api/dde.h"
 #include "os/api/message.h"
-#include "os/api/sync.h"
 
 namespace {
 
 constexpr int kBufferSize = 16 << 20;
 
+std::FILE* g_Lines = nullptr;
+
 void Line(const std::string& text) {
-    std::printf("%s\n", text.c_str());
-    std::fflush(stdout);
+    std::fprintf(g_Lines, "%s\n", text.c_str());
+    std::fflush(g_Lines);
 }
 
 class PeerServer : public CDDEServer {
@@ -140,8 +143,8 @@ CDDEConnection* PeerServer::OnAcceptConnection(const CString& topic) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 3) {
-        std::fprintf(stderr, "usage: dde_peer SERVICE TOPIC\n");
+    if (argc != 4 || (g_Lines = std::fopen(argv[3], "wb")) == nullptr) {
+        std::fprintf(stderr, "usage: dde_peer SERVICE TOPIC LINES\n");
         return 2;
     }
     DDEInitialize(false);
@@ -151,7 +154,7 @@ int main(int argc, char** argv) {
         if (!server.Create(argv[1])) {
             return 1;
         }
-        Line("ready " + std::to_string(nvk::os::GetCurrentProcessId()));
+        Line("ready");
         nvk::os::MSG msg;
         while (nvk::os::GetMessageA(&msg, nullptr, 0, 0) > 0) {
             nvk::os::TranslateMessage(&msg);

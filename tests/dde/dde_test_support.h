@@ -9,15 +9,22 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <functional>
 #include <string>
+#include <thread>
 
 #include "os/api/message.h"
+#include "os/api/process.h"
+#include "os/api/sync.h"
+#include "support/child_process.h"
 
 namespace nvk::dde::test {
 
-// A bus of this process's own, so that nothing depends on a desktop
-// session: started before the first test, stopped after the last.
+#ifndef _WIN32
+// The POSIX build converses over D-Bus: a bus of this process's own, so that
+// nothing depends on a desktop session, started before the first test and
+// stopped after the last. Windows' DDE needs none.
 class PrivateBus : public testing::Environment {
 public:
     void SetUp() override {
@@ -43,38 +50,67 @@ private:
     int m_Pid = 0;
 };
 
-// The peer program serving SERVICE TOPIC; its lines are read one by one.
+inline testing::Environment* const g_PrivateBus = testing::AddGlobalTestEnvironment(new PrivateBus);
+#endif
+
+// The peer program serving SERVICE TOPIC. It writes its lines to a file of
+// its own, read here as it grows: a file needs no pipe between the
+// processes, which the OS layer does not offer.
 class Peer {
 public:
-    Peer(const std::string& service, const std::string& topic) {
-        const std::string command =
-            "exec \"" NVK_DDE_PEER "\" '" + service + "' '" + topic + "' 2>/dev/null";
-        m_Out = popen(command.c_str(), "r");
-        const std::string ready = NextLine();
-        if (ready.rfind("ready ", 0) == 0) {
-            m_Pid = std::atoi(ready.c_str() + 6);
+    Peer(const std::string& service, const std::string& topic)
+        : m_Path(std::filesystem::temp_directory_path() /
+                 ("nvk_dde_peer_" + std::to_string(os::GetCurrentProcessId()) + "_" +
+                  std::to_string(s_Count++) + ".txt")) {
+        std::FILE* created = std::fopen(m_Path.string().c_str(), "wb");
+        if (created != nullptr) {
+            std::fclose(created);
         }
+        m_Lines = std::fopen(m_Path.string().c_str(), "rb");
+        m_Process = nvk::test::StartProcess("\"" NVK_DDE_PEER "\" \"" + service + "\" \"" + topic +
+                                            "\" \"" + m_Path.string() + "\"");
+        m_Ready = NextLine() == "ready";
     }
     ~Peer() {
-        if (m_Pid > 0) {
-            kill(m_Pid, SIGKILL);
+        nvk::test::FinishProcess(m_Process, 0);
+        if (m_Lines != nullptr) {
+            std::fclose(m_Lines);
         }
-        if (m_Out != nullptr) {
-            pclose(m_Out);
-        }
+        std::error_code ignored;
+        std::filesystem::remove(m_Path, ignored);
     }
     Peer(const Peer&) = delete;
     Peer& operator=(const Peer&) = delete;
 
-    bool Ready() const { return m_Pid > 0; }
-    // The next line the peer printed, "" at its end.
+    bool Ready() const { return m_Ready; }
+    // The next line the peer wrote; "" once it ended without one, or when
+    // none comes within ten seconds.
     std::string NextLine() {
-        char line[256] = {};
-        if (m_Out == nullptr || std::fgets(line, sizeof line, m_Out) == nullptr) {
-            return {};
+        std::string line;
+        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+        while (m_Lines != nullptr) {
+            const int c = std::fgetc(m_Lines);
+            if (c == '\n') {
+                return line;
+            }
+            if (c != EOF) {
+                line += static_cast<char>(c);
+                continue;
+            }
+            // Nothing more yet: the peer's last line may still be on its way
+            // after it ended, so one more read follows the end. A seek, not
+            // clearerr, forgets the end of file: some C runtimes also keep it
+            // on the descriptor below the stream.
+            const bool ended = m_Process.hProcess == nullptr ||
+                               os::WaitForSingleObject(m_Process.hProcess, 0) == os::WAIT_OBJECT_0;
+            std::fseek(m_Lines, 0, SEEK_CUR);
+            if (ended ? m_SawEnd : std::chrono::steady_clock::now() > deadline) {
+                break;
+            }
+            m_SawEnd = ended;
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
         }
-        line[std::strcspn(line, "\n")] = '\0';
-        return line;
+        return {};
     }
     // The next line that is not a connection's coming or going.
     std::string NextTransaction() {
@@ -86,8 +122,12 @@ public:
     }
 
 private:
-    FILE* m_Out = nullptr;
-    int m_Pid = 0;
+    static inline int s_Count = 0;
+    std::filesystem::path m_Path;
+    std::FILE* m_Lines = nullptr;
+    os::PROCESS_INFORMATION m_Process = {};
+    bool m_Ready = false;
+    bool m_SawEnd = false;
 };
 
 // Serves the thread's messages until `done` or `milliseconds` pass.

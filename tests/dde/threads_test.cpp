@@ -15,8 +15,6 @@ namespace {
 
 using nvk::dde::test::PumpUntil;
 
-const auto* const kBus = testing::AddGlobalTestEnvironment(new nvk::dde::test::PrivateBus);
-
 // Logs what it executes in its server's log (it goes when its client
 // leaves), and answers requests with the item's name reversed.
 class Counter : public CDDEConnection {
@@ -91,7 +89,7 @@ TEST(DDEThreadsTest, TwoThreadsEachWithAnInstance) {
                 const char* answer = connection->Request(item.c_str(), &size, nvk::os::CF_TEXT);
                 ASSERT_NE(answer, nullptr);
                 EXPECT_EQ(std::string(answer), std::string(item.rbegin(), item.rend()));
-                EXPECT_EQ(connection->Execute(std::to_string(i).c_str()), 1);
+                EXPECT_EQ(connection->Execute(("n" + std::to_string(i)).c_str()), 1);
             }
         }
         DDECleanUp();
@@ -99,7 +97,7 @@ TEST(DDEThreadsTest, TwoThreadsEachWithAnInstance) {
     });
     client.join();
     server.join();
-    EXPECT_EQ(executed, "0;1;2;3;4;5;6;7;8;9;10;11;12;13;14;15;16;17;18;19;");
+    EXPECT_EQ(executed, "n0;n1;n2;n3;n4;n5;n6;n7;n8;n9;n10;n11;n12;n13;n14;n15;n16;n17;n18;n19;");
 }
 
 TEST(DDEThreadsTest, AThreadTalksToItsOwnService) {
@@ -118,8 +116,8 @@ TEST(DDEThreadsTest, AThreadTalksToItsOwnService) {
         EXPECT_NE(service.m_Last->m_hConv, connection->m_hConv);
         int size = 0;
         EXPECT_STREQ(connection->Request("abc", &size, nvk::os::CF_TEXT), "cba");
-        EXPECT_EQ(connection->Execute("x"), 1);
-        EXPECT_EQ(service.m_Executed, "x;");
+        EXPECT_EQ(connection->Execute("xy"), 1);
+        EXPECT_EQ(service.m_Executed, "xy;");
 
         // The client leaves; the server hears of it when the thread pumps.
         connection->Disconnect();

@@ -7,7 +7,8 @@
 // registered service is a well-known bus name made from the service name, so
 // two processes (or two instances of one process) converse through the bus.
 // Transactions are method calls bounded by their time-out; an advise is a
-// signal to the client, which then asks for the data. The callback runs on
+// signal to the client carrying the data that the server's XTYP_ADVREQ gave
+// within DdePostAdvise. The callback runs on
 // the instance's thread only: while a synchronous call waits, and when the
 // thread pumps its messages (GetMessageA, PeekMessageA, DispatchMessageA).
 //
@@ -155,7 +156,8 @@ BOOL DdeDisconnect(HCONV conv);
 HDDEDATA DdeClientTransaction(LPBYTE data, DWORD size, HCONV conv, HSZ item, UINT format, UINT type,
                               DWORD timeout, LPDWORD result);
 // Tells the clients advising `item` of `topic` (0 for any) that its data
-// changed; each then sends XTYP_ADVREQ for it.
+// changed: XTYP_ADVREQ runs for each loop before this returns, and its data
+// goes to that loop's client.
 BOOL DdePostAdvise(DWORD idInst, HSZ topic, HSZ item);
 
 }  // namespace nvk::os

@@ -8,9 +8,6 @@ namespace nvk::os::dde {
 
 namespace {
 
-// How long a client waits for the data of an advise it was told of.
-constexpr DWORD kAdviseFetchTimeout = 5000;
-
 // The bytes of the next array argument, valid while the message lives.
 std::string_view ReadArray(sd_bus_message* message) {
     const void* bytes = nullptr;
@@ -191,28 +188,31 @@ void OnFlagsTransaction(Instance& instance, sd_bus_message* message, bool poke) 
     sd_bus_reply_method_return(message, "u", flags);
 }
 
-// Request and AdviseRequest: the data of the callback, if it gave any.
-void OnDataTransaction(Instance& instance, sd_bus_message* message, bool advise) {
+// The bytes of a callback's answer, which is then released; false for none.
+bool TakeAnswer(HDDEDATA answer, std::vector<BYTE>& bytes) {
+    UINT format = 0;
+    const bool found = answer != nullptr && ReadData(answer, bytes, format);
+    if (found) {
+        ReleaseUsedData(answer);
+    }
+    return found;
+}
+
+// Request: the data of the callback, if it gave any.
+void OnRequest(Instance& instance, sd_bus_message* message) {
     const ItemCall call = ReadItemCall(message, false);
     Conversation* conversation = ServerPartner(instance, message, call.id);
     if (conversation == nullptr) {
         return;
     }
-    const std::string folded = Fold(call.item);
-    const bool looping = std::any_of(conversation->loops.begin(), conversation->loops.end(),
-                                     SameLoop(folded, call.format));
     HDDEDATA answer = nullptr;
-    if (advise ? looping : (instance.flags & CBF_FAIL_REQUESTS) == 0) {
+    if ((instance.flags & CBF_FAIL_REQUESTS) == 0) {
         TempString itemName(instance, call.item);
-        answer = CallBack(instance, advise ? XTYP_ADVREQ : XTYP_REQUEST, call.format, call.id,
-                          conversation->topic, itemName.get(), nullptr, 0, 0);
+        answer = CallBack(instance, XTYP_REQUEST, call.format, call.id, conversation->topic,
+                          itemName.get(), nullptr, 0, 0);
     }
     std::vector<BYTE> bytes;
-    UINT dataFormat = 0;
-    const bool found = answer != nullptr && ReadData(answer, bytes, dataFormat);
-    if (found) {
-        ReleaseUsedData(answer);
-    }
+    const bool found = TakeAnswer(answer, bytes);
     sd_bus_message* reply = nullptr;
     if (sd_bus_message_new_method_return(message, &reply) >= 0 &&
         sd_bus_message_append(reply, "b", found ? 1 : 0) >= 0 &&
@@ -261,39 +261,15 @@ void OnAdviseStop(Instance& instance, sd_bus_message* message) {
     sd_bus_reply_method_return(message, "b", removed > 0 ? 1 : 0);
 }
 
-// The client's side of an advise: the server said the item changed; the data
-// is asked for, unless the loop wants none, and handed to XTYP_ADVDATA.
+// The client's side of an advise: the data the server gave when it posted the
+// advise (none for a loop that wants none), handed to XTYP_ADVDATA.
 void OnAdviseSignal(Instance& instance, sd_bus_message* message) {
     const auto [id, item, format, flags] = ReadItemCall(message, true);
     Conversation* conversation = Partner(instance, message, id, false);
     if (conversation == nullptr) {
         return;
     }
-    std::vector<BYTE> bytes;
-    bool found = (flags & XTYPF_NODATA) != 0;
-    if (!found) {
-        sd_bus_message* call = nullptr;
-        sd_bus_message* reply = nullptr;
-        if (sd_bus_message_new_method_call(instance.bus, &call, conversation->peer.c_str(), kPath,
-                                           kInterface, "AdviseRequest") >= 0 &&
-            sd_bus_message_append(call, "t", conversation->peerConv) >= 0 &&
-            sd_bus_message_append_array(call, 'y', item.data(), item.size()) >= 0 &&
-            sd_bus_message_append(call, "u", format) >= 0) {
-            BeginBusy(instance, id);
-            if (Call(instance, call, kAdviseFetchTimeout, reply) == CallEnd::Answered) {
-                int has = 0;
-                found = sd_bus_message_read(reply, "b", &has) >= 0 && has != 0;
-                bytes = ReadBytes(reply);
-            }
-            EndBusy(instance, id);
-        }
-        sd_bus_message_unref(call);
-        sd_bus_message_unref(reply);
-        conversation = Partner(instance, message, id, false);
-    }
-    if (!found || conversation == nullptr) {
-        return;
-    }
+    const std::vector<BYTE> bytes = ReadBytes(message);
     TempString itemName(instance, item);
     std::optional<TempData> data;
     if ((flags & XTYPF_NODATA) == 0) {
@@ -338,9 +314,7 @@ void HandleIncoming(Instance& instance, sd_bus_message* message) {
     } else if (sd_bus_message_is_method_call(message, kInterface, "Poke") > 0) {
         OnFlagsTransaction(instance, message, true);
     } else if (sd_bus_message_is_method_call(message, kInterface, "Request") > 0) {
-        OnDataTransaction(instance, message, false);
-    } else if (sd_bus_message_is_method_call(message, kInterface, "AdviseRequest") > 0) {
-        OnDataTransaction(instance, message, true);
+        OnRequest(instance, message);
     } else if (sd_bus_message_is_method_call(message, kInterface, "AdviseStart") > 0) {
         OnAdviseStart(instance, message);
     } else if (sd_bus_message_is_method_call(message, kInterface, "AdviseStop") > 0) {
@@ -421,6 +395,8 @@ BOOL DdePostAdvise(DWORD idInst, HSZ topic, HSZ item) {
         instance->lastError = DMLERR_INVALIDPARAMETER;
         return FALSE;
     }
+    // The loops to serve, taken first: the callback may end conversations.
+    std::vector<std::pair<std::uint64_t, AdviseLoop>> due;
     for (const auto& [id, conversation] : instance->conversations) {
         const StringEntry* ownTopic = StringOf(*instance, conversation->topic);
         if (!conversation->server || conversation->ended ||
@@ -429,20 +405,39 @@ BOOL DdePostAdvise(DWORD idInst, HSZ topic, HSZ item) {
             continue;
         }
         for (const AdviseLoop& loop : conversation->loops) {
-            if (itemName != nullptr && loop.item != itemName->folded) {
+            if (itemName == nullptr || loop.item == itemName->folded) {
+                due.emplace_back(id, loop);
+            }
+        }
+    }
+    // Each loop's data is asked of the server at once, before this returns, so
+    // that a value posted later never replaces one the client has not had.
+    for (const auto& [id, loop] : due) {
+        const auto found = instance->conversations.find(id);
+        if (found == instance->conversations.end() || found->second->ended) {
+            continue;
+        }
+        const Conversation& conversation = *found->second;
+        std::vector<BYTE> bytes;
+        if ((loop.flags & XTYPF_NODATA) == 0) {
+            TempString item(*instance, loop.text);
+            if (!TakeAnswer(CallBack(*instance, XTYP_ADVREQ, loop.format, id, conversation.topic,
+                                     item.get(), nullptr, 0, 0),
+                            bytes)) {
                 continue;
             }
-            sd_bus_message* signal = nullptr;
-            if (sd_bus_message_new_signal(instance->bus, &signal, kPath, kInterface, "Advise") >=
-                    0 &&
-                sd_bus_message_set_destination(signal, conversation->peer.c_str()) >= 0 &&
-                sd_bus_message_append(signal, "t", conversation->peerConv) >= 0 &&
-                sd_bus_message_append_array(signal, 'y', loop.text.data(), loop.text.size()) >= 0 &&
-                sd_bus_message_append(signal, "uu", loop.format, loop.flags) >= 0) {
-                sd_bus_send(instance->bus, signal, nullptr);
-            }
-            sd_bus_message_unref(signal);
         }
+        sd_bus_message* signal = nullptr;
+        if (sd_bus_message_new_signal(instance->bus, &signal, kPath, kInterface, "Advise") >= 0 &&
+            sd_bus_message_set_destination(signal, conversation.peer.c_str()) >= 0 &&
+            sd_bus_message_append(signal, "t", conversation.peerConv) >= 0 &&
+            sd_bus_message_append_array(signal, 'y', loop.text.data(), loop.text.size()) >= 0 &&
+            sd_bus_message_append(signal, "uu", loop.format, loop.flags) >= 0 &&
+            sd_bus_message_append_array(signal, 'y', bytes.empty() ? nullptr : bytes.data(),
+                                        bytes.size()) >= 0) {
+            sd_bus_send(instance->bus, signal, nullptr);
+        }
+        sd_bus_message_unref(signal);
     }
     return TRUE;
 }
