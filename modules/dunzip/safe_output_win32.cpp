@@ -193,10 +193,17 @@ bool Destination::File::Commit(std::time_t modified, unsigned mode) {
     bool done = CloseHandle(Handle(m_Handle)) != 0;
     m_Handle = -1;
     const std::wstring temporary = Child(m_Folder->Path, m_Temporary);
+    const std::wstring target = Child(m_Folder->Path, m_Name);
+    // Nothing is moved over a read-only file: the file the member replaces
+    // loses the bit first.
+    const DWORD existing = GetFileAttributesW(target.c_str());
+    if (existing != INVALID_FILE_ATTRIBUTES && (existing & FILE_ATTRIBUTE_READONLY) != 0 &&
+        (existing & (FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT)) == 0) {
+        SetFileAttributesW(target.c_str(), existing & ~FILE_ATTRIBUTE_READONLY);
+    }
     // The move replaces a file or a link at the name, never what a link
     // points to.
-    if (!done || !MoveFileExW(temporary.c_str(), Child(m_Folder->Path, m_Name).c_str(),
-                              MOVEFILE_REPLACE_EXISTING)) {
+    if (!done || !MoveFileExW(temporary.c_str(), target.c_str(), MOVEFILE_REPLACE_EXISTING)) {
         SetFileAttributesW(temporary.c_str(), FILE_ATTRIBUTE_NORMAL);
         DeleteFileW(temporary.c_str());
         return false;
