@@ -32,6 +32,9 @@ std::vector<std::string> SafeComponents(const std::string& name) {
             return {};
         }
         if (!part.empty() && part != ".") {
+            if (!FitsDisk(part)) {
+                return {};
+            }
             parts.push_back(part);
         }
         part.clear();

@@ -19,10 +19,13 @@ namespace nvk::unzip {
 extern const bool kNamesAreText;
 // The characters that separate the folders of a native path.
 extern const char kNativeSeparators[];
+// Whether the disk can hold `part` as one name, as it stands.
+bool FitsDisk(const std::string& part);
 
 // The folders of a member's name, or an empty list when the name is not safe
-// to extract: absolute, with a drive, with a ".." component, or naming
-// nothing. Backslashes separate folders too; "." components are dropped.
+// to extract: absolute, with a drive, with a ".." component, with a name the
+// disk cannot hold as it stands, or naming nothing. Backslashes separate
+// folders too; "." components are dropped.
 std::vector<std::string> SafeComponents(const std::string& name);
 
 class Destination {

@@ -14,6 +14,10 @@ namespace nvk::unzip {
 const bool kNamesAreText = false;
 const char kNativeSeparators[] = "/";
 
+bool FitsDisk(const std::string&) {
+    return true;
+}
+
 struct Destination::NativeFolder {
     int Fd;
 };

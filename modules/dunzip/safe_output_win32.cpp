@@ -5,12 +5,29 @@
 // in its place, while something is made below it.
 #include <windows.h>
 
+#include <cstring>
+
 #include "safe_output.h"
 
 namespace nvk::unzip {
 
 const bool kNamesAreText = true;
 const char kNativeSeparators[] = "\\/";
+
+// Windows drops the trailing dots and spaces of a name, which would make
+// ".. " the folder above and "a." the file "a", and refuses the characters
+// that its paths and wildcards use.
+bool FitsDisk(const std::string& part) {
+    if (part.back() == '.' || part.back() == ' ') {
+        return false;
+    }
+    for (unsigned char c : part) {
+        if (c < 0x20 || std::strchr("<>:\"|?*", c) != nullptr) {
+            return false;
+        }
+    }
+    return true;
+}
 
 struct Destination::NativeFolder {
     std::wstring Path;
@@ -36,6 +53,22 @@ std::wstring Child(const std::wstring& path, const std::string& name) {
     std::wstring child = path;
     child.append(1, L'\\').append(Wide(name, CP_UTF8));
     return child;
+}
+
+// A full path whose names below it are taken as they stand, with no device
+// read into "con.txt" and no limit of MAX_PATH. Without its final separator,
+// as Child() adds one.
+std::wstring Literal(std::wstring path) {
+    while (!path.empty() && path.back() == L'\\') {
+        path.pop_back();
+    }
+    if (path.rfind(L"\\\\?\\", 0) == 0) {
+        return path;
+    }
+    if (path.rfind(L"\\\\", 0) == 0) {
+        return L"\\\\?\\UNC\\" + path.substr(2);
+    }
+    return L"\\\\?\\" + path;
 }
 
 HANDLE Handle(std::intptr_t handle) {
@@ -104,7 +137,7 @@ Destination::Destination(const std::string& nativeFolder)
         root = OpenFolderHandle(path, true);
     }
     if (root != INVALID_HANDLE_VALUE) {
-        m_Root.reset(new NativeFolder{path, {root}});
+        m_Root.reset(new NativeFolder{Literal(path), {root}});
     }
 }
 
