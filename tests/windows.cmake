@@ -37,18 +37,13 @@ else()
     list(APPEND NVK_WINDOWS_LEFT_OUT_FOLDERS
          "barcode: the engine needs libzint, whose sources are missing (run scripts/mingw_sources.sh)")
 endif()
-# archives: the zip engine needs the libzip that the build makes from Debian's
-# sources (cmake/NvkWindowsDependencies.cmake), when they are there; the unzip
-# engine is not built for Windows (see the top-level list of engines).
+# archives: the engines need the libzip that the build makes from Debian's
+# sources (cmake/NvkWindowsDependencies.cmake), when they are there.
 if(NOT NVK_LIBZIP)
     list(APPEND NVK_WINDOWS_LEFT_OUT_FOLDERS
-         "archive: the zip engine needs libzip, whose sources are missing (run scripts/mingw_sources.sh)")
+         "archive: the engines need libzip, whose sources are missing (run scripts/mingw_sources.sh)")
 else()
     list(APPEND NVK_WINDOWS_LEFT_OUT_SOURCES
-         "archive/unzip_cmd_test.cpp: the unzip engine writes through POSIX descriptors, not ported to Windows"
-         "archive/unzip_engine_test.cpp: the unzip engine writes through POSIX descriptors, not ported to Windows"
-         "archive/unzip_large_test.cpp: the unzip engine writes through POSIX descriptors, not ported to Windows"
-         "archive/unzip_tool_test.cpp: the unzip engine writes through POSIX descriptors, not ported to Windows"
          "archive/archive_failures_test.cpp: ulimit -f and kill -9 of the tool from a POSIX shell"
          "archive/zip_readers_test.cpp: every case reads our archives with POSIX-only peers (unzip, 7zz, bsdtar, Python's zipfile)"
          "archive/zip_tool_test.cpp: runs the tool from a POSIX shell and reads its archives with Python's zipfile")
@@ -62,7 +57,8 @@ endif()
 # A reason holds no semicolon, which would end its entry.
 set(NVK_WINDOWS_CASES_posix_only)
 # archives: the cases that read our archives with Python's zipfile or Info-ZIP
-# unzip, or run the tool from a POSIX shell.
+# unzip, make theirs with those or with Info-ZIP zip or 7zz, or run the tool
+# from a POSIX shell.
 if(NVK_LIBZIP)
     list(APPEND NVK_WINDOWS_CASES_posix_only
          "test_archive ZipEngine.FreshenUpdateAndDeleteChangeTheEntriesTheyShould: reads the archive with Python's zipfile"
@@ -71,9 +67,21 @@ if(NVK_LIBZIP)
          "test_archive DossierZip.ArchivesTheMainFilesAndTheLatestExerciseUnderDossiers: reads the archive with unzip, zipinfo, 7zz, bsdtar and Python's zipfile"
          "test_archive DossierZip.TakesTheExerciseAskedForAndRefusesAMissingDataFolder: reads the archive with unzip -p"
          "test_archive DossierZip.AnExcludedMainFileLeavesTheInformationFileAsMainFile: reads the archive with unzip -p"
-         "test_archive DossierZip.TheToolArchivesADossierNamedByItsMainFile: runs the tool from a POSIX shell, found by /proc/self/exe")
+         "test_archive DossierZip.TheToolArchivesADossierNamedByItsMainFile: runs the tool from a POSIX shell, found by /proc/self/exe"
+         "test_archive UnzipReaders.InfoZipArchivesWithFoldersPasswordsAndComments: makes its archives with Info-ZIP zip through a POSIX shell"
+         "test_archive UnzipReaders.AesMembersAndMemberInformation: makes its archive with 7zz through a POSIX shell"
+         "test_archive UnzipReaders.PythonArchivesWithAPreambleAndZip64: makes its archives with Python's zipfile through a POSIX shell"
+         "test_archive UnzipSafety.BombsStopAtTheLimitsAndLeaveNoFile: makes its deflated archive with Python's zipfile through a POSIX shell"
+         "test_archive UnzipSafety.APreExistingLinkIsNotGoneThrough: makes symbolic links with std::filesystem, which mingw-w64's library does not implement (ENOSYS). UnzipSafety.AJunctionInTheDestinationIsNotGoneThrough is its Windows counterpart"
+         "test_archive UnzipLarge.AMemberOver4GiB: zips a sparse file with Info-ZIP zip through a POSIX shell"
+         "test_archive UnzipTool.ExtractsQuietlyAndFailsWithTheFrontEndsText: runs the tool from a POSIX shell, found by /proc/self/exe, and hides the engine from it with LD_LIBRARY_PATH")
 endif()
 set(NVK_WINDOWS_CASES_wine_differs)
+# archives
+if(NVK_LIBZIP)
+    list(APPEND NVK_WINDOWS_CASES_wine_differs
+         "test_archive UnzipSafety.AJunctionInTheDestinationIsNotGoneThrough: Windows makes a junction of an empty folder with FSCTL_SET_REPARSE_POINT (IO_REPARSE_TAG_MOUNT_POINT), as mklink /J does. Wine 8 answers ERROR_NOT_SUPPORTED")
+endif()
 # file walks and tree operations
 list(APPEND NVK_WINDOWS_CASES_posix_only
     "test_files TreeSafety.LinksAreCopiedAndRemovedAsLinksAndNeverCounted: makes symbolic links with std::filesystem, which mingw-w64's library does not implement (ENOSYS), and Wine's CreateSymbolicLinkA answers TRUE without making a link"

@@ -23,6 +23,8 @@ public:
     virtual bool ReadAt(std::uint64_t position, void* data, std::size_t size) const = 0;
 };
 
+// The platform's (archive_file_posix.cpp, archive_file_win32.cpp); on failure
+// *errorNumber is an errno value, ENOENT when there is no such file.
 std::unique_ptr<ArchiveInput> FileInput(const std::string& nativePath, int* errorNumber);
 std::unique_ptr<ArchiveInput> MemoryInput(const void* data, std::size_t size);
 

@@ -127,7 +127,8 @@ std::vector<std::string> SplitItems(const char* list) {
 
 struct Member {
     zip_uint64_t Index;
-    std::string Raw;   // the name's bytes as stored: the name on disk
+    std::string Raw;   // the name's bytes as stored
+    std::string Disk;  // the name on disk: its bytes, or its text as UTF-8
     std::string Ansi;  // the name in the library's text
     zip_stat_t Stat;
     bool IsFolder;
@@ -249,6 +250,7 @@ private:
                 return kUnzipBadStructure;
             }
             member.Raw = raw;
+            member.Disk = kNamesAreText ? utf8 : raw;
             member.Ansi = AnsiFromUtf8(utf8);
             member.IsFolder =
                 !member.Raw.empty() && (member.Raw.back() == '/' || member.Raw.back() == '\\');
@@ -426,7 +428,7 @@ private:
             logFolder = destination->Folder();
         } else {
             logFolder = NativePath(m_Command.lpszZIPFile);
-            logFolder.resize(logFolder.find_last_of('/') + 1);
+            logFolder.resize(logFolder.find_last_of(kNativeSeparators) + 1);
         }
         OperationsLog log(m_Command, logFolder);
         const std::uint64_t megabytes =
@@ -533,9 +535,9 @@ private:
         if (member.IsLink) {
             return kUnzipSkipped;
         }
-        std::vector<std::string> parts = SafeComponents(member.Raw);
+        std::vector<std::string> parts = SafeComponents(member.Disk);
         if (parts.empty()) {
-            return member.Raw == "./" ? kUnzipOk : kUnzipSkipped;
+            return member.Disk == "./" ? kUnzipOk : kUnzipSkipped;
         }
         if (m_Command.noDirectoryNamesFlag != 0) {
             if (member.IsFolder) {

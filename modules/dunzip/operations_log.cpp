@@ -1,8 +1,10 @@
 #include "operations_log.h"
 
+#include <cstring>
 #include <ctime>
 
 #include "nvk/archive/unzip_engine.h"
+#include "safe_output.h"
 #include "texts.h"
 
 namespace nvk::unzip {
@@ -17,7 +19,11 @@ OperationsLog::OperationsLog(const UNZIPCMDSTRUCT& command, const std::string& f
         name.erase(0, 1);
     }
     m_File = std::fopen(
-        (folder + (folder.empty() || folder.back() == '/' ? "" : "/") + name).c_str(), "ab");
+        (folder +
+         (folder.empty() || std::strchr(kNativeSeparators, folder.back()) != nullptr ? "" : "/") +
+         name)
+            .c_str(),
+        "ab");
     if (m_File == nullptr) {
         return;
     }

@@ -1,11 +1,21 @@
 // The unzip engine on archives from elsewhere: what common writers make, and
 // what an attacker or a broken disk makes.
+#include <chrono>
 #include <cstring>
 #include <string>
 #include <vector>
 
 #include "nvk/archive/unzip_engine.h"
 #include "unzip_support.h"
+
+#ifdef _WIN32
+// Last: its macros (DELETE, ...) would clash with the OS layer's names.
+#ifndef NOMINMAX
+#define NOMINMAX
+#endif
+#include <windows.h>
+#include <winioctl.h>
+#endif
 
 namespace {
 
@@ -127,29 +137,121 @@ TEST(UnzipReaders, PythonArchivesWithAPreambleAndZip64) {
     EXPECT_EQ(many.returnCount, 111);  // e655, e6550-e6559, e65500-e65599
 }
 
-// Names that leave the destination, links, and a pre-existing link.
+// Names that leave the destination, some only where a path loses the trailing
+// dots and spaces of its names (Windows), and a link member.
 TEST(UnzipSafety, NothingIsWrittenOutsideTheDestination) {
+    Scratch s;
+    fs::create_directories(s / "dest");
+    std::vector<Member> members;
+    for (const char* name :
+         {"../up.txt", "/abs.txt", "C:/drive.txt", "a/../../up2.txt", "ok/good.txt", "..\\up3.txt",
+          ".. /up4.txt", "a/.. /.. /up5.txt", "a/.../up6.txt", ".. "}) {
+        members.push_back({name, "x"});
+    }
+    members.push_back({"link", "/etc/passwd", Member{}.DosDate, 3, 0120777u << 16});
+    WriteStored(s / "evil.zip", members);
+    Command command(s / "evil.zip", s / "dest");
+    EXPECT_EQ(command.dunzip(), kUnzipSkipped);
+    EXPECT_EQ(Read(s / "dest/ok/good.txt"), "x");
+    EXPECT_FALSE(fs::exists(s / "up.txt"));
+    EXPECT_FALSE(fs::exists(s / "up2.txt"));
+    EXPECT_FALSE(fs::exists(s / "up3.txt"));
+    EXPECT_FALSE(fs::exists(s / "up4.txt"));
+    EXPECT_FALSE(fs::exists(s / "up5.txt"));
+    EXPECT_FALSE(fs::exists(s / "up6.txt"));
+    EXPECT_FALSE(fs::exists(s / "dest/link"));
+    EXPECT_FALSE(fs::exists(fs::path("/abs.txt")));
+    // No temporary file is left behind.
+    for (const auto& entry : fs::recursive_directory_iterator(s / "dest")) {
+        EXPECT_NE(entry.path().filename().string().rfind(".dunzip", 0), 0u) << entry.path();
+    }
+}
+
+// A link that is already in the destination is never gone through, neither
+// as a folder of a member's path nor as the member itself.
+TEST(UnzipSafety, APreExistingLinkIsNotGoneThrough) {
     Scratch s;
     fs::create_directories(s / "outside");
     fs::create_directories(s / "dest");
     fs::create_directory_symlink(s / "outside", s / "dest/trap");
-    Python(s.Path(),
-           "with z.ZipFile('evil.zip', 'w') as a:\n"
-           "    for n in ['../up.txt', '/abs.txt', 'C:/drive.txt', 'a/../../up2.txt',\n"
-           "              'trap/through.txt', 'ok/good.txt']:\n"
-           "        a.writestr(n, 'x')\n"
-           "    i = z.ZipInfo('link'); i.create_system = 3\n"
-           "    i.external_attr = 0o120777 << 16\n"
-           "    a.writestr(i, '/etc/passwd')\n");
-    Command command(s / "evil.zip", s / "dest");
+    std::ofstream(s / "outside/target.txt") << "kept";
+    fs::create_symlink(s / "outside/target.txt", s / "dest/file.txt");
+    WriteStored(s / "a.zip", {{"trap/through.txt", "x"}, {"file.txt", "x"}, {"ok.txt", "x"}});
+    Command command(s / "a.zip", s / "dest");
+    command.overWriteFlag = 1;
+    EXPECT_EQ(command.dunzip(), kUnzipSkipped);
+    EXPECT_EQ(Read(s / "dest/ok.txt"), "x");
+    EXPECT_FALSE(fs::exists(s / "outside/through.txt"));
+    EXPECT_EQ(Read(s / "outside/target.txt"), "kept");
+}
+
+// Names as old archivers stored them, in the DOS code page (437): Windows
+// names files with characters, so the member goes there as "caf\u00e9.txt"; a
+// POSIX name is bytes, which are kept as they were stored. A UTF-8 name is
+// the same on both.
+TEST(UnzipNames, DiskNamesKeepTheMembersCharactersOrBytes) {
+    Scratch s;
+    WriteStored(s / "a.zip",
+                {{"caf\x82.txt", "dos"}, {"d\xc3\xa9j\xc3\xa0/\xc3\xa9t\xc3\xa9", "utf"}});
+    Command command(s / "a.zip", s / "dest");
+    ASSERT_EQ(command.dunzip(), 0);
+#ifdef _WIN32
+    EXPECT_EQ(Read(s / "dest" / fs::path(u8"caf\u00e9.txt")), "dos");
+#else
+    EXPECT_EQ(Read(s / "dest/caf\x82.txt"), "dos");
+#endif
+    EXPECT_EQ(Read(s / "dest" / fs::path(u8"d\u00e9j\u00e0/\u00e9t\u00e9")), "utf");
+}
+
+#ifdef _WIN32
+// Makes `link` a junction to the folder `target`, as mklink /J does.
+bool MakeJunction(const fs::path& link, const fs::path& target) {
+    const std::wstring substitute = L"\\??\\" + fs::absolute(target).wstring();
+    const std::wstring print = fs::absolute(target).wstring();
+    // The mount point's reparse data: tag, sizes, then both names, each
+    // ending in a null.
+    std::vector<WORD> data(8 + substitute.size() + print.size() + 2);
+    const WORD substituteBytes = static_cast<WORD>(substitute.size() * sizeof(WCHAR));
+    const WORD printBytes = static_cast<WORD>(print.size() * sizeof(WCHAR));
+    auto* header = reinterpret_cast<DWORD*>(data.data());
+    header[0] = IO_REPARSE_TAG_MOUNT_POINT;
+    data[2] = static_cast<WORD>(8 + substituteBytes + printBytes + 2 * sizeof(WCHAR));
+    data[4] = 0;
+    data[5] = substituteBytes;
+    data[6] = static_cast<WORD>(substituteBytes + sizeof(WCHAR));
+    data[7] = printBytes;
+    std::copy(substitute.begin(), substitute.end(), data.begin() + 8);
+    std::copy(print.begin(), print.end(), data.begin() + 8 + substitute.size() + 1);
+    if (!CreateDirectoryW(link.c_str(), nullptr)) {
+        return false;
+    }
+    HANDLE folder = CreateFileW(link.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
+                                FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT, nullptr);
+    DWORD returned = 0;
+    const bool made =
+        folder != INVALID_HANDLE_VALUE &&
+        DeviceIoControl(folder, FSCTL_SET_REPARSE_POINT, data.data(),
+                        static_cast<DWORD>(8 + data[2]), nullptr, 0, &returned, nullptr);
+    if (folder != INVALID_HANDLE_VALUE) {
+        CloseHandle(folder);
+    }
+    return made && (GetFileAttributesW(link.c_str()) & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+}
+
+TEST(UnzipSafety, AJunctionInTheDestinationIsNotGoneThrough) {
+    Scratch s;
+    fs::create_directories(s / "outside");
+    fs::create_directories(s / "dest");
+    ASSERT_TRUE(MakeJunction(s / "dest/trap", s / "outside")) << GetLastError();
+    WriteStored(s / "a.zip",
+                {{"trap/through.txt", "x"}, {"trap/deeper/more.txt", "x"}, {"ok/good.txt", "x"}});
+    Command command(s / "a.zip", s / "dest");
     EXPECT_EQ(command.dunzip(), kUnzipSkipped);
     EXPECT_EQ(Read(s / "dest/ok/good.txt"), "x");
     EXPECT_TRUE(fs::is_empty(s / "outside"));
-    EXPECT_FALSE(fs::exists(s / "up.txt"));
-    EXPECT_FALSE(fs::exists(s / "up2.txt"));
-    EXPECT_FALSE(fs::exists(s / "dest/link"));
-    EXPECT_FALSE(fs::exists(fs::path("/abs.txt")));
+    RemoveDirectoryW((s / "dest/trap").c_str());
 }
+#endif
 
 TEST(UnzipSafety, BombsStopAtTheLimitsAndLeaveNoFile) {
     Scratch s;
@@ -175,17 +277,18 @@ TEST(UnzipSafety, BombsStopAtTheLimitsAndLeaveNoFile) {
 
 TEST(UnzipSafety, DamagedArchivesGiveTheirCodes) {
     Scratch s;
-    Python(s.Path(),
-           "import random\n"
-           "r = random.Random(1)\n"
-           "with z.ZipFile('a.zip', 'w', z.ZIP_DEFLATED) as a:\n"
-           "    a.writestr('f', bytes(r.randrange(50) for _ in range(200000)))\n"
-           "d = open('a.zip', 'rb').read()\n"
-           "open('cut.zip', 'wb').write(d[:len(d) // 2])\n"
-           "open('tail.zip', 'wb').write(d[:len(d) - 30])\n"
-           "b = bytearray(d); b[5000] ^= 0xFF\n"
-           "open('bad.zip', 'wb').write(b)\n"
-           "open('empty.zip', 'wb').write(b'')\n");
+    std::string data(200000, '\0');
+    for (std::size_t i = 0; i < data.size(); ++i) {
+        data[i] = static_cast<char>((i * 7919) % 50);
+    }
+    WriteStored(s / "a.zip", {{"f", data}});
+    const std::string whole = Read(s / "a.zip");
+    std::string bad = whole;
+    bad[5000] = static_cast<char>(bad[5000] ^ 0xFF);
+    std::ofstream(s / "cut.zip", std::ios::binary) << whole.substr(0, whole.size() / 2);
+    std::ofstream(s / "tail.zip", std::ios::binary) << whole.substr(0, whole.size() - 30);
+    std::ofstream(s / "bad.zip", std::ios::binary) << bad;
+    std::ofstream(s / "empty.zip", std::ios::binary);
     for (const char* name : {"cut.zip", "tail.zip", "empty.zip", "bad.zip"}) {
         Command command(s / name, s / "dest");
         command.function = kTestNamed;
@@ -201,12 +304,16 @@ TEST(UnzipSafety, DamagedArchivesGiveTheirCodes) {
 
 TEST(UnzipFlags, OverwriteFreshenAndUpdate) {
     Scratch s;
-    Python(s.Path(),
-           "with z.ZipFile('a.zip', 'w') as a:\n"
-           "    a.writestr(z.ZipInfo('old.txt', (2001, 1, 1, 0, 0, 0)), 'archive')\n"
-           "    a.writestr(z.ZipInfo('new.txt', (2001, 1, 1, 0, 0, 0)), 'archive')\n"
-           "os.makedirs('d'); open('d/old.txt', 'w').write('disk')\n"
-           "os.utime('d/old.txt', (0, 0))\n");
+    constexpr std::uint16_t k2001 = (21 << 9) | (1 << 5) | 1;
+    constexpr std::uint32_t kReadOnly = 0x01;
+    WriteStored(s / "a.zip", {{"old.txt", "archive", k2001},
+                              {"new.txt", "archive", k2001},
+                              {"ro.txt", "archive", k2001, 0, kReadOnly}});
+    fs::create_directory(s / "d");
+    std::ofstream(s / "d/old.txt") << "disk";
+    // Older than the members' 2001.
+    fs::last_write_time(s / "d/old.txt",
+                        fs::file_time_type::clock::now() - std::chrono::hours(24 * 366 * 30));
     Command keep(s / "a.zip", s / "d");
     ASSERT_EQ(keep.dunzip(), 0);
     EXPECT_EQ(Read(s / "d/old.txt"), "disk");
@@ -225,6 +332,13 @@ TEST(UnzipFlags, OverwriteFreshenAndUpdate) {
     overwrite.overWriteFlag = 1;
     ASSERT_EQ(overwrite.dunzip(), 0);
     EXPECT_EQ(Read(s / "d/new.txt"), "archive");
+    // A read-only member is read-only on disk, and is overwritten all the
+    // same.
+    EXPECT_EQ(fs::status(s / "d/ro.txt").permissions() & fs::perms::owner_write, fs::perms::none);
+    Command readOnly(s / "a.zip", s / "d", "ro.txt");
+    readOnly.overWriteFlag = 1;
+    EXPECT_EQ(readOnly.dunzip(), 0);
+    fs::permissions(s / "d/ro.txt", fs::perms::owner_write, fs::perm_options::add);
 }
 
 }  // namespace
@@ -245,9 +359,7 @@ int Rename(void* record, void*) {
 
 TEST(UnzipFlags, RenamingAndFlatExtraction) {
     Scratch s;
-    Python(s.Path(),
-           "with z.ZipFile('a.zip', 'w') as a:\n"
-           "    for n in 'abc': a.writestr('dir/%s.txt' % n, n)\n");
+    WriteStored(s / "a.zip", {{"dir/a.txt", "a"}, {"dir/b.txt", "b"}, {"dir/c.txt", "c"}});
     Command renamed(s / "a.zip", s / "r");
     renamed.lpRenameProc = Rename;
     EXPECT_EQ(renamed.dunzip(), nvk::unzip::kUnzipSkipped);

@@ -13,7 +13,8 @@ fs::path Tool() {
 
 int Shell(const std::string& command, const fs::path& errors) {
     int status = std::system((command + " >/dev/null 2>'" + errors.string() + "'").c_str());
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    // The wait status: the exit code above the signal number.
+    return (status & 0x7F) == 0 ? (status >> 8) & 0xFF : -1;
 }
 
 TEST(UnzipTool, ExtractsQuietlyAndFailsWithTheFrontEndsText) {
