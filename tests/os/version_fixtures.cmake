@@ -32,14 +32,20 @@ target_include_directories(os_version_elf PRIVATE ${PROJECT_SOURCE_DIR}/include
 set_target_properties(os_version_elf PROPERTIES LIBRARY_OUTPUT_DIRECTORY ${version_dir}
                                                 PREFIX "" OUTPUT_NAME app SUFFIX ".so")
 nvk_warnings(os_version_elf)
-if(WIN32)
-    # The engines are left out of the Windows build.
-    add_dependencies(test_os os_version_elf nvk nvkutil)
-    set(versioned "$<TARGET_FILE:nvk>|$<TARGET_FILE:nvkutil>")
-else()
-    add_dependencies(test_os os_version_elf nvk nvkutil dzip32 dunzip32 dlsbar)
-    set(versioned "$<TARGET_FILE:nvk>|$<TARGET_FILE:nvkutil>|$<TARGET_FILE:dzip32>|$<TARGET_FILE:dunzip32>|$<TARGET_FILE:dlsbar>")
+# The engines, where the build makes them (the Windows build makes them when
+# their libraries' sources are there).
+set(engines)
+if(NOT WIN32 OR NVK_LIBZIP)
+    list(APPEND engines dzip32 dunzip32)
 endif()
+if(NOT WIN32 OR NVK_LIBZINT)
+    list(APPEND engines dlsbar)
+endif()
+add_dependencies(test_os os_version_elf nvk nvkutil ${engines})
+set(versioned "$<TARGET_FILE:nvk>|$<TARGET_FILE:nvkutil>")
+foreach(engine IN LISTS engines)
+    string(APPEND versioned "|$<TARGET_FILE:${engine}>")
+endforeach()
 target_compile_definitions(
     test_os PRIVATE NVK_VERSION_ELF="$<TARGET_FILE:os_version_elf>" NVK_PROJECT_VERSION="${PROJECT_VERSION}"
     NVK_VERSIONED_FILES="${versioned}")
