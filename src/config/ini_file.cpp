@@ -97,6 +97,9 @@ void EIniFile::ReadInData(const Chaine& text) {
                 --last;
             }
         }
+        // The line ends as it is written back: one carriage return, then its
+        // feed. Carriage returns ahead of it are left out of the line's place.
+        const bool asWritten = last + 1 == feed;
         start = end + 1;
         const char* line = data + first;
         const int size = last - first;
@@ -116,7 +119,7 @@ void EIniFile::ReadInData(const Chaine& text) {
         if (current == nullptr) {
             current = &Section(currentName);
         }
-        current->AddLine(line, size);
+        current->ReadLine(text, first, size, asWritten);
     }
 }
 

@@ -23,6 +23,7 @@ Chaine EIniFile::SectionDesc::operator[](const Chaine& name) const {
 }
 
 Chaine& EIniFile::SectionDesc::operator[](unsigned int i) {
+    Forget();
     const int index = static_cast<int>(i);
     if (index >= m_UnNamedLines.Size()) {
         m_UnNamedLines.SetSize(index + 1);
@@ -35,6 +36,7 @@ Chaine EIniFile::SectionDesc::operator[](unsigned int i) const {
 }
 
 Chaine& EIniFile::SectionDesc::GetLine(unsigned int i) {
+    Forget();
     const int index = static_cast<int>(i);
     if (index >= m_LineOrder.Size()) {
         m_LineOrder.SetSize(index + 1);
@@ -56,6 +58,7 @@ Chaine EIniFile::SectionDesc::GetLineName(unsigned int i) {
 }
 
 Chaine& EIniFile::SectionDesc::NamedLine(const Chaine& name) {
+    Forget();
     const int before = m_NamedLines.Count();
     Chaine& value = m_NamedLines[name];
     if (m_NamedLines.Count() != before) {
@@ -65,13 +68,14 @@ Chaine& EIniFile::SectionDesc::NamedLine(const Chaine& name) {
 }
 
 void EIniFile::SectionDesc::AddLine(const Chaine& line) {
+    Forget();
     AddLine(line.c_str(), line.Length());
 }
 
-void EIniFile::SectionDesc::AddLine(const char* text, int length) {
+bool EIniFile::SectionDesc::AddLine(const char* text, int length) {
     if (length > 0 && text[0] == ';' && m_NamedLines.Count() == 0 && m_UnNamedLines.IsEmpty()) {
         m_Comments.Add(Chaine(text + 1, length - 1));
-        return;
+        return true;
     }
     int start = 0;
     while (start < length && text[start] == ' ') {
@@ -79,7 +83,7 @@ void EIniFile::SectionDesc::AddLine(const char* text, int length) {
     }
     // A comment among the data lines is not kept.
     if (start < length && text[start] == ';') {
-        return;
+        return false;
     }
     int split = start;
     while (split < length && text[split] != '=') {
@@ -87,9 +91,42 @@ void EIniFile::SectionDesc::AddLine(const char* text, int length) {
     }
     if (split == length) {
         m_UnNamedLines.Add(Chaine(text + start, length - start));
+        return start == 0;
+    }
+    // Unnamed lines are written behind the named ones, and a name that comes
+    // again stays at its first place.
+    const bool inPlace = start == 0 && m_UnNamedLines.IsEmpty();
+    const Chaine name(text + start, split - start);
+    const int before = m_NamedLines.Count();
+    m_NamedLines[name] = Chaine(text + split + 1, length - split - 1);
+    if (m_NamedLines.Count() == before) {
+        return false;
+    }
+    m_LineOrder.Add(name);
+    return inPlace;
+}
+
+void EIniFile::SectionDesc::ReadLine(const Chaine& file, int first, int size, bool asWritten) {
+    const bool kept = AddLine(file.c_str() + first, size) && asWritten;
+    if (m_KeptLength < 0) {
         return;
     }
-    NamedLine(Chaine(text + start, split - start)) = Chaine(text + split + 1, length - split - 1);
+    if (!kept || (m_KeptLength > 0 && first != m_KeptStart + m_KeptLength)) {
+        Forget();
+        return;
+    }
+    if (m_KeptLength == 0) {
+        m_File = file;
+        m_KeptStart = first;
+    }
+    m_KeptLength = first + size + 2 - m_KeptStart;
+}
+
+void EIniFile::SectionDesc::Forget() {
+    if (m_KeptLength > 0) {
+        m_File.Empty();
+    }
+    m_KeptLength = -1;
 }
 
 bool EIniFile::SectionDesc::RemoveLine(const Chaine& name) {
@@ -97,6 +134,7 @@ bool EIniFile::SectionDesc::RemoveLine(const Chaine& name) {
     if (index == -1) {
         return false;
     }
+    Forget();
     m_NamedLines.Remove(name);
     for (int i = 0; i < m_LineOrder.Size(); ++i) {
         if (m_LineOrder[i].EqualsNoCase(name)) {
@@ -108,6 +146,7 @@ bool EIniFile::SectionDesc::RemoveLine(const Chaine& name) {
 }
 
 void EIniFile::SectionDesc::Clean() {
+    Forget();
     m_Comments.RemoveAll();
     m_NamedLines.RemoveAll();
     m_LineOrder.RemoveAll();
@@ -121,6 +160,10 @@ Chaine EIniFile::SectionDesc::AsChaine() {
 }
 
 void EIniFile::SectionDesc::AppendTo(nvk::IniText& text) const {
+    if (m_KeptLength > 0) {
+        text.Add(m_File.c_str() + m_KeptStart, m_KeptLength);
+        return;
+    }
     for (int i = 0; i < m_Comments.Size(); ++i) {
         text.Add(';');
         text.AddLine(m_Comments[i]);

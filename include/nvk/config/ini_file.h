@@ -53,7 +53,10 @@ public:
         unsigned int GetNamedLinesNB() const { return Unsigned(m_NamedLines.Count()); }
         unsigned int UnNamedSize() { return Unsigned(m_UnNamedLines.Size()); }
         void GetUnNamedLines(PTableau<Chaine>& lines) const { lines = m_UnNamedLines; }
-        void SetUnNamedLines(const PTableau<Chaine>& lines) { m_UnNamedLines = lines; }
+        void SetUnNamedLines(const PTableau<Chaine>& lines) {
+            Forget();
+            m_UnNamedLines = lines;
+        }
 
         // Files one line of the file under this section.
         void AddLine(const Chaine& line);
@@ -69,7 +72,14 @@ public:
     private:
         friend class EIniFile;
         static unsigned int Unsigned(int n) { return static_cast<unsigned int>(n); }
-        void AddLine(const char* text, int length);
+        // Files a line; true when writing the section back gives the line as
+        // it stands, at the place it came in.
+        bool AddLine(const char* text, int length);
+        // Files the `size` bytes of `file` at `first`, a line of the file's
+        // text; `asWritten` when "\r\n" follows them in the file.
+        void ReadLine(const Chaine& file, int first, int size, bool asWritten);
+        // The lines may change from here on: the body is built from them.
+        void Forget();
         void AppendTo(nvk::IniText& text) const;
 
         PTableau<Chaine> m_Comments;
@@ -78,6 +88,16 @@ public:
         PTableau<Chaine> m_LineOrder;
         PTableau<Chaine> m_UnNamedLines;
         Chaine m_Empty;
+        // A section read from a file whose lines stood there exactly as they
+        // are written back, one after the other, keeps their place in the
+        // file's text, which is shared rather than copied: an unchanged
+        // section is then written back in one copy, not line by line. Length
+        // 0 while no line is in; -1 once the body has to be built from the
+        // lines, which lasts: a value handed out by reference may change at
+        // any later time.
+        Chaine m_File;
+        int m_KeptStart = 0;
+        int m_KeptLength = 0;
     };
 
     EIniFile() = default;
