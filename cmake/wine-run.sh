@@ -19,9 +19,13 @@ if [ ! -f "$prefix/.nvk-ready" ]; then
             printf 'REGEDIT4\n\n[HKEY_CURRENT_USER\\Software\\Wine\\Drivers]\n"Graphics"="null"\n' \
                 >"$prefix/null-driver.reg"
             # Ready only once the driver is set: without it no window can be
-            # made, and DDE among others fails.
+            # made, and DDE among others fails. The desktop that wineboot
+            # started knows no driver yet: the server ends with it, and the
+            # next program starts both afresh.
             "$wine" regedit /S "$prefix/null-driver.reg" >/dev/null 2>&1 &&
-                touch "$prefix/.nvk-ready"
+                "${wine%/*}/wineserver" -k 2>/dev/null
+            "${wine%/*}/wineserver" -w
+            grep -q '^"Graphics"="null"' "$prefix/user.reg" && touch "$prefix/.nvk-ready"
         fi
     ) 9>"$prefix.lock"
 fi

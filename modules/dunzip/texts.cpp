@@ -22,7 +22,7 @@ std::string Convert(std::string_view text, os::UINT from, os::UINT to) {
     if (wide <= 0) {
         return std::string(text);
     }
-    std::u16string units(static_cast<std::size_t>(wide), u'\0');
+    std::basic_string<os::WCHAR> units(static_cast<std::size_t>(wide), 0);
     os::MultiByteToWideChar(from, 0, text.data(), size, units.data(), wide);
     int bytes = os::WideCharToMultiByte(to, 0, units.data(), wide, nullptr, 0, nullptr, nullptr);
     if (bytes <= 0) {
