@@ -154,6 +154,23 @@ bool EIndexFile::GetPage(unsigned long page) {
     return true;
 }
 
+// A page for reading only: in place in the file's mapping where it can be,
+// copied to m_Page otherwise. Null for a page that is not in the file.
+const char* EIndexFile::PeekPage(std::uint32_t page) {
+    if (m_Map != nullptr && PageInFile(page)) {
+        if (const char* bytes = m_Map->At(PageOffset(page), PageSize(), KnownSize())) {
+            return bytes;
+        }
+    }
+    return page != 0 && GetPage(page) ? m_Page : nullptr;
+}
+
+// Makes m_Page hold a page that PeekPage gave. A view is read again by its
+// number, not copied from: mapping another page since may have moved it.
+bool EIndexFile::HoldPage(std::uint32_t page, const char* bytes) {
+    return (bytes == m_Page && m_PageNo == page) || GetPage(page);
+}
+
 bool EIndexFile::WritePage() {
     return WriteAt(m_Position, m_Page, PageSize());
 }

@@ -21,7 +21,9 @@ long EIndexFile::CompareIndex(int index, const void* a, const void* b) {
 
 // CompareIndex, with the commonest key types compared in line: a page scan
 // compares its key with hundreds of entries, and the call and the choice by
-// key type would cost more than the comparison itself.
+// key type would cost more than the comparison itself. The scans are written
+// once over the comparison Visit hands them, so the choice is made once a
+// scan rather than once an entry.
 class EIndexFile::KeyOrder {
 public:
     KeyOrder(EIndexFile& file, int index) : m_File(file), m_Index(index) {
@@ -33,33 +35,129 @@ public:
         }
     }
 
-    long operator()(const void* a, const void* b) const {
+    template <class Scan>
+    auto Visit(Scan&& scan) const {
         switch (m_Inline) {
             case Inline::Signed64:
-                return Order<std::int64_t>(a, b);
+                return scan(Order<std::int64_t>{});
             case Inline::Unsigned32:
-                return Order<std::uint32_t>(a, b);
+                return scan(Order<std::uint32_t>{});
             default:
-                return m_File.CompareIndex(m_Index, a, b);
+                return scan([this](const void* a, const void* b) {
+                    return m_File.CompareIndex(m_Index, a, b);
+                });
         }
+    }
+
+    long operator()(const void* a, const void* b) const {
+        return Visit([&](const auto& order) { return order(a, b); });
     }
 
 private:
     enum class Inline { None, Signed64, Unsigned32 };
 
     template <class T>
-    static long Order(const void* a, const void* b) {
-        T x;
-        T y;
-        std::memcpy(&x, a, sizeof x);
-        std::memcpy(&y, b, sizeof y);
-        return x < y ? -1 : (y < x ? 1 : 0);
-    }
+    struct Order {
+        long operator()(const void* a, const void* b) const {
+            T x;
+            T y;
+            std::memcpy(&x, a, sizeof x);
+            std::memcpy(&y, b, sizeof y);
+            return x < y ? -1 : (y < x ? 1 : 0);
+        }
+    };
 
     EIndexFile& m_File;
     int m_Index;
     Inline m_Inline = Inline::None;
 };
+
+namespace {
+
+// What Route answers besides an entry's offset.
+constexpr int kStoppedOnEqual = -1;
+constexpr int kBadPage = -2;
+
+// The offset of the entry of an interior page whose child `key` goes down
+// to, the page scanned from both ends at once: entry 0 routes every key below
+// entry 1. Among equal entries the first is taken when `firstOfEqual`.
+template <class Order>
+int Route(const Order& order, const void* key, const char* entries, int count, int entrySize,
+          bool stopOnEqual, bool firstOfEqual) {
+    if (count <= 1) {
+        return 0;
+    }
+    int low = entrySize;
+    int high = entrySize * (count - 1);
+    for (;;) {
+        long c = order(key, entries + low);
+        if (c == 0 && stopOnEqual) {
+            return kStoppedOnEqual;
+        }
+        if (c < 0) {
+            return low - entrySize;
+        }
+        c = order(key, entries + high);
+        if (c == 0 && stopOnEqual) {
+            return kStoppedOnEqual;
+        }
+        if (c >= 0) {
+            if (c == 0 && firstOfEqual) {
+                while (high > 0 && order(key, entries + high - entrySize) == 0) {
+                    high -= entrySize;
+                }
+            }
+            return high;
+        }
+        low += entrySize;
+        high -= entrySize;
+        if (high < 0) {
+            return kBadPage;
+        }
+    }
+}
+
+// The offset of the entry equal to `key` in a leaf, the first of equal ones
+// where there may be several, scanned from both ends at once; -1 for none.
+template <class Order>
+int FindEqual(const Order& order, const void* key, const char* entries, int count, int entrySize,
+              bool duplicates) {
+    int low = 0;
+    int high = entrySize * (count - 1);
+    if (order(key, entries) == 0) {
+        return 0;
+    }
+    for (;;) {
+        if (order(key, entries + high) == 0) {
+            if (duplicates) {
+                while (high > 0 && order(key, entries + high - entrySize) == 0) {
+                    high -= entrySize;
+                }
+            }
+            return high;
+        }
+        low += entrySize;
+        high -= entrySize;
+        if (high < 0) {
+            return -1;
+        }
+        if (order(key, entries + low) == 0) {
+            return low;
+        }
+    }
+}
+
+// How many of a leaf's entries lie below `key`.
+template <class Order>
+int CountBelow(const Order& order, const void* key, const char* entries, int count, int entrySize) {
+    int below = 0;
+    for (const char* entry = entries; below < count && order(key, entry) > 0; entry += entrySize) {
+        ++below;
+    }
+    return below;
+}
+
+}  // namespace
 
 char* EIndexFile::EntryAt(int index, int slot) const {
     return m_Page + fmt::kPageHeaderSize + slot * Desc(index).EntrySize;
@@ -102,67 +200,58 @@ bool EIndexFile::Searchable(int index) {
     return Desc(m_Index).KeyCount != 0 && Desc(m_Index).Root != 0;
 }
 
+// The pages above the wanted level are only read on the way down: they are
+// searched in place in the file's mapping, and only the page the descent
+// stops on is copied to m_Page.
 int EIndexFile::CherchePage(int index, void* key, unsigned long level, int firstOfEqual,
                             int stopOnEqual) {
     const KeyOrder order(*this, index);
     const fmt::Descriptor& d = Desc(index);
     const int entrySize = d.EntrySize;
     const bool unique = d.Duplicates == 0;
-    if (d.Root == 0 || !GetPage(d.Root)) {
+    std::uint32_t pageNo = d.Root;
+    const char* page = PeekPage(pageNo);
+    if (page == nullptr) {
         return kDamaged;
     }
-    unsigned long pageLevel = fmt::LevelOf(m_Page);
-    if (fmt::IsFreePage(m_Page) || pageLevel < level) {
-        return kDamaged;
+    // Every way out leaves the page the descent stands on in m_Page.
+    const auto stop = [&](int result) { return HoldPage(pageNo, page) ? result : kDamaged; };
+    unsigned long pageLevel = fmt::LevelOf(page);
+    if (fmt::IsFreePage(page) || pageLevel < level) {
+        return stop(kDamaged);
     }
     while (pageLevel > level) {
-        const int count = fmt::CountOf(m_Page);
+        const int count = fmt::CountOf(page);
         if (count == 0 || count > d.MaxEntries) {
-            return kDamaged;
+            return stop(kDamaged);
         }
-        // Scanned from both ends at once: entry 0 routes every key below entry 1.
-        int child = 0;
-        int low = entrySize;
-        int high = entrySize * (count - 1);
-        char* entries = m_Page + fmt::kPageHeaderSize;
-        while (count > 1) {
-            long c = order(key, entries + low);
-            if (c == 0 && stopOnEqual && unique) {
-                return kDuplicate;
-            }
-            if (c < 0) {
-                child = low - entrySize;
-                break;
-            }
-            c = order(key, entries + high);
-            if (c == 0 && stopOnEqual && unique) {
-                return kDuplicate;
-            }
-            if (c < 0) {
-                low += entrySize;
-                high -= entrySize;
-                if (high < 0) {
-                    return kDamaged;
-                }
-                continue;
-            }
-            if (c == 0 && firstOfEqual && !unique) {
-                while (high > 0 && order(key, entries + high - entrySize) == 0) {
-                    high -= entrySize;
-                }
-            }
-            child = high;
-            break;
+        const char* entries = page + fmt::kPageHeaderSize;
+        const int child = order.Visit([&](const auto& compare) {
+            return Route(compare, key, entries, count, entrySize, stopOnEqual && unique,
+                         firstOfEqual && !unique);
+        });
+        if (child == kStoppedOnEqual) {
+            return stop(kDuplicate);
         }
-        if (!GetPage(fmt::Load32(entries + child + d.KeySize))) {
-            return kDamaged;
+        if (child == kBadPage) {
+            return stop(kDamaged);
         }
+        const std::uint32_t childNo = fmt::Load32(entries + child + d.KeySize);
+        const char* childPage = PeekPage(childNo);
+        if (childPage == nullptr) {
+            return stop(kDamaged);
+        }
+        pageNo = childNo;
+        page = childPage;
         // Each step must go down by one level, so that no descent can loop.
-        const unsigned long childLevel = fmt::LevelOf(m_Page);
-        if (fmt::IsFreePage(m_Page) || childLevel + 1 != pageLevel || childLevel < level) {
-            return kDamaged;
+        const unsigned long childLevel = fmt::LevelOf(page);
+        if (fmt::IsFreePage(page) || childLevel + 1 != pageLevel || childLevel < level) {
+            return stop(kDamaged);
         }
         pageLevel = childLevel;
+    }
+    if (!HoldPage(pageNo, page)) {
+        return kDamaged;
     }
     if (fmt::CountOf(m_Page) > d.MaxEntries) {
         return kDamaged;
@@ -191,36 +280,16 @@ int EIndexFile::CherchePage(int index, void* key, unsigned long level, int first
 }
 
 char* EIndexFile::GetPosPage(int index, void* key) {
-    const KeyOrder order(*this, index);
     const int count = fmt::CountOf(m_Page);
     if (count == 0) {
         return nullptr;
     }
-    const int entrySize = Desc(index).EntrySize;
     char* entries = m_Page + fmt::kPageHeaderSize;
-    int low = 0;
-    int high = entrySize * (count - 1);
-    if (order(key, entries) == 0) {
-        return entries;
-    }
-    for (;;) {
-        if (order(key, entries + high) == 0) {
-            if (Desc(index).Duplicates != 0) {
-                while (high > 0 && order(key, entries + high - entrySize) == 0) {
-                    high -= entrySize;
-                }
-            }
-            return entries + high;
-        }
-        low += entrySize;
-        high -= entrySize;
-        if (high < 0) {
-            return nullptr;
-        }
-        if (order(key, entries + low) == 0) {
-            return entries + low;
-        }
-    }
+    const fmt::Descriptor& d = Desc(index);
+    const int found = KeyOrder(*this, index).Visit([&](const auto& order) {
+        return FindEqual(order, key, entries, count, d.EntrySize, d.Duplicates != 0);
+    });
+    return found < 0 ? nullptr : entries + found;
 }
 
 char* EIndexFile::GetPosInsPage(int index, void* key) {
@@ -421,10 +490,10 @@ unsigned long EIndexFile::GreaterEqual(int index, void* key) {
     std::uint32_t steps = 0;
     for (;;) {
         const int count = fmt::CountOf(m_Page);
-        for (const char* entry = EntryAt(m_Index, slot); slot < count && order(key, entry) > 0;
-             entry += entrySize) {
-            ++slot;
-        }
+        const char* entries = EntryAt(m_Index, 0);
+        slot = order.Visit([&](const auto& compare) {
+            return CountBelow(compare, key, entries, count, entrySize);
+        });
         if (slot < count) {
             break;
         }
@@ -433,7 +502,6 @@ unsigned long EIndexFile::GreaterEqual(int index, void* key) {
             m_CurSlot = 0;
             return 0;
         }
-        slot = 0;
     }
     Position(slot);
     const unsigned long value = Take(slot);

@@ -190,6 +190,12 @@ TEST_F(FileTest, ReadsWritesAndSeeks) {
     SetFilePointer(file, 12, nullptr, FILE_BEGIN);
     ASSERT_TRUE(SetEndOfFile(file));
     EXPECT_EQ(GetFileSize(file, nullptr), 12u);
+    // Asking the size leaves the pointer where it stood.
+    SetFilePointer(file, 3, nullptr, FILE_BEGIN);
+    EXPECT_EQ(GetFileSize(file, nullptr), 12u);
+    char read = 0;
+    ASSERT_TRUE(ReadFile(file, &read, 1, &done, nullptr));
+    EXPECT_EQ(read, '3');
     EXPECT_TRUE(FlushFileBuffers(file));
     CloseHandle(file);
     EXPECT_EQ(Get(folder_ / "seek.dat"), std::string("0123456789\0\0", 12));

@@ -125,6 +125,8 @@ private:
     std::uint32_t PagesInFile();
     std::uint32_t PagesIn(std::uint64_t size) const;
     bool PageInFile(std::uint32_t page);
+    const char* PeekPage(std::uint32_t page);
+    bool HoldPage(std::uint32_t page, const char* bytes);
     // Writes m_Page to its place; false if it did not all go out.
     bool WritePage();
     void AllocateKeyBuffer();

@@ -181,6 +181,20 @@ bool LockedElsewhere(File& file, LONGLONG position, DWORD count) {
     return LockedBetween(file.fd(), range.l_start, range.l_start + range.l_len);
 }
 
+// The size of an open file, or -1 with errno set. The descriptor's own offset
+// is not the handle's pointer (see File), so moving it to the end costs
+// nothing of ours, and that bare call is how the index file's readers ask the
+// size at every operation cheaply: fstat fills a whole stat for one field.
+// What can't seek (a pipe) is asked with fstat.
+LONGLONG SizeOf(const File& file) {
+    const off_t end = lseek(file.fd(), 0, SEEK_END);
+    if (end >= 0) {
+        return end;
+    }
+    struct stat info;
+    return fstat(file.fd(), &info) == 0 ? info.st_size : -1;
+}
+
 }  // namespace
 
 namespace {
@@ -458,8 +472,7 @@ DWORD SetFilePointer(HANDLE handle, LONG distance, PLONG distanceHigh, DWORD mov
     if (moveMethod == FILE_CURRENT) {
         base = file->pointer();
     } else if (moveMethod == FILE_END) {
-        struct stat info;
-        base = fstat(file->fd(), &info) == 0 ? info.st_size : -1;
+        base = SizeOf(*file);
     } else if (moveMethod != FILE_BEGIN) {
         SetErrorCode(ERROR_INVALID_PARAMETER);
         return INVALID_SET_FILE_POINTER;
@@ -483,14 +496,14 @@ DWORD SetFilePointer(HANDLE handle, LONG distance, PLONG distanceHigh, DWORD mov
 
 DWORD GetFileSize(HANDLE handle, LPDWORD sizeHigh) {
     File* file = FileOf(handle);
-    struct stat info;
-    if (file == nullptr || fstat(file->fd(), &info) != 0) {
+    const LONGLONG known = file != nullptr ? SizeOf(*file) : -1;
+    if (known < 0) {
         if (file != nullptr) {
             SetErrorFromErrno(errno);
         }
         return INVALID_FILE_SIZE;
     }
-    auto size = static_cast<ULONGLONG>(info.st_size);
+    const auto size = static_cast<ULONGLONG>(known);
     if (sizeHigh != nullptr) {
         *sizeHigh = static_cast<DWORD>(size >> 32);
     }
