@@ -92,7 +92,6 @@ private:
     void AddPage();
     PageRecord* BuildPage(ChaineBuffer* last);
     ChaineBuffer* TakeShared(ChaineBuffer* last);
-    // Everything but a pop from or a push to the thread's cache.
     // A pop from, or a push to, the thread's cache; null or false when the
     // block can't be had or kept so.
     ChaineBuffer* FromCache(std::uint32_t size);
@@ -109,6 +108,9 @@ private:
     void Drain(ThreadCache& cache, std::uint32_t count);
     // A cache whose thread ends, or that this storage lets go when it ends.
     void Forget(ThreadCache& cache);
+    // The chains that Drain put on the shared list; see m_ChainEnds.
+    void ReserveChains(std::uint64_t blocks);
+    ChaineBuffer* NewestChain() const;
 
     nvk::SpinLock m_Lock;
     std::uint32_t m_BlockSize = 0;
@@ -116,6 +118,16 @@ private:
     PageRecord* m_FirstPage = nullptr;
     ChaineBuffer* m_FreeHead = nullptr;
     ThreadCache* m_Caches = nullptr;
+    // The last blocks of the chains of a cache's batch that Drain put on the
+    // shared list, the newest ending the chain that starts at m_FreeHead and
+    // each older one the chain after the newer's. Refill takes such a chain
+    // whole: walking it would wait on every block, since blocks given back
+    // lie anywhere in the pages. Any other change at the head of the list
+    // forgets them all. There is room for as many chains as the pages hold,
+    // made as pages are added, so that giving blocks back never allocates.
+    ChaineBuffer** m_ChainEnds = nullptr;
+    std::uint64_t m_ChainRoom = 0;
+    std::uint64_t m_ChainCount = 0;
 };
 
 // The storage of the process ("BlockStorage V2"), made by the first module
