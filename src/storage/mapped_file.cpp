@@ -6,8 +6,6 @@
 
 namespace nvk {
 
-namespace os = nvk::os;
-
 MappedFile::~MappedFile() {
     for (Window& window : m_Windows) {
         Unmap(window);
