@@ -78,6 +78,15 @@ namespace {
 constexpr int kStoppedOnEqual = -1;
 constexpr int kBadPage = -2;
 
+// The offset of the first of the entries equal to `key` that end at `at`.
+template <class Order>
+int FirstOfEqual(const Order& order, const void* key, const char* entries, int at, int entrySize) {
+    while (at > 0 && order(key, entries + at - entrySize) == 0) {
+        at -= entrySize;
+    }
+    return at;
+}
+
 // The offset of the entry of an interior page whose child `key` goes down
 // to, the page scanned from both ends at once: entry 0 routes every key below
 // entry 1. Among equal entries the first is taken when `firstOfEqual`.
@@ -102,12 +111,8 @@ int Route(const Order& order, const void* key, const char* entries, int count, i
             return kStoppedOnEqual;
         }
         if (c >= 0) {
-            if (c == 0 && firstOfEqual) {
-                while (high > 0 && order(key, entries + high - entrySize) == 0) {
-                    high -= entrySize;
-                }
-            }
-            return high;
+            return c == 0 && firstOfEqual ? FirstOfEqual(order, key, entries, high, entrySize)
+                                          : high;
         }
         low += entrySize;
         high -= entrySize;
@@ -129,12 +134,7 @@ int FindEqual(const Order& order, const void* key, const char* entries, int coun
     }
     for (;;) {
         if (order(key, entries + high) == 0) {
-            if (duplicates) {
-                while (high > 0 && order(key, entries + high - entrySize) == 0) {
-                    high -= entrySize;
-                }
-            }
-            return high;
+            return duplicates ? FirstOfEqual(order, key, entries, high, entrySize) : high;
         }
         low += entrySize;
         high -= entrySize;
