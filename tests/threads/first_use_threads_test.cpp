@@ -6,7 +6,6 @@
 
 #include <array>
 #include <atomic>
-#include <barrier>
 #include <cstdlib>
 #include <string>
 #include <thread>
@@ -16,6 +15,7 @@
 #include "nvk/context/loc.h"
 #include "nvk/core/chaine.h"
 #include "os/api/environment.h"
+#include "support/start_gate.h"
 
 namespace {
 
@@ -25,12 +25,12 @@ constexpr int kThreads = 8;
 // values are made: true when every thread's answer is that later one.
 template <class Ask>
 bool RaceFirstUse(Ask ask) {
-    std::barrier start(kThreads);
+    nvk::test::StartGate start(kThreads);
     std::array<std::string, kThreads> answers;
     std::vector<std::thread> threads;
     for (int t = 0; t < kThreads; ++t) {
         threads.emplace_back([&, t] {
-            start.arrive_and_wait();
+            start.ArriveAndWait();
             answers[t] = ask(t);
         });
     }

@@ -4,12 +4,12 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <barrier>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "nvk/context/locale.h"
+#include "support/start_gate.h"
 
 namespace {
 
@@ -30,12 +30,12 @@ TEST(LocaleThreads, EveryThreadGetsTheCacheOfItsOwnLanguage) {
     }
     ASSERT_NE(expected[0][2], expected[1][2]);  // "mars" and "März" tell apart
 
-    std::barrier start(static_cast<std::ptrdiff_t>(languages.size()));
+    nvk::test::StartGate start(static_cast<int>(languages.size()));
     std::array<int, 8> wrong{};
     std::vector<std::thread> threads;
     for (std::size_t t = 0; t < languages.size(); ++t) {
         threads.emplace_back([&, t] {
-            start.arrive_and_wait();  // the first requests of all eight at once
+            start.ArriveAndWait();  // the first requests of all eight at once
             for (int i = 0; i < 2000; ++i) {
                 ELocale locale(languages[t]);
                 const PTableau<Chaine>& names = locale.Cache().GetMonthNames(false);
