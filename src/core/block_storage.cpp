@@ -12,6 +12,7 @@
 #include "nvk/core/process_singleton.h"
 #include "os/api/memory.h"
 #include "os/api/module.h"
+#include "os/api/sync.h"
 
 // This module's own handle, by which the runtime knows whose code a thread's
 // end calls.
@@ -232,14 +233,27 @@ FBlockStorage* FBlockStorage::Create(std::uint32_t blockSize, std::uint32_t bloc
 }
 
 void FBlockStorage::Destroy(FBlockStorage* storage) {
-    {
-        // A thread that ends meanwhile finds its cache cut loose, not a
-        // storage that is gone.
-        ProcessLock process;
-        std::lock_guard guard(storage->m_Lock);
-        while (storage->m_Caches != nullptr) {
-            storage->Forget(*storage->m_Caches);
+    // Every cache is cut loose, so that a thread that ends later finds no
+    // storage to give its blocks to. A cache whose thread is ending has taken
+    // its owner already: it gives its blocks back and leaves the list under
+    // the lock, and the storage waits for it to be gone.
+    for (;;) {
+        {
+            std::lock_guard guard(storage->m_Lock);
+            for (ThreadCache* cache = storage->m_Caches; cache != nullptr;) {
+                ThreadCache* next = cache->Next;
+                FBlockStorage* owner = storage;
+                if (cache->Owner.compare_exchange_strong(owner, nullptr,
+                                                         std::memory_order_acq_rel)) {
+                    storage->Forget(*cache);
+                }
+                cache = next;
+            }
+            if (storage->m_Caches == nullptr) {
+                break;
+            }
         }
+        Sleep(0);
     }
     FreePages(storage->m_FirstPage);
     if (storage->m_ChainEnds != nullptr) {
@@ -410,7 +424,6 @@ void FBlockStorage::Forget(ThreadCache& cache) {
     if (cache.Next != nullptr) {
         cache.Next->Prev = cache.Prev;
     }
-    cache.Owner.store(nullptr, std::memory_order_release);
 }
 
 void ThreadCache::ThreadEnds(void* ending) {
@@ -423,15 +436,14 @@ void ThreadCache::ThreadEnds(void* ending) {
         }
         cache.HeapCount[i] = 0;
     }
-    if (cache.Owner.load(std::memory_order_acquire) != nullptr) {
-        // The process lock keeps the storage from ending while its blocks go
-        // back.
-        ProcessLock process;
-        if (FBlockStorage* owner = cache.Owner.load(std::memory_order_acquire)) {
-            owner->Drain(cache, cache.Count);
-            std::lock_guard guard(owner->m_Lock);
-            owner->Forget(cache);
-        }
+    // Taken from the cache before its storage could cut it loose: the storage
+    // doesn't end while the cache is in its list, which it leaves here. No
+    // other lock is taken, since on Windows a thread ends under the loader's
+    // lock, which code holding any lock of ours may be waiting for.
+    if (FBlockStorage* owner = cache.Owner.exchange(nullptr, std::memory_order_acq_rel)) {
+        owner->Drain(cache, cache.Count);
+        std::lock_guard guard(owner->m_Lock);
+        owner->Forget(cache);
     }
 #ifdef _WIN32
     // No storage knows the cache any more. Should the runtime have freed the

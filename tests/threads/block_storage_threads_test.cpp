@@ -4,9 +4,11 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <chrono>
 #include <condition_variable>
 #include <cstring>
 #include <functional>
+#include <future>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -16,6 +18,8 @@
 #include <vector>
 
 #include "nvk/core/block_storage.h"
+#include "nvk/core/process_singleton.h"
+#include "support/start_gate.h"
 
 namespace {
 
@@ -168,6 +172,60 @@ TEST(BlockStorageThreads, AStorageEndsBeforeTheThreadsThatUsedIt) {
     goingOn.join();
     EXPECT_TRUE(fromSecond);
     FBlockStorage::Destroy(second);
+}
+
+// Threads end while their storage ends: each either gives its blocks back
+// before the storage is gone or finds its cache cut loose, never a storage
+// half gone (its pages are given back to the system, so that a late write
+// faults).
+TEST(BlockStorageThreads, ThreadsEndWhileTheirStorageEnds) {
+    constexpr int kThreads = 4;
+    for (int round = 0; round < 100; ++round) {
+        FBlockStorage* storage = FBlockStorage::Create(64, 16);
+        nvk::test::StartGate ending(kThreads + 1);
+        std::vector<std::thread> threads;
+        for (int t = 0; t < kThreads; ++t) {
+            threads.emplace_back([&] {
+                std::vector<ChaineBuffer*> blocks(40);
+                for (auto& block : blocks) {
+                    block = storage->PoolAlloc(10);
+                }
+                for (ChaineBuffer* block : blocks) {
+                    storage->PoolFree(block);
+                }
+                ending.ArriveAndWait();
+            });
+        }
+        ending.ArriveAndWait();
+        // Later in each round, so that some rounds end the storage while a
+        // thread is ending.
+        const auto start = std::chrono::steady_clock::now();
+        while (std::chrono::steady_clock::now() - start < std::chrono::microseconds(round)) {
+        }
+        FBlockStorage::Destroy(storage);
+        for (auto& thread : threads) {
+            thread.join();
+        }
+    }
+}
+
+// On Windows a thread ends under the loader's lock, which a thread holding
+// the process lock may be waiting for (to find a resource, say): the end of
+// a thread whose cache serves a storage must not wait for the process lock.
+TEST(BlockStorageThreads, AThreadEndsWhileTheProcessLockIsHeld) {
+    FBlockStorage* storage = FBlockStorage::Create(64, 16);
+    std::thread user;
+    std::future<void> joined;
+    std::future_status status;
+    {
+        ProcessLock process;
+        user = std::thread([&] { storage->PoolFree(storage->PoolAlloc(10)); });
+        joined = std::async(std::launch::async, [&] { user.join(); });
+        status = joined.wait_for(std::chrono::seconds(30));
+    }
+    joined.wait();
+    EXPECT_EQ(status, std::future_status::ready);
+    FBlockStorage::Destroy(storage);
 }
 
 // One thread's cache gives blocks back to the shared list and takes them in

@@ -44,8 +44,9 @@ struct ThreadCache {
     // that the cache needs no guard of its own on every use.
     static void ThreadEnds(void* cache);
 
-    // The storage served; null while none. Set under the owner's lock, cleared
-    // under it and the process lock; read lock-free by the cache's thread.
+    // The storage served; null while none. Set under the owner's lock by the
+    // cache's thread, which reads it lock-free; cleared by whichever comes
+    // first, the thread's end or the storage's.
     std::atomic<FBlockStorage*> Owner{nullptr};
     ChaineBuffer* Head = nullptr;  // linked as the shared list is
     std::uint32_t Count = 0;
@@ -106,7 +107,8 @@ private:
     void Refill(ThreadCache& cache);
     // Moves `count` blocks from the cache to the shared list.
     void Drain(ThreadCache& cache, std::uint32_t count);
-    // A cache whose thread ends, or that this storage lets go when it ends.
+    // Under the lock: takes out of the list a cache whose thread ends, or
+    // that this storage lets go when it ends.
     void Forget(ThreadCache& cache);
     // The chains that Drain put on the shared list; see m_ChainEnds.
     void ReserveChains(std::uint64_t blocks);

@@ -269,6 +269,12 @@ DWORD GetCurrentThreadId() {
 }
 
 void Sleep(DWORD milliseconds) {
+    // Sleep(0) gives the rest of the time slice to a thread that is ready,
+    // as callers that wait for another thread with it expect.
+    if (milliseconds == 0) {
+        std::this_thread::yield();
+        return;
+    }
     std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
 }
 
