@@ -1,7 +1,11 @@
 // Changes of a Chaine in place: case mapping and trimming. Every change makes
 // the buffer the value's own first.
 #include <algorithm>
+#include <bit>
 #include <cstring>
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 
 #include "core/copy_bytes.h"
 #include "nvk/core/case_tables.h"
@@ -19,6 +23,52 @@ void MapBytes(char* text, int length, const nvk::CaseTable& table) {
 // terminator is not one of them.
 bool InSet(const char* set, char c) {
     return c != '\0' && set != nullptr && std::strchr(set, c) != nullptr;
+}
+
+// The places, from `from` on and each behind the one before, at which the
+// n >= 2 bytes of `needle` stand in the `length` bytes of `text`: the first
+// `room` go to `held`, and their count is returned. A replacement meets many
+// places close together, where a search for each would cost a call apiece;
+// this looks at sixteen starts at a time, keeping those that show the
+// needle's first and last bytes, and leaves only the last few starts to the
+// search.
+int FindAll(const char* text, int length, const char* needle, int n, int from, int* held,
+            int room) {
+    int count = 0;
+    int next = from;  // where the next place may start
+    const auto keep = [&](int at) {
+        if (count < room) {
+            held[count] = at;
+        }
+        ++count;
+        next = at + n;
+    };
+    int searched = from;  // every start before it has been looked at
+#if defined(__SSE2__)
+    const __m128i first = _mm_set1_epi8(needle[0]);
+    const __m128i last = _mm_set1_epi8(needle[n - 1]);
+    // Both loads stay within the text: the block's last start is at most
+    // length - n - 15, so its last byte's block ends on the text's last byte.
+    for (; searched + 16 <= length - n + 1; searched += 16) {
+        const auto* at = text + searched;
+        const __m128i starts = _mm_loadu_si128(reinterpret_cast<const __m128i*>(at));
+        const __m128i ends = _mm_loadu_si128(reinterpret_cast<const __m128i*>(at + n - 1));
+        auto mask = static_cast<unsigned>(_mm_movemask_epi8(
+            _mm_and_si128(_mm_cmpeq_epi8(starts, first), _mm_cmpeq_epi8(ends, last))));
+        for (; mask != 0; mask &= mask - 1) {
+            const int start = searched + std::countr_zero(mask);
+            if (start >= next && (n == 2 || std::memcmp(text + start + 1, needle + 1,
+                                                        static_cast<std::size_t>(n - 2)) == 0)) {
+                keep(start);
+            }
+        }
+    }
+#endif
+    for (int at = nvk::SearchBytes(text, length, needle, n, std::max(next, searched)); at >= 0;
+         at = nvk::SearchBytes(text, length, needle, n, next)) {
+        keep(at);
+    }
+    return count;
 }
 
 }  // namespace
@@ -163,11 +213,15 @@ int Chaine::Replace(const char* old, const char* with, bool noCase, int start) {
     constexpr int kHeld = 256;
     int held[kHeld];
     int count = 0;
-    for (; hit >= 0; hit = next(hit + oldLength)) {
-        if (count < kHeld) {
-            held[count] = hit;
+    if (noCase || oldLength < 2) {
+        for (; hit >= 0; hit = next(hit + oldLength)) {
+            if (count < kHeld) {
+                held[count] = hit;
+            }
+            ++count;
         }
-        ++count;
+    } else {
+        count = FindAll(text, length, from.Get(), oldLength, hit, held, kHeld);
     }
     Chaine result;
     char* out = result.SetLength(length + count * (newLength - oldLength));

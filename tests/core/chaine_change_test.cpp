@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -64,21 +65,28 @@ TEST(ChaineChange, ReplaceAndRemove) {
     Chaine self("abab");
     self.Replace(self.c_str() + 2, "c");  // an argument read from our own text
     EXPECT_STREQ(self, "cc");
-    // More hits than are held at once, some from a start within the text.
-    std::string many;
-    for (int i = 0; i < 700; ++i) {
-        many += i % 3 == 0 ? "<ab>" : "ab";
-    }
-    for (const int start : {0, 5}) {
-        Chaine manyChaine(many.c_str());
-        manyChaine.Replace("ab", "xyz", false, start);
-        std::string expected = many.substr(0, static_cast<std::size_t>(start));
-        for (std::size_t i = static_cast<std::size_t>(start); i < many.size();) {
-            const bool hit = many.compare(i, 2, "ab") == 0;
-            expected += hit ? "xyz" : many.substr(i, 1);
-            i += hit ? 2 : 1;
+    // Every place, as a scan from the start that skips each place it
+    // replaces finds them: texts dense in places and sparse, with more places
+    // than are held at once, from starts within the text.
+    std::mt19937 random(7);
+    const char* const needles[] = {"ab", "aa", "aba", "abba", "b<a", "<<<<<<<<<<<<<<<<<<a"};
+    for (int round = 0; round < 600; ++round) {
+        const std::string needle = needles[round % std::size(needles)];
+        const std::string with = needle.size() == 2 ? "xyz" : "#";
+        std::string text(random() % (round < 60 ? 1400 : 100), ' ');
+        for (char& c : text) {
+            c = "aab<"[random() % 4];
         }
-        EXPECT_EQ(std::string(manyChaine), expected);
+        const std::size_t start = random() % (text.size() / 4 + 1);
+        Chaine value(text.c_str());
+        value.Replace(needle.c_str(), with.c_str(), false, static_cast<int>(start));
+        std::string expected = text.substr(0, start);
+        for (std::size_t i = start; i < text.size();) {
+            const bool hit = text.compare(i, needle.size(), needle) == 0;
+            expected += hit ? with : text.substr(i, 1);
+            i += hit ? needle.size() : 1;
+        }
+        ASSERT_EQ(std::string(value), expected) << "round " << round;
     }
 
     Chaine first("a.b.c");
