@@ -25,24 +25,16 @@ bool InSet(const char* set, char c) {
     return c != '\0' && set != nullptr && std::strchr(set, c) != nullptr;
 }
 
-// The places, from `from` on and each behind the one before, at which the
-// n >= 2 bytes of `needle` stand in the `length` bytes of `text`: the first
-// `room` go to `held`, and their count is returned. A replacement meets many
-// places close together, where a search for each would cost a call apiece;
-// this looks at sixteen starts at a time, keeping those that show the
-// needle's first and last bytes, and leaves only the last few starts to the
-// search.
-int FindAll(const char* text, int length, const char* needle, int n, int from, int* held,
-            int room) {
-    int count = 0;
-    int next = from;  // where the next place may start
-    const auto keep = [&](int at) {
-        if (count < room) {
-            held[count] = at;
-        }
-        ++count;
-        next = at + n;
-    };
+// Hands `keep` the places, from `from` on and each behind the one before, at
+// which the n >= 2 bytes of `needle` stand in the `length` bytes of `text`,
+// looking at sixteen starts at a time and keeping those that show the
+// needle's first and last bytes. A replacement meets many places close
+// together, where a search for each would cost a call apiece. Returns where
+// a search for the remaining places starts: behind the last place kept and
+// every start looked at.
+template <class Keep>
+int KeepBlockHits(const char* text, int length, const char* needle, int n, int from, Keep keep) {
+    int next = from;      // where the next place may start
     int searched = from;  // every start before it has been looked at
 #if defined(__SSE2__)
     const __m128i first = _mm_set1_epi8(needle[0]);
@@ -60,15 +52,12 @@ int FindAll(const char* text, int length, const char* needle, int n, int from, i
             if (start >= next && (n == 2 || std::memcmp(text + start + 1, needle + 1,
                                                         static_cast<std::size_t>(n - 2)) == 0)) {
                 keep(start);
+                next = start + n;
             }
         }
     }
 #endif
-    for (int at = nvk::SearchBytes(text, length, needle, n, std::max(next, searched)); at >= 0;
-         at = nvk::SearchBytes(text, length, needle, n, next)) {
-        keep(at);
-    }
-    return count;
+    return std::max(next, searched);
 }
 
 }  // namespace
@@ -213,15 +202,17 @@ int Chaine::Replace(const char* old, const char* with, bool noCase, int start) {
     constexpr int kHeld = 256;
     int held[kHeld];
     int count = 0;
-    if (noCase || oldLength < 2) {
-        for (; hit >= 0; hit = next(hit + oldLength)) {
-            if (count < kHeld) {
-                held[count] = hit;
-            }
-            ++count;
+    const auto keep = [&](int at) {
+        if (count < kHeld) {
+            held[count] = at;
         }
-    } else {
-        count = FindAll(text, length, from.Get(), oldLength, hit, held, kHeld);
+        ++count;
+    };
+    if (!noCase && oldLength >= 2) {
+        hit = next(KeepBlockHits(text, length, from.Get(), oldLength, hit, keep));
+    }
+    for (; hit >= 0; hit = next(hit + oldLength)) {
+        keep(hit);
     }
     Chaine result;
     char* out = result.SetLength(length + count * (newLength - oldLength));
