@@ -3,9 +3,14 @@
 // insertion of the record file flushes its header to the disk, as its format
 // requires, so SQLite is measured twice: in one transaction without journal
 // or sync, and with a synchronous transaction per record, which is as
-// durable. NVK_BENCH_RECORDS sets the number of records (default 1000).
+// durable. The disk's own floor is measured too: for each record, the two
+// writes an insertion makes (the record at the end, its count at the start)
+// and an fsync, the least a durable insertion can cost. NVK_BENCH_RECORDS sets
+// the number of records (default 1000).
 #include <benchmark/benchmark.h>
+#include <fcntl.h>
 #include <sqlite3.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstdint>
@@ -99,6 +104,27 @@ void RecordsRead(benchmark::State& state) {
     Count(state, TheWork().order.size());
 }
 
+void WriteAndSync(benchmark::State& state) {
+    const std::string path = (Folder() / "records.raw").string();
+    for (auto _ : state) {
+        fs::remove(path);
+        const int fd = ::open(path.c_str(), O_RDWR | O_CREAT | O_TRUNC, 0644);
+        char record[kRecordSize];
+        for (std::size_t i = 1; i <= TheWork().order.size(); ++i) {
+            Fill(record, static_cast<std::uint32_t>(i));
+            const auto count = static_cast<std::uint32_t>(i);
+            if (::pwrite(fd, record, kRecordSize, static_cast<off_t>(i * kRecordSize)) !=
+                    kRecordSize ||
+                ::pwrite(fd, &count, sizeof count, 0) != sizeof count || ::fsync(fd) != 0) {
+                state.SkipWithError("write or fsync failed");
+                break;
+            }
+        }
+        ::close(fd);
+    }
+    Count(state, TheWork().order.size());
+}
+
 struct Sqlite {
     sqlite3* db = nullptr;
     ~Sqlite() { sqlite3_close(db); }
@@ -180,6 +206,7 @@ int main(int argc, char** argv) {
     Register("insert 64-byte records | EDataFile", RecordsInsert);
     Register("insert 64-byte records | SQLite durable", SqliteDurableInsert);
     Register("insert 64-byte records | SQLite", SqliteBulkInsert);
+    Register("insert 64-byte records | write+fsync", WriteAndSync);
     Register("read by number | EDataFile", RecordsRead);
     Register("read by number | SQLite", SqliteRead);
     const int result = nvk::bench::RunWithRatios(argc, argv, "EDataFile");

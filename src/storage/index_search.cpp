@@ -4,6 +4,7 @@
 #include <cstring>
 #include <vector>
 
+#include "core/copy_bytes.h"
 #include "nvk/storage/index_file.h"
 #include "storage/index_format.h"
 #include "storage/index_keys.h"
@@ -330,8 +331,9 @@ char* EIndexFile::GetPosInsPage(int index, void* key) {
 unsigned long EIndexFile::Take(int slot) {
     const fmt::Descriptor& d = Desc(m_Index);
     const char* entry = EntryAt(m_Index, slot);
-    if (m_KeyBuffer != nullptr && d.KeySize != 0) {
-        std::memcpy(m_KeyBuffer, entry, d.KeySize);
+    if (m_KeyBuffer != nullptr) {
+        // Every step of a walk copies its key: inline, as the short texts.
+        nvk::CopyBytes(static_cast<char*>(m_KeyBuffer), entry, d.KeySize);
     }
     return fmt::Load32(entry + d.KeySize);
 }
