@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "nvk/storage/index_file.h"
+#include "storage/index_entries.h"
 #include "storage/index_format.h"
 
 namespace fmt = nvk::index_format;

@@ -8,6 +8,7 @@
 
 #include "nvk/storage/memory_file.h"
 #include "os/api/file.h"
+#include "storage/index_entries.h"
 #include "storage/index_format.h"
 #include "storage/index_keys.h"
 #include "storage/mapped_file.h"
@@ -20,10 +21,6 @@ constexpr std::uint64_t kUnknown = ~std::uint64_t{0};
 constexpr std::int64_t kLongestSeek = 0x7FFFFFFF;
 
 }  // namespace
-
-fmt::Descriptor& EIndexFile::Desc(int index) const {
-    return m_Header->Indexes[index];
-}
 
 std::uint32_t EIndexFile::PageSize() const {
     return m_Header->PageSize;

@@ -6,6 +6,7 @@
 
 #include "core/copy_bytes.h"
 #include "nvk/storage/index_file.h"
+#include "storage/index_entries.h"
 #include "storage/index_format.h"
 #include "storage/index_keys.h"
 
@@ -159,23 +160,6 @@ int CountBelow(const Order& order, const void* key, const char* entries, int cou
 }
 
 }  // namespace
-
-char* EIndexFile::EntryAt(int index, int slot) const {
-    return m_Page + fmt::kPageHeaderSize + slot * Desc(index).EntrySize;
-}
-
-std::uint32_t EIndexFile::ValueAt(int index, int slot) const {
-    return fmt::Load32(EntryAt(index, slot) + Desc(index).KeySize);
-}
-
-bool EIndexFile::SoundPage(int index, unsigned long level) const {
-    return !fmt::IsFreePage(m_Page) && static_cast<unsigned long>(fmt::LevelOf(m_Page)) == level &&
-           fmt::CountOf(m_Page) <= Desc(index).MaxEntries;
-}
-
-bool EIndexFile::SoundLeaf(int index) const {
-    return SoundPage(index, 0);
-}
 
 // One step along the chain of a level. A walk that takes more steps than the
 // file has pages has met a cycle.
