@@ -112,6 +112,8 @@ private:
     // The order of one index's keys, for the page scans.
     class KeyOrder;
 
+    // Desc and the entries below are inline, in the index file's own
+    // storage/index_entries.h.
     nvk::index_format::Descriptor& Desc(int index) const;
     std::uint32_t PageSize() const;
     std::uint64_t PageOffset(std::uint32_t page) const;
