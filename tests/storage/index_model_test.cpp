@@ -211,9 +211,9 @@ private:
 };
 
 TEST(IndexModel, EveryKeyTypeKeepsItsOrder) {
-    const KeyType types[] = {{0, 6},  {1, 1},  {1, 2},  {1, 4},  {1, 8},  {2, 8},
-                             {4, 4},  {5, 4},  {12, 4}, {14, 1}, {15, 2}, {16, 2},
-                             {18, 4}, {20, 8}, {29, 8}, {23, 4}, {99, 5}, {255, 3}};
+    const KeyType types[] = {{0, 6},  {1, 1},  {1, 2},  {1, 4},   {1, 8},  {2, 8},  {4, 4},
+                             {5, 4},  {12, 4}, {14, 1}, {15, 2},  {16, 2}, {18, 4}, {20, 8},
+                             {29, 8}, {23, 4}, {99, 5}, {255, 3}, {0, 12}, {0, 40}};
     std::mt19937 random(7);
     for (const KeyType t : types) {
         for (bool duplicates : {false, true}) {
